@@ -1,0 +1,111 @@
+// Streams: open, write, read, close; lines without a stream; release of records.
+//
+// Threads. The operations on a stream (open, write, read, close) are serialised by the caller: the state of
+// the streams is process-wide. wmq_readstreamlineMT, wmq_formatrecord, wmq_freelogrec and the rest of
+// the operations on records and lines may be called from any number of threads at once, with lines of any
+// mixture of versions. `wmq_errno` and the version of the line being parsed belong to the thread.
+#ifndef WMQ_STREAM_H
+#define WMQ_STREAM_H
+
+#include "wmq/event_record.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+// ------------------------------------------------------------ the event stream
+
+// Parameters of a stream, for all three kinds. The caller keeps the strings only for the call.
+typedef struct streamParams {
+  char *fileName;            // path of the event stream; null: "/tmp/wmq.stream"
+  int32_t maxStreamSize;     // bytes at or above which the file is rotated; 0 or less: 1000000000
+  int32_t maxStreamFileNum;  // old files kept. With 0 or less nothing is ever rotated, and from the moment the
+                             // file has reached its size every 100th write fails
+  int32_t trace;             // not 0: report open, rotation, removal and close through traceFunc
+  int (*traceFunc)(const char *message);  // may be null; the text stands until the next message
+  char *statusFileName;          // path of the status stream; null: "/tmp/wmq.status"
+  char *pendingReasonsFileName;  // path of the pending-reasons stream; null: "/tmp/wmq.pendingreasons"
+} streamParams;
+
+// Opens the event stream for appending and reading, creating the file with permissions 0644. With a stream
+// already open this changes nothing and succeeds. Give a path with a directory part ("./NAME"): old files of
+// a bare name are neither counted nor removed.
+// Returns 0, or -1 with wmq_errno WMQE_BAD_ARG (null params), WMQE_NO_MEM or WMQE_SYS (errno tells).
+WMQ_API int wmq_openstream(const struct streamParams *params);
+
+// The format version of every line that is written: "10.1".
+WMQ_API const char *wmq_streamversion(void);
+
+// Appends `record` (its type, eventTime and eventLog) as one line and flushes it to the system.
+//
+// Before every 100th call the size is checked; a file that has reached its limit gets an end-of-stream line,
+// is renamed to "PATH.SECONDS", and a new one is begun. The oldest old files beyond maxStreamFileNum are
+// removed. No old file is ever overwritten: when a file with that suffix or a later one exists, the suffix is one more than
+// the largest.
+//
+// The record stays the caller's; some writers change it (jobNewLog, jobStatusLog say where).
+// Returns 0 on success (wmq_errno is WMQE_FILES_REMOVED when this call removed old files), -1 or less on
+// failure:
+//   no open stream                     wmq_errno unchanged
+//   WMQE_BAD_EVENT                     the type has no name; nothing was written
+//   WMQE_SYS                           a write failed, errno tells (ENOSPC: the disk is full); what was
+//                                      written of the line stays
+//   WMQE_SYS, WMQE_NO_MEM or unchanged the rotation failed; nothing was written of this record. After a failed
+//                                      rename or creation only closing and opening helps
+// Types 60 to 64 are dropped with success. Types 29, 30 and 70 write a header without line end, and return 0
+// only if wmq_errno was 0 before the call.
+WMQ_API int wmq_writestream(struct eventRecord *record);
+
+// Reads the next line of the open event stream. `*lineNum` grows by one per call. Lines that begin with "#"
+// are skipped. The record belongs to the library and stands until the next call of this function or of
+// wmq_readstreamline. Reading goes on where the last read stopped, also between writes.
+// Returns null at the end (WMQE_EOF), for a line that does not parse (its number, and the next call
+// goes on with the next line), and without an open stream (WMQE_BAD_ARG).
+// A null `lineNum` resets the line reader and returns null.
+WMQ_API struct eventRecord *wmq_readstream(int *lineNum);
+
+// Closes the event stream. wmq_errno is WMQE_EOF afterwards, as closing reads to the end. Returns 0, or -1
+// when none is open.
+WMQ_API int wmq_closestream(void);
+
+// ------------------------------------------------------- lines without a stream
+
+// Parses one line (its line end may be on it). The record belongs to the library and stands until the next
+// call of this function or a stream's read. Null with wmq_errno on failure, WMQE_BAD_ARG for a null line.
+WMQ_API struct eventRecord *wmq_readstreamline(const char *line);
+
+// The same; the record belongs to the caller, who releases it with wmq_freelogrec. Any thread may call it.
+// A type without fields (29, 30) is returned only if wmq_errno was 0 before.
+WMQ_API struct eventRecord *wmq_readstreamlineMT(const char *line);
+
+// The version of the line that this thread parsed last, 0 before the first.
+WMQ_API float wmq_lineversion(void);
+
+// Sets the version that layout readers such as readJobStart take the fields given to them to have, on this
+// thread. Parsing a line sets it too.
+WMQ_API void wmq_setlineversion(float version);
+
+// The bytes that wmq_writestream would append for `record`, without a stream: `*text` is a new text of
+// `*length` bytes and a NUL, freed by the caller. The same effects on the record and on wmq_errno, the same
+// result. After a failure `*text` is the partial line that would be left in the file; null when there is
+// none.
+WMQ_API int wmq_formatrecord(struct eventRecord *record, char **text, size_t *length);
+
+// ---------------------------------------------------------------------- release
+
+// Releases what the members of `record` own, sets these pointers to null and their counts to 0, and leaves
+// the record itself. Some members are kept by design: see wmq_freekept. Null is allowed.
+WMQ_API void freeLogRec(struct eventRecord *record);
+
+// freeLogRec, and then the record. Null is allowed.
+WMQ_API void wmq_freelogrec(struct eventRecord *record);
+
+// Frees what release keeps by design (the index ranges and attribute groups of JOB_STATUS, the index ranges
+// of JOB_CLEAN, the strings of JOB_MSG_ACK). Long-running readers call it before wmq_freelogrec. Null is allowed.
+WMQ_API void wmq_freekept(struct eventRecord *record);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif
