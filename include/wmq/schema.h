@@ -48,7 +48,7 @@ enum {
   WMQ_FIELD_OFF_LINE = 64,      // a member that no line carries
   WMQ_FIELD_TOGETHER = 128,     // converted together with the field before it, all or none
   WMQ_FIELD_EMPTY_ARRAY = 256,  // a count of 0 has an allocated, empty array when read
-  WMQ_FIELD_NOT_RELEASED = 512  // owned by somebody else: neither release nor wmq_freekept frees it
+  WMQ_FIELD_RESERVED = 512      // room in the structure without a meaning: no kind, not in JSON, not released
 };
 
 struct wmqLayout;

@@ -1,0 +1,17 @@
+// What a record's reading or writing stumbled over, for wmq_errdetail.
+#ifndef WMQ_STREAM_FAILURE_H
+#define WMQ_STREAM_FAILURE_H
+
+#include <cstddef>
+
+namespace wmq {
+
+// The type that this thread is reading or writing; null outside of records.
+void nameType(const char *typeName);
+
+// Remembers a failure. All texts are static. `position` is a byte position in the line.
+void noteFailure(const char *field, size_t position, const char *expected);
+
+}  // namespace wmq
+
+#endif

@@ -1,0 +1,161 @@
+#include "wmq.stream/line_parser.h"
+
+#include <cstdlib>
+#include <cstring>
+
+#include "companion/numbers.h"
+#include "companion/quoting.h"
+#include "wmq.stream/failure.h"
+#include "wmq.stream/type_table.h"
+#include "wmq/stream.h"
+
+namespace wmq {
+
+thread_local constinit float version = 0;
+constinit eventRecord *logRec = nullptr;
+
+namespace {
+
+constexpr size_t kTypeNameSize = 60;
+
+struct Header {
+  char typeName[kTypeNameSize];
+  size_t typeNameLength;
+  char version[sizeof(eventRecord::version)];
+  int32_t eventTime;
+  const char *fields;
+};
+
+// Takes a quoted token, which something must follow, and the blank behind it.
+bool takeToken(Reader &io, char *token, size_t size, size_t &length, const char *expected) {
+  const char *content = nullptr;
+  size_t rawLength = 0;
+  const char *after = findQuoted(io.cursor, io.end, &content, &rawLength, &length);
+  if (after == nullptr || after == io.end || length >= size) {
+    fail(io, WMQE_BAD_FORMAT, nullptr, expected);
+    return false;
+  }
+  decodeQuoted(token, content, rawLength, length);
+  token[length] = '\0';
+  io.cursor = after;
+  skipBlank(io);
+  return true;
+}
+
+bool takeHeader(Reader &io, Header &header) {
+  if (!takeToken(io, header.typeName, sizeof header.typeName, header.typeNameLength, "a quoted type name"))
+    return false;
+  size_t versionLength = 0;
+  if (!takeToken(io, header.version, sizeof header.version, versionLength, "a quoted format version"))
+    return false;
+  const char *numberEnd = nullptr;
+  version = static_cast<float>(parseReal(header.version, &numberEnd));
+  if (!(version > 0.0F)) {
+    fail(io, WMQE_BAD_FORMAT, nullptr, "a format version above 0");
+    return false;
+  }
+  if (!scan(io, header.eventTime)) {
+    fail(io, WMQE_BAD_FORMAT, nullptr, "an event time");
+    return false;
+  }
+  skipBlank(io);
+  header.fields = io.cursor;
+  return true;
+}
+
+// Nobody will ever hold this record: what release keeps goes too.
+eventRecord *discard(eventRecord *record) {
+  wmq_freekept(record);
+  wmq_freelogrec(record);
+  return nullptr;
+}
+
+}  // namespace
+
+void readEventRecord(const char *line, const char *fields, const char *end, eventRecord *record) {
+  const EventType &type = eventType(record->type);
+  if (type.body == Body::headerOnly || type.body == Body::unknown || type.body == Body::dropped) return;
+  if (type.codec == nullptr) {
+    noteFailure(nullptr, 0, "a type that this version reads");
+    wmq_errno = WMQE_BAD_EVENT;
+    return;
+  }
+  Reader io{.line = line, .cursor = fields, .end = end, .version = version, .eventTime = record->eventTime};
+  type.codec->read(io, &record->eventLog);
+  wmq_errno = io.error;
+}
+
+eventRecord *parsestreamlineMT(const char *line, size_t length) {
+  auto *record = static_cast<eventRecord *>(std::calloc(1, sizeof(eventRecord)));
+  if (record == nullptr) {
+    wmq_errno = WMQE_NO_MEM;
+    return nullptr;
+  }
+  nameType(nullptr);
+  Reader io{.line = line, .cursor = line, .end = line + length, .version = 0, .eventTime = 0};
+  Header header;
+  if (std::memchr(line, '\0', length) != nullptr) fail(io, WMQE_BAD_FORMAT, nullptr, "a line without NUL bytes");
+  if (io.error != 0 || !takeHeader(io, header)) {
+    wmq_errno = io.error;
+    return discard(record);
+  }
+  std::memcpy(record->version, header.version, sizeof header.version);
+  record->eventTime = header.eventTime;
+
+  const EventType *type = eventTypeNamed(header.typeName, header.typeNameLength);
+  if (type == nullptr) {
+    noteFailure(nullptr, 0, "a known type name");
+    wmq_errno = WMQE_BAD_EVENT;
+    record->type = -1;
+    return discard(record);
+  }
+  record->type = type->code;
+  nameType(type->name);
+  readEventRecord(line, header.fields, io.end, record);
+  return wmq_errno == 0 ? record : discard(record);
+}
+
+eventRecord *keepRecord(eventRecord *record) {
+  logRec = record;
+  return record;
+}
+
+void dropKeptRecord() {
+  wmq_freelogrec(logRec);
+  logRec = nullptr;
+}
+
+int readFields(const char *fields, const RecordCodec &codec, void *log, int32_t eventTime) {
+  if (fields == nullptr || log == nullptr) return WMQE_BAD_ARG;
+  nameType(nullptr);
+  Reader io{.line = fields,
+            .cursor = fields,
+            .end = fields + std::strlen(fields),
+            .version = version,
+            .eventTime = eventTime};
+  codec.read(io, log);
+  return io.error;
+}
+
+}  // namespace wmq
+
+float wmq_lineversion(void) { return wmq::version; }
+
+void wmq_setlineversion(float version) { wmq::version = version; }
+
+eventRecord *wmq_readstreamlineMT(const char *line) {
+  if (line == nullptr) {
+    wmq_errno = WMQE_BAD_ARG;
+    return nullptr;
+  }
+  return wmq::parsestreamlineMT(line, std::strlen(line));
+}
+
+eventRecord *wmq_readstreamline(const char *line) {
+  if (line == nullptr) {
+    wmq_errno = WMQE_BAD_ARG;
+    return nullptr;
+  }
+  wmq::dropKeptRecord();
+  return wmq::keepRecord(wmq::parsestreamlineMT(line, std::strlen(line)));
+}

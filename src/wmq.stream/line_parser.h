@@ -1,0 +1,28 @@
+// From a line to a record.
+#ifndef WMQ_STREAM_LINE_PARSER_H
+#define WMQ_STREAM_LINE_PARSER_H
+
+#include <cstddef>
+
+#include "wmq/event_record.h"
+
+namespace wmq {
+
+// Version of the line that this thread parsed last; layouts decide by it which fields a line carries.
+extern thread_local float version;
+
+// Parses a line of `length` bytes, which a NUL follows. Returns a new record, or null with wmq_errno.
+eventRecord *parsestreamlineMT(const char *line, size_t length);
+
+// Fills `record->eventLog` from the text behind the header, up to `end`; `line` is for positions in messages. Leaves
+// its result in wmq_errno, which header-only types do not touch.
+void readEventRecord(const char *line, const char *fields, const char *end, eventRecord *record);
+
+// The record returned last by any of the reads that keep it, of any stream.
+extern eventRecord *logRec;
+eventRecord *keepRecord(eventRecord *record);
+void dropKeptRecord();
+
+}  // namespace wmq
+
+#endif

@@ -1,0 +1,90 @@
+#include "wmq.stream/line_source.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+#include "wmq/companion.h"
+
+namespace wmq {
+namespace {
+
+constexpr size_t kFirstCapacity = size_t{64} << 10;
+
+// Makes room behind `end` for at least one byte and a NUL.
+bool makeRoom(LineSource &source) {
+  if (source.begin > 0) {
+    std::memmove(source.buffer, source.buffer + source.begin, source.end - source.begin);
+    source.end -= source.begin;
+    source.begin = 0;
+  }
+  if (source.end + 1 < source.capacity) return true;
+  const size_t capacity = source.capacity > 0 ? 2 * source.capacity : kFirstCapacity;
+  auto *buffer = static_cast<char *>(std::realloc(source.buffer, capacity));
+  if (buffer == nullptr) {
+    wmc_errno = WMCE_NO_MEM;
+    return false;
+  }
+  source.buffer = buffer;
+  source.capacity = capacity;
+  return true;
+}
+
+// Bytes read, 0 at the end, negative on failure. What cannot be positioned (a FIFO) is read as it comes.
+ssize_t readMore(LineSource &source, int fd) {
+  char *const to = source.buffer + source.end;
+  const size_t space = source.capacity - source.end - 1;
+  ssize_t got = 0;
+  do {
+    got = pread(fd, to, space, source.nextRead);
+    if (got < 0 && errno == ESPIPE) got = read(fd, to, space);
+  } while (got < 0 && errno == EINTR);
+  if (got > 0) {
+    source.nextRead += got;
+    source.end += static_cast<size_t>(got);
+  }
+  return got;
+}
+
+}  // namespace
+
+Line nextLine(LineSource &source, int fd) {
+  wmc_errno = 0;
+  size_t searched = source.begin;
+  for (;;) {
+    char *const from = source.buffer + searched;
+    auto *lineEnd = source.end > searched ? static_cast<char *>(std::memchr(from, '\n', source.end - searched)) : nullptr;
+    if (lineEnd != nullptr) {
+      char *const text = source.buffer + source.begin;
+      source.begin = static_cast<size_t>(lineEnd - source.buffer) + 1;
+      searched = source.begin;
+      if (lineEnd == text) continue;
+      *lineEnd = '\0';
+      return {text, static_cast<size_t>(lineEnd - text)};
+    }
+    const size_t seen = source.end - source.begin;
+    if (!makeRoom(source)) return {nullptr, 0};
+    searched = seen;
+    if (readMore(source, fd) > 0) continue;
+    if (seen == 0) return {nullptr, 0};
+    source.begin = source.end;
+    source.buffer[source.end] = '\0';
+    return {source.buffer, seen};
+  }
+}
+
+void resetLines(LineSource &source) {
+  source.nextRead -= static_cast<off_t>(source.end - source.begin);
+  std::free(source.buffer);
+  source = LineSource{.nextRead = source.nextRead};
+}
+
+void skipToEnd(LineSource &source, int fd) {
+  resetLines(source);
+  const off_t end = lseek(fd, 0, SEEK_END);
+  if (end > 0) source.nextRead = end;
+}
+
+}  // namespace wmq

@@ -1,0 +1,128 @@
+// When a line carries a field: version gates and conditions on other members.
+//
+//   atLeast(9.1f)                                        lines of 9.1 and later
+//   above(3.0f)                                          lines later than 3.0
+//   given<&L::options>(0x1)                              the bit is set, in writer and reader alike
+//   atLeast(5.0f) && given<&L::options2>(0x8000)         both
+//   given<&L::options>(0x8) || given<&L::options2>(0x80) one of them
+//   readWhen(...)                                        the condition is the reader's alone: always written
+//
+// Conditions hold for every codec but writer and reader whatever the bits are now: a caller who clears a bit must not
+// leak what it announced.
+#ifndef WMQ_STREAM_PRESENCE_H
+#define WMQ_STREAM_PRESENCE_H
+
+#include <cmath>
+#include <cstdint>
+
+#include "wmq.stream/member.h"
+#include "wmq/schema.h"
+
+namespace wmq {
+
+struct Gate {
+  wmqGate kind = WMQ_GATE_ALWAYS;
+  float threshold = 0;
+};
+
+inline constexpr Gate always{};
+constexpr Gate atLeast(float threshold) { return {WMQ_GATE_AT_LEAST, threshold}; }
+constexpr Gate above(float threshold) { return {WMQ_GATE_ABOVE, threshold}; }
+
+// Versions are compared in single precision throughout: as doubles, 9.1 would not reach 9.1f.
+inline bool gateOpen(Gate gate, float line) {
+  if (gate.kind == WMQ_GATE_ALWAYS) return true;
+  const bool same = std::fabs(line - gate.threshold) <= 0.00001F * std::fabs(line);
+  return gate.kind == WMQ_GATE_AT_LEAST ? same || line > gate.threshold : !same && line > gate.threshold;
+}
+
+// At least one bit of a mask is set in at least one of the words.
+template <auto... Words>
+struct Bits {
+  uint32_t masks[sizeof...(Words)];
+};
+
+template <auto Word>
+constexpr Bits<Word> given(uint32_t mask) {
+  return {{mask}};
+}
+
+template <auto Word>
+constexpr Bits<Word> notZero() {
+  return {{~0U}};
+}
+
+template <auto A, auto B>
+constexpr Bits<A, B> operator||(Bits<A> a, Bits<B> b) {
+  return {{a.masks[0], b.masks[0]}};
+}
+
+template <typename Condition>
+struct Gated {
+  Gate gate;
+  Condition condition;
+};
+
+template <auto... Words>
+constexpr Gated<Bits<Words...>> operator&&(Gate gate, Bits<Words...> bits) {
+  return {gate, bits};
+}
+
+template <typename Presence>
+struct ReadWhen {
+  Presence presence;
+};
+
+template <typename Presence>
+constexpr ReadWhen<Presence> readWhen(Presence presence) {
+  return {presence};
+}
+
+constexpr Gate gateOf(Gate gate) { return gate; }
+template <auto... Words>
+constexpr Gate gateOf(const Bits<Words...> &) {
+  return always;
+}
+template <typename C>
+constexpr Gate gateOf(const Gated<C> &gated) {
+  return gated.gate;
+}
+template <typename P>
+constexpr Gate gateOf(const ReadWhen<P> &when) {
+  return gateOf(when.presence);
+}
+
+constexpr bool conditionHolds(const auto &, Gate) { return true; }
+template <auto... Words>
+bool conditionHolds(const auto &log, const Bits<Words...> &bits) {
+  const uint32_t *mask = bits.masks;
+  return (((static_cast<uint32_t>(log.*Words) & *mask++) != 0) || ...);
+}
+template <typename C>
+bool conditionHolds(const auto &log, const Gated<C> &gated) {
+  return conditionHolds(log, gated.condition);
+}
+template <typename P>
+bool conditionHolds(const auto &log, const ReadWhen<P> &when) {
+  return conditionHolds(log, when.presence);
+}
+
+// Writers always write the current version: only conditions that are not the reader's alone count.
+bool isWritten(const auto &log, const auto &when) { return conditionHolds(log, when); }
+template <typename P>
+bool isWritten(const auto &, const ReadWhen<P> &) {
+  return true;
+}
+
+bool isOnLine(float lineVersion, const auto &log, const auto &when) {
+  return gateOpen(gateOf(when), lineVersion) && conditionHolds(log, when);
+}
+
+// How a record deals with its list of index ranges.
+enum class Ranges {
+  keptBlock,  // read unchecked into one block, which release keeps
+};
+
+}  // namespace wmq
+
+#endif

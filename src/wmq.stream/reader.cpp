@@ -1,0 +1,239 @@
+#include "wmq.stream/reader.h"
+
+#include <algorithm>
+
+#include "companion/host_list.h"
+#include "companion/numbers.h"
+#include "companion/quoting.h"
+#include "companion/resource_usage.h"
+#include "wmq.stream/failure.h"
+
+namespace wmq {
+namespace {
+
+size_t bytesLeft(const Reader &io) { return static_cast<size_t>(io.end - io.cursor); }
+
+// The last element of a line needs no blank behind it, hence the one byte more.
+bool lineCanHold(const Reader &io, int64_t count, size_t leastBytes) {
+  return static_cast<uint64_t>(count) <= (bytesLeft(io) + 1) / leastBytes;
+}
+
+void readRanges(Reader &io, size_t count, int32_t *start, int32_t *end, int32_t *step) {
+  for (size_t i = 0; i < count; ++i) {
+    const char *const begin = io.cursor;
+    if (scan(io, start[i]) && scan(io, end[i]) && scan(io, step[i])) {
+      skipBlank(io);
+      continue;
+    }
+    io.cursor = begin;
+    std::fill(start + i, start + count, start[i]);
+    std::fill(end + i, end + count, end[i]);
+    return;
+  }
+}
+
+}  // namespace
+
+void fail(Reader &io, int error, const char *field, const char *expected) {
+  if (io.error != 0) return;
+  io.error = error;
+  noteFailure(field, static_cast<size_t>(io.cursor - io.line), expected);
+}
+
+bool scan(Reader &io, int64_t &value) {
+  const char *after = scanInt64(io.cursor, value);
+  if (after == nullptr) return false;
+  io.cursor = after;
+  return true;
+}
+
+bool scan(Reader &io, int32_t &value) {
+  int64_t wide = 0;
+  if (!scan(io, wide)) return false;
+  value = static_cast<int32_t>(wide);
+  return true;
+}
+
+bool scan(Reader &io, float &value) {
+  const char *after = scanFloat(io.cursor, value);
+  if (after == nullptr) return false;
+  io.cursor = after;
+  return true;
+}
+
+void readText(Reader &io, const char *field, char *&value) {
+  if (io.error != 0) return;
+  const char *content = nullptr;
+  size_t rawLength = 0;
+  size_t length = 0;
+  const char *after = findQuoted(io.cursor, io.end, &content, &rawLength, &length);
+  if (after == nullptr) return fail(io, WMQE_BAD_FORMAT, field, "a quoted string");
+  value = static_cast<char *>(std::malloc(length + 1));
+  if (value == nullptr) return fail(io, WMQE_NO_MEM, field, "memory for the string");
+  decodeQuoted(value, content, rawLength, length);
+  value[length] = '\0';
+  io.cursor = after;
+  skipBlank(io);
+}
+
+void readChars(Reader &io, const char *field, char *array, size_t size, size_t minLength) {
+  const char *content = nullptr;
+  size_t rawLength = 0;
+  size_t length = 0;
+  const char *after = findQuoted(io.cursor, io.end, &content, &rawLength, &length);
+  if (after == nullptr) return fail(io, WMQE_BAD_FORMAT, field, "a quoted string");
+  if (length < minLength) return fail(io, WMQE_BAD_FORMAT, field, "a name that is not empty");
+  if (length >= size) return fail(io, WMQE_BAD_FORMAT, field, "a shorter name");
+  decodeQuoted(array, content, rawLength, length);
+  array[length] = '\0';
+  io.cursor = after;
+  skipBlank(io);
+}
+
+void readWord(Reader &io, const char *field, char *&value, size_t limit) {
+  const auto isBlank = [](char c) { return c == ' ' || (c >= '\t' && c <= '\r'); };
+  const char *begin = io.cursor;
+  while (isBlank(*begin)) ++begin;
+  const char *end = begin;
+  while (end < io.end && !isBlank(*end)) ++end;
+  const auto length = static_cast<size_t>(end - begin);
+  if (length == 0) return fail(io, WMQE_BAD_FORMAT, field, "a word");
+  if (length > limit) return fail(io, WMQE_BAD_FORMAT, field, "a shorter word");
+  value = static_cast<char *>(std::malloc(length + 1));
+  if (value == nullptr) return fail(io, WMQE_NO_MEM, field, "memory for the word");
+  std::memcpy(value, begin, length);
+  value[length] = '\0';
+  io.cursor = end;
+}
+
+void emptyText(Reader &io, const char *field, char *&value) {
+  if (io.error != 0) return;
+  value = static_cast<char *>(std::calloc(1, 1));
+  if (value == nullptr) fail(io, WMQE_NO_MEM, field, "memory for the string");
+}
+
+void *allocateElements(Reader &io, const char *field, int64_t count, size_t elementSize, size_t leastBytes,
+                       int noMemory) {
+  if (count < 0) {
+    fail(io, noMemory, field, "a count that is not negative");
+    return nullptr;
+  }
+  if (!lineCanHold(io, count, leastBytes)) {
+    fail(io, WMQE_BAD_FORMAT, field, "as many elements as the count says");
+    return nullptr;
+  }
+  void *array = std::calloc(count > 0 ? static_cast<size_t>(count) : 1, elementSize);
+  if (array == nullptr) fail(io, noMemory, field, "memory for the list");
+  return array;
+}
+
+void readStrings(Reader &io, const char *field, int32_t &count, char **&array) {
+  if (io.error != 0) return;
+  array = static_cast<char **>(
+      allocateElements(io, field, count, sizeof(char *), leastBytes<char *>, WMQE_NO_MEM));
+  if (array == nullptr) {
+    count = 0;
+    return;
+  }
+  for (int32_t i = 0; i < count; ++i) {
+    readText(io, field, array[i]);
+    if (io.error != 0) count = i;
+  }
+}
+
+void copyStrings(Reader &io, const char *field, int32_t &count, char **&array, int32_t otherCount,
+                 char *const *other) {
+  if (io.error != 0) return;
+  count = otherCount;
+  if (otherCount <= 0) return;
+  array = static_cast<char **>(std::calloc(static_cast<size_t>(otherCount), sizeof(char *)));
+  count = 0;
+  if (array == nullptr) return fail(io, WMQE_NO_MEM, field, "memory for the list");
+  for (; count < otherCount; ++count) {
+    array[count] = putstr_(other[count]);
+    if (array[count] == nullptr) return fail(io, WMQE_NO_MEM, field, "memory for the string");
+  }
+}
+
+void expand(Reader &io, const char *field, int32_t &count, char **&array) {
+  if (io.error != 0) return;
+  const int error = expandHosts(count, array, io.hostsLeft);
+  if (error != 0)
+    return fail(io, error, field, error == WMQE_NO_MEM ? "memory for the hosts" : "no more than 16777216 hosts");
+  if (count > 0) io.hostsLeft -= count;
+}
+
+void readUsage(Reader &io, const char *field, wmxRusage &usage) {
+  int converted = 0;
+  const char *after = scanUsage(io.cursor, usage, converted);
+  if (converted != WMX_RUSAGE_VALUES) return fail(io, WMQE_BAD_FORMAT, field, "19 numbers");
+  io.cursor = after;
+  skipBlank(io);
+}
+
+void readSubmitExt(Reader &io, const char *field, submitExt *&extension) {
+  int32_t count = 0;
+  element(io, field, count);
+  for (int32_t i = 0; i < count && io.error == 0; ++i) {
+    int32_t key = 0;
+    char *value = nullptr;
+    element(io, field, key);
+    readText(io, field, value);
+    if (io.error == 0 && add_pair2submit_ext(&extension, key, value) != 0)
+      fail(io, WMQE_NO_MEM, field, "memory for the pair");
+    std::free(value);
+  }
+}
+
+void readNamedValues(Reader &io, const char *field, namedValueList *&list) {
+  int32_t count = 0;
+  element(io, field, count);
+  if (io.error != 0 || count <= 0) return;
+  if (!lineCanHold(io, count, 5)) return fail(io, WMQE_BAD_FORMAT, field, "as many elements as the count says");
+  list = static_cast<namedValueList *>(std::calloc(1, sizeof *list));
+  if (list != nullptr) {
+    list->names = static_cast<char **>(std::calloc(static_cast<size_t>(count), sizeof(char *)));
+    list->values = static_cast<int32_t *>(std::calloc(static_cast<size_t>(count), sizeof(int32_t)));
+  }
+  if (list == nullptr || list->names == nullptr || list->values == nullptr) {
+    releaseNamedValues(list);
+    return fail(io, WMQE_NO_MEM, field, "memory for the list");
+  }
+  for (; list->count < count; ++list->count) {
+    const int32_t i = list->count;
+    readText(io, field, list->names[i]);
+    if (io.error == 0) element(io, field, list->values[i]);
+    if (io.error != 0) return release(list->names[i]);
+  }
+}
+
+void readAffinity(Reader &io, const char *field, affinityAlloc *&allocation) {
+  const char *const begin = io.cursor;
+  char *text = nullptr;
+  readText(io, field, text);
+  if (io.error == 0 && *text != '\0') {
+    allocation = parseAffinityAllocField(text);
+    if (allocation == nullptr) {
+      io.cursor = begin;
+      fail(io, WMQE_BAD_FORMAT, field, "an affinity allocation");
+    }
+  }
+  std::free(text);
+}
+
+// Neither the count's conversion nor those of the ranges are checked. A range that does not convert leaves the
+// cursor where it was, so every later one converts the same way: that is not tried again and again.
+void readRangeBlock(Reader &io, int32_t &count, int32_t *&start, int32_t *&end, int32_t *&step) {
+  if (scan(io, count)) skipBlank(io);
+  if (count <= 0) return;
+  if (count > kMaxUncheckedRanges && !lineCanHold(io, count, 6))
+    return fail(io, WMQE_NO_MEM, "indexRangeCnt", "a count that the line can hold");
+  const auto n = static_cast<size_t>(count);
+  start = static_cast<int32_t *>(std::calloc(3 * n, sizeof(int32_t)));
+  if (start == nullptr) return fail(io, WMQE_NO_MEM, "indexRangeStart", "memory for the ranges");
+  end = start + n;
+  step = end + n;
+  readRanges(io, n, start, end, step);
+}
+
+}  // namespace wmq

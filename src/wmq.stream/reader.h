@@ -1,0 +1,365 @@
+// The reading codec: the fields of a line back into a record.
+//
+// The cursor skips one character behind every field, never beyond the end of the line. The first failure
+// sticks: what follows reads nothing. At every moment the record can be released.
+#ifndef WMQ_STREAM_READER_H
+#define WMQ_STREAM_READER_H
+
+#include <cstdlib>
+#include <cstring>
+
+#include "wmq.stream/presence.h"
+#include "wmq.stream/releaser.h"
+#include "wmq/records/shapes.h"
+
+namespace wmq {
+
+// Hosts that all lists of one line may expand to together, and unchecked ranges that are believed unseen.
+inline constexpr int64_t kMaxHosts = 16777216;
+inline constexpr int64_t kMaxUncheckedRanges = 1048576;
+
+struct Reader {
+  const char *line;    // for positions in messages
+  const char *cursor;
+  const char *end;     // the terminating NUL
+  float version;
+  int32_t eventTime;
+  int error = 0;
+  int64_t hostsLeft = kMaxHosts;
+};
+
+// Fewest bytes of a line that an element of a list can take, the blank before it included: what bounds a count.
+template <typename Element>
+inline constexpr size_t leastBytes = 2;
+template <>
+inline constexpr size_t leastBytes<char *> = 3;
+
+// ------------------------------------------------------------------ primitives
+
+void fail(Reader &io, int error, const char *field, const char *expected);
+inline void skipBlank(Reader &io) { io.cursor += io.cursor < io.end; }
+
+// Convert at the cursor and leave it right behind; false, with the cursor where it was, if nothing converts.
+bool scan(Reader &io, int64_t &value);
+bool scan(Reader &io, int32_t &value);
+bool scan(Reader &io, float &value);
+
+void readText(Reader &io, const char *field, char *&value);
+void readChars(Reader &io, const char *field, char *array, size_t size, size_t minLength);
+void readWord(Reader &io, const char *field, char *&value, size_t limit);
+void emptyText(Reader &io, const char *field, char *&value);
+void readStrings(Reader &io, const char *field, int32_t &count, char **&array);
+void copyStrings(Reader &io, const char *field, int32_t &count, char **&array, int32_t otherCount,
+                 char *const *other);
+void expand(Reader &io, const char *field, int32_t &count, char **&array);
+void readUsage(Reader &io, const char *field, wmxRusage &usage);
+void readSubmitExt(Reader &io, const char *field, submitExt *&extension);
+void readNamedValues(Reader &io, const char *field, namedValueList *&list);
+void readAffinity(Reader &io, const char *field, affinityAlloc *&allocation);
+void readRangeBlock(Reader &io, int32_t &count, int32_t *&start, int32_t *&end, int32_t *&step);
+
+// A zeroed array for `count` elements; null after a failure, with the count set to 0. A count that the rest of the
+// line cannot hold is malformed. `noMemory` is the number that a failed allocation gives.
+void *allocateElements(Reader &io, const char *field, int64_t count, size_t elementSize, size_t leastBytes,
+                       int noMemory);
+
+// ----------------------------------------------------------------------- verbs
+
+template <auto F>
+struct NumberForm;
+
+// What a number that the line lacks becomes: a value, or that of another member.
+template <auto M>
+struct ValueOf {};
+template <auto M>
+inline constexpr ValueOf<M> valueOf{};
+
+inline int32_t absentValue(const auto & /*log*/, int32_t value) { return value; }
+template <auto M>
+auto absentValue(const auto &log, ValueOf<M>) {
+  return log.*M;
+}
+
+struct Unchanged {};
+inline constexpr Unchanged unchanged{};
+
+template <auto F>
+void setAbsent(auto &log, const auto &absent) {
+  using Form = NumberForm<F>;
+  if constexpr (Form::kept) return;
+  log.*Form::member = static_cast<TypeOf<Form::member>>(absentValue(log, absent));
+}
+template <auto F>
+void setAbsent(auto & /*log*/, Unchanged) {}
+
+template <auto F>
+bool scanForm(Reader &io, auto &log) {
+  using Form = NumberForm<F>;
+  if (Form::read(io, log.*Form::member)) return true;
+  fail(io, WMQE_BAD_FORMAT, nameOf<Form::member>, "a number");
+  return false;
+}
+
+template <auto... Fs, typename Absent = int>
+void numbersWithoutSkip(Reader &io, auto &log, const auto &when, const Absent &absent = 0) {
+  if (io.error != 0) return;
+  if (!isOnLine(io.version, log, when)) {
+    (setAbsent<Fs>(log, absent), ...);
+    return;
+  }
+  (void)(scanForm<Fs>(io, log) && ...);
+}
+
+// Several numbers are converted together: between them stand blanks and nothing else.
+template <auto... Fs, typename When = Gate, typename Absent = int>
+void numbers(Reader &io, auto &log, const When &when = always, const Absent &absent = 0) {
+  if (io.error != 0) return;
+  if (!isOnLine(io.version, log, when)) {
+    (setAbsent<Fs>(log, absent), ...);
+    return;
+  }
+  if ((scanForm<Fs>(io, log) && ...)) skipBlank(io);
+}
+
+template <auto F, typename When = Gate, typename Absent = int>
+void number(Reader &io, auto &log, const When &when = always, const Absent &absent = 0) {
+  numbers<F>(io, log, when, absent);
+}
+
+// Only the end of the line means that no text remains: a line end or a blank is a malformed number. The cursor
+// stays: a quoted string follows, and that is found wherever it begins.
+template <auto F>
+void numberAgainIfTextRemains(Reader &io, auto &log, const auto &when) {
+  if (io.error != 0 || !isOnLine(io.version, log, when) || io.cursor == io.end) return;
+  scanForm<F>(io, log);
+}
+
+// A failed conversion is no error and gives 0; the cursor then stays.
+template <auto F>
+void lenientNumber(Reader &io, auto &log, const auto &when) {
+  if (io.error != 0) return;
+  using Form = NumberForm<F>;
+  if (isOnLine(io.version, log, when) && Form::read(io, log.*Form::member)) {
+    skipBlank(io);
+  } else {
+    log.*Form::member = 0;
+  }
+}
+
+// What a string that the line lacks becomes.
+struct Null {};
+inline constexpr Null null{};
+
+inline void setAbsentText(Reader &io, const char *field, char *&value, int /*empty*/) {
+  emptyText(io, field, value);
+}
+inline void setAbsentText(Reader &, const char *, char *&, Null) {}
+
+template <auto M, typename When = Gate, typename Absent = int>
+void text(Reader &io, auto &log, const When &when = always, const Absent &absent = 0) {
+  if (io.error != 0) return;
+  if (isOnLine(io.version, log, when)) {
+    readText(io, nameOf<M>, log.*M);
+  } else {
+    setAbsentText(io, nameOf<M>, log.*M, absent);
+  }
+}
+
+template <auto M, typename When = Gate>
+void name(Reader &io, auto &log, const When &when = always) {
+  if (io.error == 0 && isOnLine(io.version, log, when))
+    readChars(io, nameOf<M>, log.*M, sizeof(TypeOf<M>), 1);
+}
+
+template <auto M, typename When = Gate>
+void nameOrEmpty(Reader &io, auto &log, const When &when = always) {
+  if (io.error == 0 && isOnLine(io.version, log, when))
+    readChars(io, nameOf<M>, log.*M, sizeof(TypeOf<M>), 0);
+}
+
+template <auto M>
+void rawText(Reader &io, auto &log) {
+  text<M>(io, log);
+}
+
+template <auto M>
+void rawWord(Reader &io, auto &log, size_t limit) {
+  if (io.error == 0) readWord(io, nameOf<M>, log.*M, limit);
+}
+
+template <auto M, typename When = Gate>
+void newlinesToBlanks(Reader &, const auto &, const When & /*when*/ = always) {}
+
+inline void element(Reader &io, const char *field, int64_t &value) {
+  if (!scan(io, value)) return fail(io, WMQE_BAD_FORMAT, field, "a number");
+  skipBlank(io);
+}
+inline void element(Reader &io, const char *field, int32_t &value) {
+  if (!scan(io, value)) return fail(io, WMQE_BAD_FORMAT, field, "a number");
+  skipBlank(io);
+}
+void element(Reader &io, const char * /*field*/, auto &entry) { layout(io, entry); }
+
+// Releases what a half-read entry holds: the count is cut to the entries that are complete.
+inline void dropElement(int64_t &) {}
+inline void dropElement(int32_t &) {}
+void dropElement(auto &entry) {
+  Releaser release{.kept = false};
+  layout(release, entry);
+}
+
+template <auto Count, auto Array>
+void elements(Reader &io, auto &log, int noMemory = WMQE_NO_MEM) {
+  using Element = std::remove_pointer_t<TypeOf<Array>>;
+  if (io.error != 0) return;
+  auto &count = log.*Count;
+  auto &array = log.*Array;
+  if constexpr (std::is_same_v<Element, char *>) {
+    if (count > 0) readStrings(io, nameOf<Array>, count, array);
+  } else {
+    if (count <= 0) return;
+    array = static_cast<Element *>(allocateElements(io, nameOf<Array>, count, sizeof(Element),
+                                                    leastBytes<Element>, noMemory));
+    if (array == nullptr) {
+      count = 0;
+      return;
+    }
+    for (TypeOf<Count> i = 0; i < count; ++i) {
+      element(io, nameOf<Array>, array[i]);
+      if (io.error != 0) {
+        dropElement(array[i]);
+        count = i;
+      }
+    }
+  }
+}
+
+template <auto Count, auto Array, typename When = Gate>
+void list(Reader &io, auto &log, const When &when = always, int noMemory = WMQE_NO_MEM) {
+  if (io.error != 0 || !isOnLine(io.version, log, when)) return;
+  number<Count>(io, log);
+  elements<Count, Array>(io, log, noMemory);
+}
+
+template <auto Count, auto Array>
+void readList(Reader &io, auto &log, const auto &when) {
+  list<Count, Array>(io, log, when);
+}
+
+template <auto Count, auto Array>
+void unwrittenRawPairs(Reader &io, auto &log) {
+  list<Count, Array>(io, log);
+}
+
+template <auto Count, auto Array>
+void hostNames(Reader &io, auto &log) {
+  if (io.error != 0) return;
+  if (log.*Count == 0) return fail(io, WMQE_BAD_FORMAT, nameOf<Count>, "at least one host");
+  readStrings(io, nameOf<Array>, log.*Count, log.*Array);
+  expand(io, nameOf<Array>, log.*Count, log.*Array);
+}
+
+template <auto Count, auto Array, typename When = Gate>
+void hosts(Reader &io, auto &log, const When &when = always) {
+  list<Count, Array>(io, log, when);
+  expand(io, nameOf<Array>, log.*Count, log.*Array);
+}
+
+template <auto Count, auto Array, auto OtherCount, auto Other>
+void hostsUnlessCopy(Reader &io, auto &log, const auto &when) {
+  if (io.error != 0) return;
+  if (isOnLine(io.version, log, when)) {
+    number<Count>(io, log);
+    if (io.error != 0) log.*Count = 0;
+    if (log.*Count != 0) {
+      readStrings(io, nameOf<Array>, log.*Count, log.*Array);
+      return expand(io, nameOf<Array>, log.*Count, log.*Array);
+    }
+  }
+  copyStrings(io, nameOf<Array>, log.*Count, log.*Array, log.*OtherCount, log.*Other);
+}
+
+template <auto Count, auto Array, auto OtherCount, auto Other>
+void slotsOrCopy(Reader &io, auto &log, const auto &when) {
+  if (io.error != 0) return;
+  if (isOnLine(io.version, log, when)) return list<Count, Array>(io, log);
+  copyStrings(io, nameOf<Array>, log.*Count, log.*Array, log.*OtherCount, log.*Other);
+}
+
+template <auto M, typename When = Gate>
+void usage(Reader &io, auto &log, const When &when = always) {
+  if (io.error == 0 && isOnLine(io.version, log, when)) readUsage(io, nameOf<M>, log.*M);
+}
+
+template <auto M>
+void extension(Reader &io, auto &log, const auto &when) {
+  if (io.error == 0 && isOnLine(io.version, log, when)) readSubmitExt(io, nameOf<M>, log.*M);
+}
+
+template <auto M>
+void namedList(Reader &io, auto &log, const auto &when) {
+  if (io.error == 0 && isOnLine(io.version, log, when)) readNamedValues(io, nameOf<M>, log.*M);
+}
+
+template <auto M>
+void affinity(Reader &io, auto &log, const auto &when) {
+  if (io.error == 0 && isOnLine(io.version, log, when)) readAffinity(io, nameOf<M>, log.*M);
+}
+
+template <Ranges Rule>
+void indexRanges(Reader &io, auto &log, const auto &when) {
+  if (io.error == 0 && isOnLine(io.version, log, when))
+    readRangeBlock(io, log.indexRangeCnt, log.indexRangeStart, log.indexRangeEnd, log.indexRangeStep);
+}
+
+template <auto M, int From, int To, typename When = Gate>
+void limits(Reader &io, auto &log, const When &when = always, bool /*converted*/ = false) {
+  if (io.error != 0) return;
+  const bool onLine = isOnLine(io.version, log, when);
+  for (int i = From; i < To && io.error == 0; ++i) {
+    if (onLine) {
+      element(io, nameOf<M>, (log.*M)[i]);
+    } else {
+      (log.*M)[i] = -1;
+    }
+  }
+}
+
+template <auto M>
+void limitsFromLine(Reader &io, auto &log, bool converted) {
+  if (io.error == 0 && converted) convertRLimit(log.*M, 1);
+}
+
+inline void forget(Reader &io, const char *field, char *&value) {
+  std::free(value);
+  value = nullptr;
+  emptyText(io, field, value);
+}
+inline void forget(Reader &, const char *, int32_t &value) { value = 0; }
+
+template <auto... Ms>
+void forgottenUnless(Reader &io, auto &log, Gate gate) {
+  if (io.error == 0 && !gateOpen(gate, io.version)) (forget(io, nameOf<Ms>, log.*Ms), ...);
+}
+
+template <auto M>
+void fromHeader(Reader &io, auto &log) {
+  if (io.error == 0) log.*M = io.eventTime;
+}
+
+template <auto M>
+void computed(Reader &io, auto &log, const auto &compute) {
+  if (io.error == 0) log.*M = compute(io, log);
+}
+
+template <auto M>
+void unset(Reader &, const auto &) {}
+
+template <auto Count, auto Array>
+void listOffLine(Reader &, const auto &) {}
+
+inline void trailingBlank(Reader &) {}
+
+}  // namespace wmq
+
+#endif

@@ -1,0 +1,315 @@
+#include "wmq.stream/stream_file.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdarg>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+
+namespace wmq {
+namespace {
+
+constexpr int32_t kDefaultSize = 1000000000;
+constexpr mode_t kMode = 0644;
+constexpr int32_t kRemoved = INT32_MAX;  // marks a suffix that is not, or no longer, to be removed
+constexpr int64_t kLastSuffix = INT32_MAX - 2;
+
+char tracebuf[8192];
+char path[4096];
+
+__attribute__((format(printf, 2, 3))) void report(const streamFile *file, const char *format, ...) {
+  if (file == nullptr || file->trace == 0) return;
+  va_list arguments;
+  va_start(arguments, format);
+  std::vsnprintf(tracebuf, sizeof tracebuf, format, arguments);
+  va_end(arguments);
+  if (file->traceFunc != nullptr) file->traceFunc(tracebuf);
+}
+
+void reportState(const streamFile &file, const char *label, const char *what) {
+  report(&file, "%s: %s %s %s all right maxsize %d", label, file.kind->noun, file.fileName, what,
+         file.maxStreamSize);
+}
+
+int failSystem() {
+  wmq_errno = WMQE_SYS;
+  return -1;
+}
+
+// A file that a rotation opens belongs to nobody whom the program starts.
+void protect(FILE *fp) { fcntl(fileno(fp), F_SETFD, FD_CLOEXEC); }
+
+// ------------------------------------------------------------------- old files
+
+// Directory of old files as they are counted: a name without a directory part stands in ".", and then nothing
+// that is found there ever matches it.
+struct Directory {
+  size_t length;  // of the part of the file name
+  bool none;
+};
+
+Directory directoryOf(const char *fileName) {
+  const char *cut = std::strrchr(fileName, '/');
+  if (cut == nullptr) cut = std::strrchr(fileName, '\\');
+  return cut == nullptr ? Directory{0, true} : Directory{static_cast<size_t>(cut - fileName), false};
+}
+
+DIR *openDirectory(const char *fileName, const Directory &directory) {
+  if (directory.none) return opendir(".");
+  if (directory.length == 0) return opendir("/");
+  if (directory.length >= sizeof path) {
+    errno = ENAMETOOLONG;
+    return nullptr;
+  }
+  std::memcpy(path, fileName, directory.length);
+  path[directory.length] = '\0';
+  return opendir(path);
+}
+
+// The text behind the last dot, if what stands before it is `prefix` and it is a whole number.
+const char *suffixOf(const char *name, const char *prefix) {
+  const char *dot = std::strrchr(name, '.');
+  if (dot == nullptr || !islongint_(dot + 1)) return nullptr;
+  const auto length = static_cast<size_t>(dot - name);
+  return std::strlen(prefix) == length && std::memcmp(name, prefix, length) == 0 ? dot + 1 : nullptr;
+}
+
+struct Suffixes {
+  int32_t *values = nullptr;
+  size_t count = 0;
+  size_t capacity = 0;
+  ~Suffixes() { std::free(values); }
+
+  bool reserve(size_t wanted) {
+    auto *grown = static_cast<int32_t *>(std::realloc(values, wanted * sizeof *values));
+    if (grown == nullptr) return false;
+    values = grown;
+    capacity = wanted;
+    return true;
+  }
+  bool add(int32_t value) {
+    if (count == capacity && !reserve(2 * capacity)) return false;
+    values[count++] = value;
+    return true;
+  }
+};
+
+// True for a regular file, links not followed. `path` is used to build its name.
+bool isOldFile(DIR *directory, const char *entry) {
+  struct stat status;
+  return fstatat(dirfd(directory), entry, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISREG(status.st_mode);
+}
+
+int findOldFiles(const char *fileName, Suffixes &found) {
+  const Directory directory = directoryOf(fileName);
+  DIR *const listing = openDirectory(fileName, directory);
+  if (listing == nullptr) return failSystem();
+  // Only "DIRECTORY/NAME" can equal the file name, so its last part is all that has to be compared. A bare name, or
+  // one whose directory ends in a backslash, equals no such path.
+  const bool comparable = !directory.none && fileName[directory.length] == '/';
+  const char *const base = comparable ? fileName + directory.length + 1 : nullptr;
+  int result = 0;
+  errno = 0;
+  for (const dirent *entry = readdir(listing); entry != nullptr; errno = 0, entry = readdir(listing)) {
+    const char *suffix = comparable ? suffixOf(entry->d_name, base) : nullptr;
+    if (suffix == nullptr || !isOldFile(listing, entry->d_name)) continue;
+    const long value = std::strtol(suffix, nullptr, 10);
+    if (!found.add(value >= kRemoved ? kRemoved : static_cast<int32_t>(value))) {
+      wmq_errno = WMQE_NO_MEM;
+      result = -1;
+      break;
+    }
+  }
+  if (result == 0 && errno != 0) result = failSystem();
+  closedir(listing);
+  return result;
+}
+
+// One pass: the smallest suffix that is left. Its equals are marked with it, though only one file bears the name.
+int removeOldest(const char *fileName, int32_t suffix) {
+  std::snprintf(path, sizeof path, "%s.%ld", fileName, static_cast<long>(suffix));
+  report(stream, "%s: Removing oldest stream file %s ", "deleteoldfiles()", path);
+  if (unlink(path) == 0) return 0;
+  wmq_errno = WMQE_SYS;
+  report(stream, "%s: Failed to remove file %s, errno= %d", "deleteoldfiles()", path, errno);
+  return -2;
+}
+
+// ---------------------------------------------------------------------- rotation
+
+bool writeEndOfStream(const streamFile &file) {
+  char line[64];
+  const int length = std::snprintf(line, sizeof line, "\"END_OF_STREAM\" \"%s\" %d\n", WMQ_FORMAT_VERSION,
+                                   static_cast<int32_t>(currentTime()));
+  return append(file, line, static_cast<size_t>(length));
+}
+
+int64_t systemTime() { return std::time(nullptr); }
+
+}  // namespace
+
+constinit Clock *currentTime = systemTime;
+
+const StreamKind eventStreamKind{"stream", "/tmp/wmq.stream", "wmq_openstream()", "resetstream()",
+                                 "wmq_closestream()"};
+
+constinit streamFile *stream = nullptr;
+
+bool nextSuffix(const char *fileName, int64_t now, int64_t &suffix) {
+  const char *const slash = std::strrchr(fileName, '/');
+  const Directory directory = slash == nullptr ? Directory{0, true}
+                                               : Directory{static_cast<size_t>(slash - fileName), false};
+  DIR *const listing = openDirectory(fileName, directory);
+  if (listing == nullptr) return false;
+  suffix = now;
+  for (const dirent *entry = readdir(listing); entry != nullptr; entry = readdir(listing)) {
+    const char *text = suffixOf(entry->d_name, slash == nullptr ? fileName : slash + 1);
+    if (text == nullptr) continue;
+    const int64_t value = std::strtoll(text, nullptr, 10);
+    if (value <= kLastSuffix) suffix = std::max(suffix, value + 1);
+  }
+  closedir(listing);
+  return true;
+}
+
+int checkstreamfilenum(const char *fileName, int32_t maxFileNum) {
+  if (maxFileNum < 1 || fileName == nullptr) return -1;
+  Suffixes found;
+  // The limit may be any number: its list is taken in steps all the same.
+  if (!found.reserve(static_cast<size_t>(std::min(maxFileNum, 1024)))) {
+    wmq_errno = WMQE_NO_MEM;
+    return -1;
+  }
+  if (const int result = findOldFiles(fileName, found); result != 0) return result;
+  if (found.count < static_cast<size_t>(maxFileNum)) return 0;
+
+  std::sort(found.values, found.values + found.count);
+  const size_t passes = found.count - static_cast<size_t>(maxFileNum) + 1;
+  size_t oldest = 0;
+  for (size_t pass = 0; pass < passes; ++pass) {
+    if (oldest == found.count || found.values[oldest] == kRemoved) break;
+    const int32_t suffix = found.values[oldest];
+    if (const int result = removeOldest(fileName, suffix); result != 0) return result;
+    while (oldest < found.count && found.values[oldest] == suffix) ++oldest;
+  }
+  wmq_errno = WMQE_FILES_REMOVED;
+  return 0;
+}
+
+streamFile *openFile(const StreamKind &kind, const char *fileName, const streamParams &params) {
+  auto *file = static_cast<streamFile *>(std::calloc(1, sizeof(streamFile)));
+  char *const name = file == nullptr ? nullptr : putstr_(fileName != nullptr ? fileName : kind.defaultPath);
+  if (name == nullptr) {
+    std::free(file);
+    wmq_errno = WMQE_NO_MEM;
+    return nullptr;
+  }
+  file->kind = &kind;
+  file->fileName = name;
+  file->maxStreamSize = params.maxStreamSize > 0 ? params.maxStreamSize : kDefaultSize;
+  file->maxStreamFileNum = params.maxStreamFileNum;
+  file->trace = params.trace;
+  file->traceFunc = params.traceFunc;
+  file->fp = std::fopen(name, "a+");
+  if (file->fp == nullptr || chmod(name, kMode) != 0) {
+    const int reason = errno;
+    if (file->fp != nullptr) std::fclose(file->fp);
+    std::free(name);
+    std::free(file);
+    errno = reason;
+    wmq_errno = WMQE_SYS;
+    return nullptr;
+  }
+  protect(file->fp);
+  reportState(*file, kind.openLabel, "open");
+  return file;
+}
+
+void closeFile(streamFile *file) {
+  if (file->fp != nullptr) std::fclose(file->fp);
+  reportState(*file, file->kind->closeLabel, "closed");
+  std::memset(tracebuf, 0, sizeof tracebuf);
+  resetLines(file->lines);
+  std::free(file->fileName);
+  std::free(file);
+}
+
+// The file is written past its buffer: a line reaches the system in one piece or fails with the system's
+// reason, and nothing of a failed line can come out later.
+bool append(const streamFile &file, const char *bytes, size_t length) {
+  const int fd = fileno(file.fp);
+  while (length > 0) {
+    const ssize_t written = write(fd, bytes, length);
+    if (written < 0) {
+      if (errno == EINTR) continue;
+      return false;
+    }
+    bytes += written;
+    length -= static_cast<size_t>(written);
+  }
+  return true;
+}
+
+int resetstream(streamFile &file) {
+  struct stat status;
+  if (fstat(fileno(file.fp), &status) != 0) return failSystem();
+  if (status.st_size < file.maxStreamSize) return 0;
+  if (const int result = checkstreamfilenum(file.fileName, file.maxStreamFileNum); result < 0) return result;
+
+  int64_t suffix = 0;
+  if (!nextSuffix(file.fileName, currentTime(), suffix)) return failSystem();
+  char rotated[sizeof path];
+  const int length = std::snprintf(rotated, sizeof rotated, "%s.%ld", file.fileName, static_cast<long>(suffix));
+  if (length < 0 || static_cast<size_t>(length) >= sizeof rotated) {
+    errno = ENAMETOOLONG;
+    return failSystem();
+  }
+  if (!writeEndOfStream(file)) return failSystem();
+  std::fclose(file.fp);
+  file.fp = nullptr;
+  resetLines(file.lines);
+  file.lines.nextRead = 0;
+
+  if (std::rename(file.fileName, rotated) != 0) return failSystem();
+  FILE *const fresh = std::fopen(file.fileName, "w");
+  if (fresh == nullptr) return failSystem();
+  if (fchmod(fileno(fresh), kMode) != 0) {
+    const int reason = errno;
+    std::fclose(fresh);
+    errno = reason;
+    return failSystem();
+  }
+  protect(fresh);
+  fcntl(fileno(fresh), F_SETFL, O_APPEND);
+  file.fp = fresh;
+  reportState(file, file.kind->resetLabel, "reset");
+  return 0;
+}
+
+Line nextRecordLine(streamFile &file) {
+  if (file.fp == nullptr) {
+    wmq_errno = WMQE_BAD_ARG;
+    return {nullptr, 0};
+  }
+  Line line = nextLine(file.lines, fileno(file.fp));
+  if (line.text == nullptr) {
+    wmq_errno = wmc_errno == WMCE_NO_MEM ? WMQE_NO_MEM : WMQE_EOF;
+    return line;
+  }
+  while (*line.text == '#') {
+    line = nextLine(file.lines, fileno(file.fp));
+    if (line.text == nullptr) {
+      wmq_errno = WMQE_EOF;
+      return line;
+    }
+  }
+  return line;
+}
+
+}  // namespace wmq

@@ -1,0 +1,65 @@
+// A stream's file: opening, the size limit, rotation into old files, their removal, closing. Three streams stand side by side,
+// each with a descriptor of its own.
+#ifndef WMQ_STREAM_STREAM_FILE_H
+#define WMQ_STREAM_STREAM_FILE_H
+
+#include <cstdio>
+
+#include "wmq.stream/line_source.h"
+#include "wmq/stream.h"
+
+namespace wmq {
+
+// What differs from stream to stream in texts.
+struct StreamKind {
+  const char *noun;  // in trace messages
+  const char *defaultPath;
+  const char *openLabel;
+  const char *resetLabel;
+  const char *closeLabel;
+};
+
+struct streamFile {
+  char *fileName;
+  FILE *fp;  // null after a failed rotation
+  int32_t maxStreamSize;
+  int32_t maxStreamFileNum;
+  int32_t trace;
+  int (*traceFunc)(const char *message);
+  const StreamKind *kind;
+  LineSource lines;
+};
+
+extern const StreamKind eventStreamKind;
+extern streamFile *stream;  // the event stream; null when closed
+
+// A new descriptor with its file open; null with wmq_errno.
+streamFile *openFile(const StreamKind &kind, const char *fileName, const streamParams &params);
+
+// Closes the file and releases the descriptor.
+void closeFile(streamFile *file);
+
+// Appends the bytes to the file in one write. False with errno when not all of them could be written.
+bool append(const streamFile &file, const char *bytes, size_t length);
+
+// Rotates a file that has reached its size: 0 when nothing was to be done or all went well, else negative with
+// wmq_errno as set.
+int resetstream(streamFile &file);
+
+// Removes the oldest old files so that fewer than `maxFileNum` remain. 0; -1 for a null name, a limit below 1
+// (wmq_errno untouched), no memory or a directory that cannot be listed; -2 for a file that cannot be removed.
+int checkstreamfilenum(const char *fileName, int32_t maxFileNum);
+
+// The suffix for the file that is rotated now.
+bool nextSuffix(const char *fileName, int64_t now, int64_t &suffix);
+
+// What time rotation goes by, in seconds since the epoch; tests set it.
+using Clock = int64_t();
+extern Clock *currentTime;
+
+// The next line that is no comment; on failure no line, with wmq_errno.
+Line nextRecordLine(streamFile &file);
+
+}  // namespace wmq
+
+#endif

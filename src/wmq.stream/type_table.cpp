@@ -1,0 +1,193 @@
+#include "wmq.stream/type_table.h"
+
+#include <array>
+#include <cstring>
+#include <iterator>
+#include <string_view>
+
+#include "records/record_codecs.h"
+#include "wmq/event_record.h"
+
+namespace wmq {
+
+static const wmqLayout *describeNothing() {
+  static const wmqLayout nothing{"", 0, 0, nullptr};
+  return &nothing;
+}
+
+static const wmqLayout *describeEndOfStream() {
+  static const wmqField marker{.name = "endOfStream",
+                               .kind = WMQ_KIND_INT32,
+                               .shape = WMQ_SHAPE_ONE,
+                               .offset = 0,
+                               .size = sizeof(int32_t),
+                               .length = 1,
+                               .layout = nullptr,
+                               .countName = nullptr,
+                               .countOffset = 0,
+                               .countKind = WMQ_KIND_INT32,
+                               .position = 0,
+                               .form = "",
+                               .gate = WMQ_GATE_ALWAYS,
+                               .gateVersion = 0,
+                               .condition = "",
+                               .absent = "",
+                               .note = "1 when read; whatever follows the header is ignored",
+                               .minLength = 0,
+                               .flags = WMQ_FIELD_OFF_LINE};
+  static const wmqLayout layout{"eventLog", sizeof(int32_t), 1, &marker};
+  return &layout;
+}
+
+static constexpr RecordCodec noFields{
+    [](Writer &, void *) {}, [](Reader &, void *) {}, [](Releaser &, void *) {}, describeNothing};
+static constexpr RecordCodec endOfStream{[](Writer &, void *) {},
+                                         [](Reader &, void *log) { *static_cast<int32_t *>(log) = 1; },
+                                         [](Releaser &, void *) {}, describeEndOfStream};
+
+static constexpr EventType kTypes[] = {
+    {0, Body::unknown, nullptr, nullptr},
+    {EVENT_JOB_NEW, Body::fields, "JOB_NEW", &jobNewCodec},
+    {EVENT_JOB_START, Body::fields, "JOB_START", &jobStartCodec},
+    {EVENT_JOB_STATUS, Body::fields, "JOB_STATUS", &jobStatusCodec},
+    {EVENT_JOB_SWITCH, Body::later, "JOB_SWITCH", nullptr},
+    {EVENT_JOB_MOVE, Body::later, "JOB_MOVE", nullptr},
+    {EVENT_QUEUE_CTRL, Body::later, "QUEUE_CTRL", nullptr},
+    {EVENT_HOST_CTRL, Body::later, "HOST_CTRL", nullptr},
+    {EVENT_MBD_DIE, Body::later, "MBD_DIE", nullptr},
+    {EVENT_UNFULFILL, Body::fields, "UNFULFILL", &unfulfillCodec},
+    {EVENT_JOB_FINISH, Body::fields, "JOB_FINISH", &jobFinishCodec},
+    {EVENT_LOAD_INDEX, Body::later, "LOAD_INDEX", nullptr},
+    {EVENT_CHKPNT, Body::later, "CHKPNT", nullptr},
+    {EVENT_MIG, Body::later, "MIG", nullptr},
+    {EVENT_PRE_EXEC_START, Body::fields, "PRE_EXEC_START", &jobStartCodec},
+    {EVENT_MBD_START, Body::later, "MBD_START", nullptr},
+    {EVENT_JOB_ROUTE, Body::fields, "JOB_ROUTE", &jobStartCodec},
+    {EVENT_JOB_MODIFY, Body::fields, "JOB_MODIFY", &jobNewCodec},
+    {EVENT_JOB_SIGNAL, Body::later, "JOB_SIGNAL", nullptr},
+    {EVENT_CAL_NEW, Body::later, "CAL_NEW", nullptr},
+    {EVENT_CAL_MODIFY, Body::later, "CAL_MODIFY", nullptr},
+    {EVENT_CAL_DELETE, Body::later, "CAL_DELETE", nullptr},
+    {EVENT_JOB_FORWARD, Body::later, "JOB_FORWARD", nullptr},
+    {EVENT_JOB_ACCEPT, Body::later, "JOB_ACCEPT", nullptr},
+    {EVENT_JOB_STAT_ACK, Body::later, "JOB_STAT_ACK", nullptr},
+    {EVENT_JOB_EXECUTE, Body::later, "JOB_EXECUTE", nullptr},
+    {EVENT_JOB_MSG, Body::later, "JOB_MSG", nullptr},
+    {EVENT_JOB_MSG_ACK, Body::later, "JOB_MSG_ACK", nullptr},
+    {EVENT_JOB_REQUEUE, Body::later, "JOB_REQUEUE", nullptr},
+    {EVENT_JOB_OCCUPY_REQ, Body::headerOnly, "JOB_OCCUPY_REQ", &noFields},
+    {EVENT_JOB_VACATED, Body::headerOnly, "JOB_VACATED", &noFields},
+    {31, Body::unknown, nullptr, nullptr},
+    {EVENT_JOB_SIGACT, Body::later, "JOB_SIGACT", nullptr},
+    {33, Body::unknown, nullptr, nullptr},
+    {EVENT_SBD_JOB_STATUS, Body::openLine, "SBD_JOB_STATUS", &sbdJobStatusCodec},
+    {EVENT_JOB_START_ACCEPT, Body::later, "JOB_START_ACCEPT", nullptr},
+    {EVENT_CAL_UNDELETE, Body::later, "CAL_UNDELETE", nullptr},
+    {EVENT_JOB_CLEAN, Body::fields, "JOB_CLEAN", &jobCleanCodec},
+    {EVENT_JOB_EXCEPTION, Body::fields, "JOB_EXCEPTION", &jobExceptionCodec},
+    {EVENT_GRP_ADD, Body::fields, "GRP_ADD", &jgrpAddCodec},
+    {EVENT_GRP_MOD, Body::fields, "GRP_MOD", &jgrpModCodec},
+    {EVENT_GRP_CTRL, Body::fields, "GRP_CTRL", &jgrpCtrlCodec},
+    {EVENT_JOB_FORCE, Body::later, "JOB_FORCE", nullptr},
+    {EVENT_LOG_SWITCH, Body::fields, "LOG_SWITCH", &logSwitchCodec},
+    {EVENT_JOB_MODIFY2, Body::later, "JOB_MODIFY2", nullptr},
+    {EVENT_GRP_STATUS, Body::fields, "GRP_STATUS", &jgrpStatusCodec},
+    {EVENT_JOB_ATTR_SET, Body::fields, "JOB_ATTR_SET", &jobAttrSetCodec},
+    {EVENT_JOB_EXT_MSG, Body::later, "JOB_EXT_MSG", nullptr},
+    {EVENT_JOB_ATTA_DATA, Body::later, "JOB_ATTA_DATA", nullptr},
+    {EVENT_JOB_CHUNK, Body::later, "JOB_CHUNK", nullptr},
+    {50, Body::unknown, nullptr, nullptr},
+    {EVENT_ADRSV_FINISH, Body::later, "EVENT_ADRSV_FINISH", nullptr},
+    {EVENT_HGHOST_CTRL, Body::later, "EVENT_HGHOST_CTRL", nullptr},
+    {EVENT_CPUPROFILE_STATUS, Body::later, "CPUPROFILE_STATUS", nullptr},
+    {54, Body::unknown, nullptr, nullptr},
+    {EVENT_JOB_RUN_RUSAGE, Body::later, "JOB_RUN_RUSAGE", nullptr},
+    {EVENT_END_OF_STREAM, Body::elsewhere, "END_OF_STREAM", &endOfStream},
+    {EVENT_SLA_RECOMPUTE, Body::later, "SLA_RECOMPUTE", nullptr},
+    {EVENT_METRIC_LOG, Body::later, "METRIC_LOG", nullptr},
+    {59, Body::unknown, nullptr, nullptr},
+    {60, Body::dropped, nullptr, &retiredListCodec},
+    {61, Body::dropped, nullptr, &noFields},
+    {62, Body::dropped, nullptr, &noFields},
+    {63, Body::dropped, nullptr, &retiredAllocationCodec},
+    {64, Body::dropped, nullptr, &retiredTextCodec},
+    {EVENT_JOB_RESIZE, Body::later, "JOB_RESIZE", nullptr},
+    {66, Body::unknown, nullptr, nullptr},
+    {67, Body::unknown, nullptr, nullptr},
+    {EVENT_JOB_FINISH2, Body::later, "JOB_FINISH2", nullptr},
+    {EVENT_JOB_STARTLIMIT, Body::later, "JOB_STARTLIMIT", nullptr},
+    {EVENT_JOB_STATUS2, Body::sideStream, "JOB_STATUS2", nullptr},
+    {EVENT_JOB_PENDING_REASONS, Body::elsewhere, "JOB_PENDING_REASONS", nullptr},
+    {EVENT_JOB_SWITCH2, Body::later, "JOB_SWITCH2", nullptr},
+    {EVENT_JOB_ACCEPTACK, Body::later, "JOB_ACCEPTACK", nullptr},
+    {EVENT_JOB_PROVISION_START, Body::later, "JOB_PROVISION_START", nullptr},
+    {EVENT_JOB_PROVISION_END, Body::later, "JOB_PROVISION_END", nullptr},
+    {76, Body::unknown, nullptr, nullptr},
+    {EVENT_HOST_POWER_STATUS, Body::later, "HOST_POWER_STATUS", nullptr},
+    {EVENT_JOB_PROV_HOST, Body::later, "JOB_PROV_HOST", nullptr},
+};
+
+static_assert(std::size(kTypes) == WMQ_MAX_EVENT_TYPE + 1);
+static_assert([] {
+  for (size_t i = 0; i < std::size(kTypes); ++i)
+    if (kTypes[i].code != static_cast<int32_t>(i)) return false;
+  return true;
+}(), "the rows stand in the order of their codes");
+
+// ---------------------------------------------------------------- lookup by name
+
+constexpr size_t kSlots = 256;
+
+static constexpr size_t slotOf(std::string_view name) {
+  size_t hash = name.size();
+  for (const char c : name) hash = hash * 31 + static_cast<unsigned char>(c);
+  return hash % kSlots;
+}
+
+static constexpr auto kByName = [] {
+  std::array<uint8_t, kSlots> slots{};  // 0: empty; code 0 has no name
+  for (const EventType &type : kTypes) {
+    if (type.name == nullptr) continue;
+    size_t slot = slotOf(type.name);
+    while (slots[slot] != 0) slot = (slot + 1) % kSlots;
+    slots[slot] = static_cast<uint8_t>(type.code);
+  }
+  return slots;
+}();
+
+const EventType &eventType(int32_t code) {
+  return kTypes[code >= 0 && code <= WMQ_MAX_EVENT_TYPE ? code : 0];
+}
+
+const EventType *eventTypeNamed(const char *name, size_t length) {
+  const std::string_view wanted(name, length);
+  for (size_t slot = slotOf(wanted); kByName[slot] != 0; slot = (slot + 1) % kSlots) {
+    const EventType &type = kTypes[kByName[slot]];
+    if (wanted == type.name) return &type;
+  }
+  return nullptr;
+}
+
+}  // namespace wmq
+
+const char *wmq_typename(int32_t type) { return wmq::eventType(type).name; }
+
+int32_t wmq_typecode(const char *name) {
+  if (name == nullptr) return -1;
+  const wmq::EventType *type = wmq::eventTypeNamed(name, std::strlen(name));
+  return type ? type->code : -1;
+}
+
+const wmqLayout *wmq_schema(int32_t type) {
+  const wmq::RecordCodec *codec = wmq::eventType(type).codec;
+  if (codec == nullptr) return nullptr;
+  try {
+    return codec->describe();
+  } catch (...) {  // no memory for the description
+    return nullptr;
+  }
+}
+
+int wmq_gateopen(const wmqField *field, float version) {
+  return field != nullptr && wmq::gateOpen({field->gate, field->gateVersion}, version);
+}

@@ -1,0 +1,187 @@
+#include "wmq.stream/writer.h"
+
+#include <cerrno>
+#include <cstdlib>
+
+#include "companion/host_list.h"
+#include "companion/limits.h"
+#include "companion/numbers.h"
+#include "companion/quoting.h"
+#include "companion/resource_usage.h"
+#include "wmq.stream/failure.h"
+
+namespace wmq {
+namespace {
+
+constexpr size_t kFirstCapacity = 4096;
+constexpr size_t kKeptCapacity = size_t{1} << 20;
+
+struct LineBuffer {
+  Writer writer;
+  ~LineBuffer() { std::free(writer.text); }
+};
+
+thread_local LineBuffer buffer;
+
+// How many of the neighbours from `hosts[first]` on are the same name.
+int64_t runLength(char *const *hosts, int64_t first, int64_t count) {
+  const char *name = hosts[first] ? hosts[first] : "";
+  int64_t next = first + 1;
+  while (next < count && std::strcmp(hosts[next] ? hosts[next] : "", name) == 0) ++next;
+  return next - first;
+}
+
+}  // namespace
+
+Writer &beginLine() {
+  Writer &io = buffer.writer;
+  io.size = 0;
+  io.error = 0;
+  return io;
+}
+
+void finishLine(Writer &io) {
+  if (io.capacity <= kKeptCapacity) return;
+  std::free(io.text);
+  io = Writer{};
+}
+
+int handOver(Writer &io, FILE *file) {
+  const bool written = io.size == 0 || std::fwrite(io.text, 1, io.size, file) == io.size;
+  return io.error != 0 ? io.error : written ? 0 : WMQE_SYS;
+}
+
+void fail(Writer &io, int error, const char *field, const char *expected) {
+  if (io.error != 0) return;
+  io.error = error;
+  noteFailure(field, io.size, expected);
+}
+
+char *room(Writer &io, size_t bytes) {
+  if (io.error != 0) return nullptr;
+  if (io.capacity - io.size >= bytes) return io.text + io.size;
+  size_t capacity = io.capacity > 0 ? io.capacity : kFirstCapacity;
+  while (capacity - io.size < bytes) capacity *= 2;
+  auto *text = static_cast<char *>(std::realloc(io.text, capacity));
+  if (text == nullptr) {
+    fail(io, WMQE_SYS, nullptr, "memory for the line");
+    return nullptr;
+  }
+  io.text = text;
+  io.capacity = capacity;
+  return text + io.size;
+}
+
+void put(Writer &io, const char *text, size_t length) {
+  if (char *out = room(io, length)) {
+    std::memcpy(out, text, length);
+    io.size += length;
+  }
+}
+
+void putInteger(Writer &io, int64_t value) {
+  char *out = room(io, 24);
+  if (out == nullptr) return;
+  *out = ' ';
+  io.size = static_cast<size_t>(formatInt64(out + 1, value) - io.text);
+}
+
+void putFixed(Writer &io, double value, int width, int precision) {
+  char *out = room(io, 401);
+  if (out == nullptr) return;
+  *out = ' ';
+  io.size = static_cast<size_t>(formatFixed(out + 1, value, width, precision) - io.text);
+}
+
+void putQuoted(Writer &io, const char *text) {
+  const size_t length = text ? std::strlen(text) : 0;
+  char *out = room(io, 2 * length + 3);
+  if (out == nullptr) return;
+  *out = ' ';
+  io.size = static_cast<size_t>(quotedInto(out + 1, text ? text : "", length) - io.text);
+}
+
+bool arrayGiven(Writer &io, int64_t count, const void *array, const char *field) {
+  if (count > 0 && array == nullptr) fail(io, WMQE_SYS, field, "an array for the count");
+  return io.error == 0;
+}
+
+// Compresses while writing: unlike compressHostList this needs no memory and cannot fail.
+void putHosts(Writer &io, int64_t count, char *const *hosts, const char *field) {
+  if (count < 0) return fail(io, WMQE_SYS, field, "a count of 0 or more");
+  if (!arrayGiven(io, count, hosts, field)) return;
+
+  int64_t entries = 0;
+  for (int64_t i = 0; i < count; i += runLength(hosts, i, count)) ++entries;
+  putInteger(io, entries);
+
+  for (int64_t i = 0, run = 0; i < count; i += run) {
+    run = runLength(hosts, i, count);
+    const char *name = hosts[i] ? hosts[i] : "";
+    int64_t times = 0;
+    const char *plain = nullptr;
+    if (run == 1 && !compressedName(name, times, plain)) {
+      putQuoted(io, name);
+      continue;
+    }
+    const size_t length = std::strlen(name);
+    char *out = room(io, 2 * length + 32);
+    if (out == nullptr) return;
+    *out++ = ' ';
+    *out++ = '"';
+    out = formatInt64(out, run);
+    *out++ = '*';
+    char *quoted = quotedInto(out, name, length);  // with an opening quote that must not stand here
+    std::memmove(out, out + 1, static_cast<size_t>(quoted - out - 1));
+    io.size = static_cast<size_t>(quoted - 1 - io.text);
+  }
+}
+
+void putUsage(Writer &io, const wmxRusage &usage) {
+  if (char *out = room(io, WMX_RUSAGE_VALUES * 32))
+    io.size = static_cast<size_t>(formatUsage(out, usage) - io.text);
+}
+
+void putSubmitExt(Writer &io, const submitExt *extension) {
+  const int32_t count = extension && extension->pairs ? extension->numPairs : 0;
+  putInteger(io, count);
+  for (int32_t i = 0; i < count; ++i) {
+    putInteger(io, extension->pairs[i].key);
+    putQuoted(io, extension->pairs[i].value);
+  }
+}
+
+void putNamedValues(Writer &io, const namedValueList *list) {
+  const int32_t count = list && list->names && list->values ? list->count : 0;
+  putInteger(io, count);
+  for (int32_t i = 0; i < count; ++i) {
+    putQuoted(io, list->names[i]);
+    putInteger(io, list->values[i]);
+  }
+}
+
+void putAffinity(Writer &io, const affinityAlloc *allocation, const char *field) {
+  if (allocation == nullptr) return putQuoted(io, "");
+  char *text = convertAffinityAlloc2Str(allocation);
+  if (text == nullptr) return fail(io, WMQE_SYS, field, "an allocation that has a text form");
+  putQuoted(io, text);
+  std::free(text);
+}
+
+void putRanges(Writer &io, int32_t count, const int32_t *start, const int32_t *end, const int32_t *step) {
+  if (!arrayGiven(io, count, start && end && step ? start : nullptr, "indexRangeStart")) return;
+  for (int32_t i = 0; i < count; ++i) {
+    putInteger(io, start[i]);
+    putInteger(io, end[i]);
+    putInteger(io, step[i]);
+  }
+}
+
+void putLimits(Writer &io, const int32_t *limits, int from, int to, bool converted) {
+  int32_t line[WMX_RLIM_NLIMITS];
+  std::memcpy(line, limits, sizeof line);
+  if (converted) convertRLimit(line, 0);
+  for (int i = from; i < to; ++i) putInteger(io, line[i]);
+}
+
+}  // namespace wmq
