@@ -2,8 +2,7 @@
 //
 // Asymmetries, each with its own test in tests/records/job_start_test.cpp:
 //   - a second host list of as many hosts as the first is written as 0 and read as a copy of the first;
-//   - startInt8, startLong1 and startLong2 are 0 where they do not convert, all other numbers are malformed then;
-//   - the line lacks nothing but startInt6 is 2147483647 in lines up to 6.1.
+//   - startInt8, startLong1 and startLong2 are 0 where they do not convert, all other numbers are malformed then.
 #include "wmq/records/job_start.h"
 
 #include "records/record_codecs.h"
@@ -14,7 +13,7 @@ static void layout(auto &io, jobStartLog &log) {
   using L = jobStartLog;
   numbers<&L::jobId, &L::startInt1, &L::startInt2, &L::startInt3, fixed<&L::hostFactor, 3, 1>,
           hostCount<&L::numExHosts>>(io, log);
-  hostNames<&L::numExHosts, &L::execHosts>(io, log);
+  hosts<&L::numExHosts, &L::execHosts, HostRule{.countBefore = true, .none = NoHosts::refused}>(io, log);
   text<&L::startStr1>(io, log, atLeast(2.2F));
   text<&L::startStr2>(io, log, atLeast(2.2F));
   number<&L::startInt4>(io, log, atLeast(3.0F));

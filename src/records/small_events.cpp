@@ -66,8 +66,3 @@ constinit const RecordCodec retiredAllocationCodec = recordCodec<retiredAllocati
 constinit const RecordCodec retiredTextCodec = recordCodec<retiredTextLog>();
 
 }  // namespace wmq
-
-void freeAllocHostInfo(allocHostInfo *info) {
-  wmq::Releaser io{};
-  if (info != nullptr) wmq::layout(io, *info);
-}

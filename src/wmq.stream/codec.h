@@ -26,7 +26,7 @@ struct Plain {
   static constexpr bool kept = false;
   static constexpr const char *form = std::is_same_v<T, int64_t> ? "%lld" : "%d";
   static constexpr const char *note = "";
-  static void write(Writer &io, T value) { putInteger(io, value); }
+  static void write(Writer &io, const auto &log) { putInteger(io, log.*M); }
   static bool read(Reader &io, T &value) { return scan(io, value); }
 };
 
@@ -35,7 +35,7 @@ template <auto M>
 struct Low32 : Plain<M> {
   static constexpr const char *form = "%d";
   static constexpr const char *note = "low 32 bits";
-  static void write(Writer &io, int64_t value) { putInteger(io, static_cast<int32_t>(value)); }
+  static void write(Writer &io, const auto &log) { putInteger(io, static_cast<int32_t>(log.*M)); }
   static bool read(Reader &io, int64_t &value) {
     int32_t narrow = 0;
     if (!scan(io, narrow)) return false;
@@ -50,7 +50,9 @@ inline constexpr Low32<M> low32{};
 template <auto M, int Width, int Precision>
 struct Fixed : Plain<M> {
   static constexpr char form[] = {'%', '0' + Width, '.', '0' + Precision, 'f', '\0'};
-  static void write(Writer &io, float value) { putFixed(io, static_cast<double>(value), Width, Precision); }
+  static void write(Writer &io, const auto &log) {
+    putFixed(io, static_cast<double>(log.*M), Width, Precision);
+  }
 };
 template <auto M, int Width, int Precision>
 inline constexpr Fixed<M, Width, Precision> fixed{};
@@ -68,10 +70,36 @@ inline constexpr Kept<M> kept{};
 template <auto M>
 struct HostCount : Plain<M> {
   static constexpr const char *note = "count of the host list";
-  static void write(Writer &, int32_t) {}
+  static void write(Writer &, const auto &) {}
 };
 template <auto M>
 inline constexpr HostCount<M> hostCount{};
+
+// A member of a group with a value of its own for lines that lack the group.
+template <auto M, int32_t Value>
+struct OrElse : Plain<M> {
+  static constexpr int32_t absent = Value;
+};
+template <auto M, int32_t Value>
+inline constexpr OrElse<M, Value> orElse{};
+
+// A 64-bit member of which the line carries the low 32 bits, signed, and which is read as an unsigned number.
+template <auto M>
+struct Low32Unsigned : Low32<M> {
+  static constexpr const char *note = "low 32 bits, signed; read as an unsigned 64-bit number";
+  static bool read(Reader &io, int64_t &value) { return scanUnsigned(io, value); }
+};
+template <auto M>
+inline constexpr Low32Unsigned<M> low32Unsigned{};
+
+// The count of a host list whose names stand further back: the compressed count is written.
+template <auto M, auto Hosts>
+struct CompressedCount : Plain<M> {
+  static constexpr const char *note = "count of the host list";
+  static void write(Writer &io, const auto &log) { putCompressedCount(io, log.*M, log.*Hosts, nameOf<Hosts>); }
+};
+template <auto M, auto Hosts>
+inline constexpr CompressedCount<M, Hosts> compressedCount{};
 
 template <auto F>
 struct NumberForm : decltype(F) {};

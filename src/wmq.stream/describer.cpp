@@ -18,6 +18,7 @@ std::string bitsText(const char *member, uint32_t mask) {
 }
 
 void place(Describer &io, wmqField field) {
+  if (io.fromFirstField) field.note = "read from the first field on again";
   field.position = ++io.position;
   io.out.fields.push_back(field);
 }

@@ -2,6 +2,7 @@
 #ifndef WMQ_STREAM_DESCRIBER_H
 #define WMQ_STREAM_DESCRIBER_H
 
+#include <cstdio>
 #include <deque>
 #include <string>
 #include <vector>
@@ -21,6 +22,7 @@ struct Describer {
   Description &out;
   const void *log;  // a structure to measure offsets in
   int position = 0;
+  bool fromFirstField = false;  // what follows is read from the first field on
 };
 
 const char *keepText(Describer &io, std::string text);
@@ -133,6 +135,12 @@ std::string absentText(const ValueOf<M> &) {
 }
 inline std::string absentString(int) { return "\"\""; }
 inline std::string absentString(const Null &) { return "null"; }
+template <auto M>
+struct CopyOf;
+template <auto M>
+std::string absentString(const CopyOf<M> &) {
+  return std::string("copy of ") + nameOf<M>;
+}
 
 // Adds a field at the next place of the line.
 void place(Describer &io, wmqField field);
@@ -158,7 +166,11 @@ template <auto F>
 void placeNumber(Describer &io, const auto &log, const auto &when, const std::string &absent, unsigned flags) {
   using Form = NumberForm<F>;
   wmqField field = memberField<Form::member>(io, log, Form::form);
-  setPresence(io, field, when, Form::kept ? "unchanged" : absent);
+  if constexpr (requires { Form::absent; }) {
+    setPresence(io, field, when, absentText(Form::absent));
+  } else {
+    setPresence(io, field, when, Form::kept ? "unchanged" : absent);
+  }
   field.note = Form::note;
   field.flags |= flags;
   place(io, field);
@@ -176,8 +188,8 @@ void number(Describer &io, const auto &log, const When &when = always, const Abs
 }
 
 template <auto... Fs>
-void numbersWithoutSkip(Describer &io, const auto &log, const auto &when) {
-  numbers<Fs...>(io, log, when);
+void numbersWithoutSkip(Describer &io, const auto &log, const auto &when, const auto &...absent) {
+  numbers<Fs...>(io, log, when, absent...);
 }
 
 template <auto F>
@@ -216,6 +228,33 @@ void name(Describer &io, const auto &log, const When &when = always) {
 template <auto M, typename When = Gate>
 void nameOrEmpty(Describer &io, const auto &log, const When &when = always) {
   placeChars<M>(io, log, when, 0);
+}
+
+template <auto M>
+void cutText(Describer &io, const auto &log, const auto &when) {
+  placeChars<M>(io, log, when, 0);
+  io.out.fields.back().note = keepText(io, "cut to " + std::to_string(sizeof(TypeOf<M>) - 1) + " bytes");
+}
+
+template <auto M>
+void boundedText(Describer &io, const auto &log, const auto &when, size_t limit) {
+  wmqField field = memberField<M>(io, log, "quoted");
+  setPresence(io, field, when, "unchanged");
+  field.note = keepText(io, "at most " + std::to_string(limit) + " bytes");
+  place(io, field);
+}
+
+template <auto M>
+void keptText(Describer &io, const auto &log) {
+  text<M>(io, log);
+  io.out.fields.back().flags |= WMQ_FIELD_KEPT;
+}
+
+template <auto M, auto UserId>
+void userName(Describer &io, const auto &log, const char * /*reader*/, bool unknownAllowed = false) {
+  name<M>(io, log, above(4.0F));
+  io.out.fields.back().absent =
+      unknownAllowed ? "looked up from userId, \"unknown\" for -1" : "looked up from userId";
 }
 
 template <auto M>
@@ -277,16 +316,35 @@ void unwrittenRawPairs(Describer &io, const auto &log) {
   io.out.fields.back().note = "always written as 0";
 }
 
-template <auto Count, auto Array, typename When = Gate>
-void hosts(Describer &io, const auto &log, const When &when = always) {
-  placeList<Count, Array>(io, log, when, "%d", "host list", "null", 0);
+template <auto Count, auto Array>
+void elements(Describer &io, const auto &log, int /*noMemory*/ = 0) {
+  place(io, arrayField<Count, Array>(io, log, elementForm<std::remove_pointer_t<TypeOf<Array>>>()));
 }
 
-template <auto Count, auto Array>
-void hostNames(Describer &io, const auto &log) {
-  wmqField array = arrayField<Count, Array>(io, log, "host list");
-  array.note = "a count of 0 is refused";
-  place(io, array);
+template <auto Count, auto First, auto... Rest>
+void parallelElements(Describer &io, const auto &log, int /*noMemory*/) {
+  place(io, arrayField<Count, First>(io, log, elementForm<std::remove_pointer_t<TypeOf<First>>>()));
+  (placeTogether(io, arrayField<Count, Rest>(io, log, elementForm<std::remove_pointer_t<TypeOf<Rest>>>())), ...);
+}
+
+constexpr const char *hostNote(HostRule rule) {
+  if (rule.none == NoHosts::refused) return "a count of 0 is refused";
+  if (!rule.expanded) return "read back compressed";
+  return "";
+}
+
+template <auto Count, auto Array, HostRule Rule = HostRule{}, typename When = Gate>
+void hosts(Describer &io, const auto &log, const When &when = always) {
+  const char *const form = Rule.compressed ? "host list" : "quoted each";
+  constexpr unsigned flags = Rule.none == NoHosts::emptyArray ? unsigned{WMQ_FIELD_EMPTY_ARRAY} : 0U;
+  if constexpr (Rule.countBefore) {
+    wmqField array = arrayField<Count, Array>(io, log, form);
+    array.flags |= flags;
+    place(io, array);
+  } else {
+    placeList<Count, Array>(io, log, when, "%d", form, "null", flags);
+  }
+  io.out.fields.back().note = hostNote(Rule);
 }
 
 template <auto Count, auto Array, auto OtherCount, auto Other>
@@ -338,9 +396,22 @@ void affinity(Describer &io, const auto &log, const auto &when) {
   placeOwned<M>(io, log, when, "quoted affinity text");
 }
 
+constexpr unsigned flagsOf(Ranges rule) {
+  switch (rule) {
+    case Ranges::keptBlock:
+      return WMQ_FIELD_KEPT | WMQ_FIELD_BLOCK;
+    case Ranges::block:
+      return WMQ_FIELD_BLOCK;
+    case Ranges::writtenOnly:
+      return WMQ_FIELD_WRITTEN_ONLY;
+    default:
+      return 0;
+  }
+}
+
 template <Ranges Rule, typename L>
 void indexRanges(Describer &io, const L &log, const auto &when) {
-  constexpr unsigned flags = Rule == Ranges::keptBlock ? WMQ_FIELD_KEPT | WMQ_FIELD_BLOCK : 0;
+  constexpr unsigned flags = flagsOf(Rule);
   placeList<&L::indexRangeCnt, &L::indexRangeStart>(io, log, when, "%d", "%d each", "null", flags);
   io.out.fields.back().note = "start, end and step of a range stand together";
   wmqField end = arrayField<&L::indexRangeCnt, &L::indexRangeEnd>(io, log, "%d each");
@@ -381,6 +452,33 @@ template <auto M>
 void computed(Describer &io, const auto &log, const auto &) {
   offLine(io, memberField<M>(io, log, ""), "set by the reader");
 }
+
+template <auto M>
+void embedded(Describer &io, const auto &log, const auto &when) {
+  wmqField field = memberField<M>(io, log, "a whole record");
+  setPresence(io, field, when, "0");
+  field.note = "reading goes on where it begins";
+  place(io, field);
+}
+
+template <auto M, int Elder, typename When>
+void fixedNumbers(Describer &io, const auto &log, const When &when) {
+  wmqField field = memberField<M>(io, log, "%d each");
+  const Gate gate = gateOf(when);
+  char note[80];
+  std::snprintf(note, sizeof note, "lines not above %g carry the first %d, the others are 0",
+                static_cast<double>(gate.threshold), Elder);
+  field.note = keepText(io, note);
+  place(io, field);
+}
+
+template <auto M>
+void stopIfZero(Describer &io, const auto &) {
+  wmqField &last = io.out.fields.back();
+  last.note = keepText(io, std::string("the reader stops here when ") + nameOf<M> + " is 0");
+}
+
+inline void fromFirstField(Describer &io) { io.fromFirstField = true; }
 
 inline void trailingBlank(Describer &io) {
   if (!io.out.fields.empty() && *io.out.fields.back().note == '\0') io.out.fields.back().note = "a blank follows";

@@ -80,9 +80,14 @@ void readEventRecord(const char *line, const char *fields, const char *end, even
     wmq_errno = WMQE_BAD_EVENT;
     return;
   }
-  Reader io{.line = line, .cursor = fields, .end = end, .version = version, .eventTime = record->eventTime};
+  Reader io{.line = line,
+            .fields = fields,
+            .cursor = fields,
+            .end = end,
+            .version = version,
+            .eventTime = record->eventTime};
   type.codec->read(io, &record->eventLog);
-  wmq_errno = io.error;
+  wmq_errno = resultOf(io);
 }
 
 eventRecord *parsestreamlineMT(const char *line, size_t length) {
@@ -92,7 +97,7 @@ eventRecord *parsestreamlineMT(const char *line, size_t length) {
     return nullptr;
   }
   nameType(nullptr);
-  Reader io{.line = line, .cursor = line, .end = line + length, .version = 0, .eventTime = 0};
+  Reader io{.line = line, .fields = line, .cursor = line, .end = line + length, .version = 0, .eventTime = 0};
   Header header;
   if (std::memchr(line, '\0', length) != nullptr) fail(io, WMQE_BAD_FORMAT, nullptr, "a line without NUL bytes");
   if (io.error != 0 || !takeHeader(io, header)) {
@@ -129,12 +134,13 @@ int readFields(const char *fields, const RecordCodec &codec, void *log, int32_t 
   if (fields == nullptr || log == nullptr) return WMQE_BAD_ARG;
   nameType(nullptr);
   Reader io{.line = fields,
+            .fields = fields,
             .cursor = fields,
             .end = fields + std::strlen(fields),
             .version = version,
             .eventTime = eventTime};
   codec.read(io, log);
-  return io.error;
+  return resultOf(io);
 }
 
 }  // namespace wmq

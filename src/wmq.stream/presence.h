@@ -120,7 +120,22 @@ bool isOnLine(float lineVersion, const auto &log, const auto &when) {
 
 // How a record deals with its list of index ranges.
 enum class Ranges {
-  keptBlock,  // read unchecked into one block, which release keeps
+  keptBlock,   // read unchecked into one block, which release keeps
+  block,       // read unchecked into one block
+  arrays,      // read unchecked into three arrays
+  checked,     // at least one; a range that does not convert is remembered as the error while the rest is read
+  writtenOnly  // never read back
+};
+
+// What a host list of no hosts becomes when read. Where even that has an array, one is allocated for every
+// count, and for a negative one that fails.
+enum class NoHosts { nullArray, emptyArray, refused };
+
+struct HostRule {
+  bool countBefore = false;  // converted together with the numbers before it
+  NoHosts none = NoHosts::nullArray;
+  bool compressed = true;  // when written
+  bool expanded = true;    // when read
 };
 
 }  // namespace wmq

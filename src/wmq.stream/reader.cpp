@@ -1,5 +1,7 @@
 #include "wmq.stream/reader.h"
 
+#include <syslog.h>
+
 #include <algorithm>
 
 #include "companion/host_list.h"
@@ -18,7 +20,27 @@ bool lineCanHold(const Reader &io, int64_t count, size_t leastBytes) {
   return static_cast<uint64_t>(count) <= (bytesLeft(io) + 1) / leastBytes;
 }
 
-void readRanges(Reader &io, size_t count, int32_t *start, int32_t *end, int32_t *step) {
+bool allocateRanges(Ranges rule, size_t count, int32_t *&start, int32_t *&end, int32_t *&step) {
+  if (rule == Ranges::block || rule == Ranges::keptBlock) {
+    start = static_cast<int32_t *>(std::calloc(3 * count, sizeof(int32_t)));
+    if (start == nullptr) return false;
+    end = start + count;
+    step = end + count;
+    return true;
+  }
+  start = static_cast<int32_t *>(std::calloc(count, sizeof(int32_t)));
+  end = static_cast<int32_t *>(std::calloc(count, sizeof(int32_t)));
+  step = static_cast<int32_t *>(std::calloc(count, sizeof(int32_t)));
+  if (start != nullptr && end != nullptr && step != nullptr) return true;
+  release(start);
+  release(end);
+  release(step);
+  return false;
+}
+
+// False at the first range that does not convert. It leaves the cursor where it was, so that every later one
+// converts the same way: that is not tried again and again.
+bool scanRanges(Reader &io, size_t count, int32_t *start, int32_t *end, int32_t *step) {
   for (size_t i = 0; i < count; ++i) {
     const char *const begin = io.cursor;
     if (scan(io, start[i]) && scan(io, end[i]) && scan(io, step[i])) {
@@ -28,8 +50,9 @@ void readRanges(Reader &io, size_t count, int32_t *start, int32_t *end, int32_t 
     io.cursor = begin;
     std::fill(start + i, start + count, start[i]);
     std::fill(end + i, end + count, end[i]);
-    return;
+    return false;
   }
+  return true;
 }
 
 }  // namespace
@@ -61,13 +84,23 @@ bool scan(Reader &io, float &value) {
   return true;
 }
 
-void readText(Reader &io, const char *field, char *&value) {
+bool scanUnsigned(Reader &io, int64_t &value) {
+  uint64_t bits = 0;
+  const char *after = scanUint64(io.cursor, bits);
+  if (after == nullptr) return false;
+  value = static_cast<int64_t>(bits);
+  io.cursor = after;
+  return true;
+}
+
+void readText(Reader &io, const char *field, char *&value, size_t limit) {
   if (io.error != 0) return;
   const char *content = nullptr;
   size_t rawLength = 0;
   size_t length = 0;
   const char *after = findQuoted(io.cursor, io.end, &content, &rawLength, &length);
   if (after == nullptr) return fail(io, WMQE_BAD_FORMAT, field, "a quoted string");
+  if (length > limit) return fail(io, WMQE_BAD_FORMAT, field, "a shorter string");
   value = static_cast<char *>(std::malloc(length + 1));
   if (value == nullptr) return fail(io, WMQE_NO_MEM, field, "memory for the string");
   decodeQuoted(value, content, rawLength, length);
@@ -88,6 +121,27 @@ void readChars(Reader &io, const char *field, char *array, size_t size, size_t m
   array[length] = '\0';
   io.cursor = after;
   skipBlank(io);
+}
+
+void readCut(Reader &io, const char *field, char *array, size_t size) {
+  char *text = nullptr;
+  readText(io, field, text);
+  if (text == nullptr) return;
+  const size_t length = std::min(std::strlen(text), size - 1);
+  std::memcpy(array, text, length);
+  array[length] = '\0';
+  std::free(text);
+}
+
+void setAbsentText(Reader &io, const char *field, char *&value, const char *original) {
+  value = putstr_(original);
+  if (value == nullptr) fail(io, WMQE_NO_MEM, field, "memory for the string");
+}
+
+void readUserName(Reader &io, const char *field, char *name, int32_t userId, const char *reader) {
+  if (getWMXUserByUid_(userId, name, WMQ_NAME_SIZE) == 0) return;
+  wmc_syslog(LOG_ERR, "%s: %s() failed. %M.", reader, "getWMXUserByUid_");
+  fail(io, WMQE_NO_USER, field, "a user id with a name");
 }
 
 void readWord(Reader &io, const char *field, char *&value, size_t limit) {
@@ -163,6 +217,15 @@ void expand(Reader &io, const char *field, int32_t &count, char **&array) {
   if (count > 0) io.hostsLeft -= count;
 }
 
+void readHosts(Reader &io, const char *countField, const char *field, int32_t &count, char **&array,
+               HostRule rule) {
+  if (io.error != 0) return;
+  if (count == 0 && rule.none == NoHosts::refused)
+    return fail(io, WMQE_BAD_FORMAT, countField, "at least one host");
+  if (count > 0 || rule.none != NoHosts::nullArray) readStrings(io, field, count, array);
+  if (rule.expanded) expand(io, field, count, array);
+}
+
 void readUsage(Reader &io, const char *field, wmxRusage &usage) {
   int converted = 0;
   const char *after = scanUsage(io.cursor, usage, converted);
@@ -221,19 +284,31 @@ void readAffinity(Reader &io, const char *field, affinityAlloc *&allocation) {
   std::free(text);
 }
 
-// Neither the count's conversion nor those of the ranges are checked. A range that does not convert leaves the
-// cursor where it was, so every later one converts the same way: that is not tried again and again.
-void readRangeBlock(Reader &io, int32_t &count, int32_t *&start, int32_t *&end, int32_t *&step) {
-  if (scan(io, count)) skipBlank(io);
+void readRanges(Reader &io, Ranges rule, int32_t &count, int32_t *&start, int32_t *&end, int32_t *&step) {
+  const bool checked = rule == Ranges::checked;
+  if (scan(io, count)) {
+    skipBlank(io);
+  } else if (checked) {
+    return fail(io, WMQE_BAD_FORMAT, "indexRangeCnt", "a number");
+  }
+  if (checked && count == 0) return fail(io, WMQE_BAD_FORMAT, "indexRangeCnt", "at least one range");
+  if (checked && count < 0) return fail(io, WMQE_NO_MEM, "indexRangeCnt", "a count that is not negative");
   if (count <= 0) return;
-  if (count > kMaxUncheckedRanges && !lineCanHold(io, count, 6))
+  const bool believable = lineCanHold(io, count, 6);
+  if (!believable && !checked && count > kMaxUncheckedRanges)
     return fail(io, WMQE_NO_MEM, "indexRangeCnt", "a count that the line can hold");
+
   const auto n = static_cast<size_t>(count);
-  start = static_cast<int32_t *>(std::calloc(3 * n, sizeof(int32_t)));
-  if (start == nullptr) return fail(io, WMQE_NO_MEM, "indexRangeStart", "memory for the ranges");
-  end = start + n;
-  step = end + n;
-  readRanges(io, n, start, end, step);
+  // A checked list that the line cannot hold ends in the remembered error: no arrays are needed for that.
+  const size_t allocated = checked && !believable ? (bytesLeft(io) + 1) / 6 + 1 : n;
+  if (!allocateRanges(rule, allocated, start, end, step))
+    return fail(io, WMQE_NO_MEM, "indexRangeStart", "memory for the ranges");
+  if (scanRanges(io, allocated, start, end, step) || !checked) return;
+  noteFailure("indexRangeStart", static_cast<size_t>(io.cursor - io.line), "three numbers for every range");
+  io.remembered = WMQE_BAD_FORMAT;
+  release(start);
+  release(end);
+  release(step);
 }
 
 }  // namespace wmq

@@ -5,6 +5,7 @@
 #ifndef WMQ_STREAM_READER_H
 #define WMQ_STREAM_READER_H
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -20,13 +21,23 @@ inline constexpr int64_t kMaxUncheckedRanges = 1048576;
 
 struct Reader {
   const char *line;    // for positions in messages
+  const char *fields;  // behind the header
   const char *cursor;
   const char *end;     // the terminating NUL
   float version;
   int32_t eventTime;
-  int error = 0;
+  int error = 0;       // kStopped: the rest of the line is not read, with success
+  int remembered = 0;  // an error that counts only when no other follows
   int64_t hostsLeft = kMaxHosts;
 };
+
+inline constexpr int kStopped = -1;
+
+// What reading came to, once the layout has run.
+inline int resultOf(const Reader &io) {
+  if (io.error == kStopped) return 0;
+  return io.error != 0 ? io.error : io.remembered;
+}
 
 // Fewest bytes of a line that an element of a list can take, the blank before it included: what bounds a count.
 template <typename Element>
@@ -43,20 +54,25 @@ inline void skipBlank(Reader &io) { io.cursor += io.cursor < io.end; }
 bool scan(Reader &io, int64_t &value);
 bool scan(Reader &io, int32_t &value);
 bool scan(Reader &io, float &value);
+bool scanUnsigned(Reader &io, int64_t &value);  // as an unsigned number, held bit for bit
 
-void readText(Reader &io, const char *field, char *&value);
+void readText(Reader &io, const char *field, char *&value, size_t limit = SIZE_MAX);
+void readCut(Reader &io, const char *field, char *array, size_t size);
 void readChars(Reader &io, const char *field, char *array, size_t size, size_t minLength);
 void readWord(Reader &io, const char *field, char *&value, size_t limit);
 void emptyText(Reader &io, const char *field, char *&value);
 void readStrings(Reader &io, const char *field, int32_t &count, char **&array);
 void copyStrings(Reader &io, const char *field, int32_t &count, char **&array, int32_t otherCount,
                  char *const *other);
+void readHosts(Reader &io, const char *countField, const char *field, int32_t &count, char **&array,
+               HostRule rule);
+void readUserName(Reader &io, const char *field, char *name, int32_t userId, const char *reader);
 void expand(Reader &io, const char *field, int32_t &count, char **&array);
 void readUsage(Reader &io, const char *field, wmxRusage &usage);
 void readSubmitExt(Reader &io, const char *field, submitExt *&extension);
 void readNamedValues(Reader &io, const char *field, namedValueList *&list);
 void readAffinity(Reader &io, const char *field, affinityAlloc *&allocation);
-void readRangeBlock(Reader &io, int32_t &count, int32_t *&start, int32_t *&end, int32_t *&step);
+void readRanges(Reader &io, Ranges rule, int32_t &count, int32_t *&start, int32_t *&end, int32_t *&step);
 
 // A zeroed array for `count` elements; null after a failure, with the count set to 0. A count that the rest of the
 // line cannot hold is malformed. `noMemory` is the number that a failed allocation gives.
@@ -86,8 +102,11 @@ inline constexpr Unchanged unchanged{};
 template <auto F>
 void setAbsent(auto &log, const auto &absent) {
   using Form = NumberForm<F>;
-  if constexpr (Form::kept) return;
-  log.*Form::member = static_cast<TypeOf<Form::member>>(absentValue(log, absent));
+  if constexpr (requires { Form::absent; }) {
+    log.*Form::member = Form::absent;
+  } else if constexpr (!Form::kept) {
+    log.*Form::member = static_cast<TypeOf<Form::member>>(absentValue(log, absent));
+  }
 }
 template <auto F>
 void setAbsent(auto & /*log*/, Unchanged) {}
@@ -155,13 +174,27 @@ inline void setAbsentText(Reader &io, const char *field, char *&value, int /*emp
 }
 inline void setAbsentText(Reader &, const char *, char *&, Null) {}
 
+// A copy of another string.
+template <auto M>
+struct CopyOf {};
+template <auto M>
+inline constexpr CopyOf<M> copyOf{};
+
+inline int absentString(const auto &, int empty) { return empty; }
+inline Null absentString(const auto &, Null) { return {}; }
+template <auto M>
+const char *absentString(const auto &log, CopyOf<M>) {
+  return log.*M;
+}
+void setAbsentText(Reader &io, const char *field, char *&value, const char *original);
+
 template <auto M, typename When = Gate, typename Absent = int>
 void text(Reader &io, auto &log, const When &when = always, const Absent &absent = 0) {
   if (io.error != 0) return;
   if (isOnLine(io.version, log, when)) {
     readText(io, nameOf<M>, log.*M);
   } else {
-    setAbsentText(io, nameOf<M>, log.*M, absent);
+    setAbsentText(io, nameOf<M>, log.*M, absentString(log, absent));
   }
 }
 
@@ -177,6 +210,38 @@ void nameOrEmpty(Reader &io, auto &log, const When &when = always) {
     readChars(io, nameOf<M>, log.*M, sizeof(TypeOf<M>), 0);
 }
 
+// Longer texts are cut.
+template <auto M>
+void cutText(Reader &io, auto &log, const auto &when) {
+  if (io.error == 0 && isOnLine(io.version, log, when)) readCut(io, nameOf<M>, log.*M, sizeof(TypeOf<M>));
+}
+
+// Longer strings are refused; a line that lacks the field leaves it as handed in.
+template <auto M>
+void boundedText(Reader &io, auto &log, const auto &when, size_t limit) {
+  if (io.error == 0 && isOnLine(io.version, log, when)) readText(io, nameOf<M>, log.*M, limit);
+}
+
+template <auto M>
+void keptText(Reader &io, auto &log) {
+  text<M>(io, log);
+}
+
+// Lines later than 4.0 carry the name; for others it is looked up. `unknownAllowed`: user id -1 is "unknown"
+// then, without a look.
+template <auto M, auto UserId>
+void userName(Reader &io, auto &log, const char *reader, bool unknownAllowed = false) {
+  static_assert(sizeof(TypeOf<M>) == WMQ_NAME_SIZE);
+  if (io.error != 0) return;
+  if (gateOpen(above(4.0F), io.version)) {
+    readChars(io, nameOf<M>, log.*M, WMQ_NAME_SIZE, 1);
+  } else if (unknownAllowed && log.*UserId == -1) {
+    std::strcpy(log.*M, "unknown");
+  } else {
+    readUserName(io, nameOf<M>, log.*M, log.*UserId, reader);
+  }
+}
+
 template <auto M>
 void rawText(Reader &io, auto &log) {
   text<M>(io, log);
@@ -190,13 +255,16 @@ void rawWord(Reader &io, auto &log, size_t limit) {
 template <auto M, typename When = Gate>
 void newlinesToBlanks(Reader &, const auto &, const When & /*when*/ = always) {}
 
+bool scanElement(Reader &io, const char *field, auto &value) {
+  if (scan(io, value)) return true;
+  fail(io, WMQE_BAD_FORMAT, field, "a number");
+  return false;
+}
 inline void element(Reader &io, const char *field, int64_t &value) {
-  if (!scan(io, value)) return fail(io, WMQE_BAD_FORMAT, field, "a number");
-  skipBlank(io);
+  if (scanElement(io, field, value)) skipBlank(io);
 }
 inline void element(Reader &io, const char *field, int32_t &value) {
-  if (!scan(io, value)) return fail(io, WMQE_BAD_FORMAT, field, "a number");
-  skipBlank(io);
+  if (scanElement(io, field, value)) skipBlank(io);
 }
 void element(Reader &io, const char * /*field*/, auto &entry) { layout(io, entry); }
 
@@ -234,6 +302,22 @@ void elements(Reader &io, auto &log, int noMemory = WMQE_NO_MEM) {
   }
 }
 
+// Arrays that travel side by side: their numbers are converted together, one of each at a time. The count is cut
+// to the complete ones.
+template <auto Count, auto... Arrays>
+void parallelElements(Reader &io, auto &log, int noMemory) {
+  if (io.error != 0 || log.*Count <= 0) return;
+  const int32_t count = log.*Count;
+  ((log.*Arrays = static_cast<TypeOf<Arrays>>(allocateElements(
+        io, nameOf<Arrays>, count, sizeof(*(log.*Arrays)), 2 * sizeof...(Arrays), noMemory))),
+   ...);
+  log.*Count = 0;
+  for (; io.error == 0 && log.*Count < count; ++(log.*Count)) {
+    if (!(scanElement(io, nameOf<Arrays>, (log.*Arrays)[log.*Count]) && ...)) return;
+    skipBlank(io);
+  }
+}
+
 template <auto Count, auto Array, typename When = Gate>
 void list(Reader &io, auto &log, const When &when = always, int noMemory = WMQE_NO_MEM) {
   if (io.error != 0 || !isOnLine(io.version, log, when)) return;
@@ -251,18 +335,13 @@ void unwrittenRawPairs(Reader &io, auto &log) {
   list<Count, Array>(io, log);
 }
 
-template <auto Count, auto Array>
-void hostNames(Reader &io, auto &log) {
-  if (io.error != 0) return;
-  if (log.*Count == 0) return fail(io, WMQE_BAD_FORMAT, nameOf<Count>, "at least one host");
-  readStrings(io, nameOf<Array>, log.*Count, log.*Array);
-  expand(io, nameOf<Array>, log.*Count, log.*Array);
-}
-
-template <auto Count, auto Array, typename When = Gate>
+template <auto Count, auto Array, HostRule Rule = HostRule{}, typename When = Gate>
 void hosts(Reader &io, auto &log, const When &when = always) {
-  list<Count, Array>(io, log, when);
-  expand(io, nameOf<Array>, log.*Count, log.*Array);
+  if (io.error != 0 || !isOnLine(io.version, log, when)) return;
+  if constexpr (!Rule.countBefore) number<Count>(io, log);
+  auto count = static_cast<int32_t>(std::clamp<int64_t>(log.*Count, INT32_MIN, INT32_MAX));
+  readHosts(io, nameOf<Count>, nameOf<Array>, count, log.*Array, Rule);
+  log.*Count = count;
 }
 
 template <auto Count, auto Array, auto OtherCount, auto Other>
@@ -308,8 +387,8 @@ void affinity(Reader &io, auto &log, const auto &when) {
 
 template <Ranges Rule>
 void indexRanges(Reader &io, auto &log, const auto &when) {
-  if (io.error == 0 && isOnLine(io.version, log, when))
-    readRangeBlock(io, log.indexRangeCnt, log.indexRangeStart, log.indexRangeEnd, log.indexRangeStep);
+  if (Rule != Ranges::writtenOnly && io.error == 0 && isOnLine(io.version, log, when))
+    readRanges(io, Rule, log.indexRangeCnt, log.indexRangeStart, log.indexRangeEnd, log.indexRangeStep);
 }
 
 template <auto M, int From, int To, typename When = Gate>
@@ -357,6 +436,34 @@ void unset(Reader &, const auto &) {}
 
 template <auto Count, auto Array>
 void listOffLine(Reader &, const auto &) {}
+
+// The cursor stays where the embedded record begins.
+template <auto M>
+void embedded(Reader &io, auto &log, const auto &when) {
+  if (io.error != 0 || !isOnLine(io.version, log, when)) return;
+  const char *const begin = io.cursor;
+  layout(io, log.*M);
+  if (io.error == 0) io.cursor = begin;
+}
+
+// A line that the gate shuts out carries the first `Elder` of the numbers; the others are 0.
+template <auto M, int Elder, typename When>
+void fixedNumbers(Reader &io, auto &log, const When &when) {
+  constexpr int all = std::extent_v<TypeOf<M>>;
+  const int count = isOnLine(io.version, log, when) ? all : Elder;
+  for (int i = 0; i < count && io.error == 0; ++i) element(io, nameOf<M>, (log.*M)[i]);
+}
+
+// What stands behind is not read, with success.
+template <auto M>
+void stopIfZero(Reader &io, const auto &log) {
+  if (io.error == 0 && log.*M == 0) io.error = kStopped;
+}
+
+// Reading goes on at the first field again.
+inline void fromFirstField(Reader &io) {
+  if (io.error == 0) io.cursor = io.fields;
+}
 
 inline void trailingBlank(Reader &) {}
 

@@ -35,7 +35,7 @@ void number(Releaser &, const auto &, const auto &...) {}
 template <auto F>
 void numberAgainIfTextRemains(Releaser &, const auto &, const auto &) {}
 template <auto... Fs>
-void numbersWithoutSkip(Releaser &, const auto &, const auto &) {}
+void numbersWithoutSkip(Releaser &, const auto &, const auto &...) {}
 template <auto F>
 void lenientNumber(Releaser &, const auto &, const auto &) {}
 
@@ -47,6 +47,18 @@ template <auto M>
 void name(Releaser &, const auto &, const auto &...) {}
 template <auto M>
 void nameOrEmpty(Releaser &, const auto &, const auto &...) {}
+template <auto M>
+void cutText(Releaser &, const auto &, const auto & /*when*/) {}
+template <auto M>
+void boundedText(Releaser &io, auto &log, const auto & /*when*/, size_t /*limit*/) {
+  text<M>(io, log);
+}
+template <auto M>
+void keptText(Releaser &io, auto &log) {
+  if (io.kept) release(log.*M);
+}
+template <auto M, auto UserId>
+void userName(Releaser &, const auto &, const auto &...) {}
 template <auto M>
 void rawText(Releaser &io, auto &log) {
   text<M>(io, log);
@@ -88,11 +100,13 @@ template <auto Count, auto Array>
 void unwrittenRawPairs(Releaser &io, auto &log) {
   elements<Count, Array>(io, log);
 }
-template <auto Count, auto Array>
-void hostNames(Releaser &io, auto &log) {
-  elements<Count, Array>(io, log);
+template <auto Count, auto... Arrays>
+void parallelElements(Releaser &io, auto &log, int /*noMemory*/) {
+  if (io.kept) return;
+  (release(log.*Arrays), ...);
+  log.*Count = 0;
 }
-template <auto Count, auto Array>
+template <auto Count, auto Array, HostRule Rule = HostRule{}>
 void hosts(Releaser &io, auto &log, const auto &...) {
   elements<Count, Array>(io, log);
 }
@@ -129,9 +143,13 @@ template <Ranges Rule>
 void indexRanges(Releaser &io, auto &log, const auto & /*when*/) {
   const bool keptByRelease = Rule == Ranges::keptBlock;
   if (io.kept != keptByRelease) return;
+  if constexpr (Rule == Ranges::block || Rule == Ranges::keptBlock) {
+    log.indexRangeEnd = nullptr;
+    log.indexRangeStep = nullptr;
+  }
   release(log.indexRangeStart);
-  log.indexRangeEnd = nullptr;
-  log.indexRangeStep = nullptr;
+  release(log.indexRangeEnd);
+  release(log.indexRangeStep);
   log.indexRangeCnt = 0;
 }
 
@@ -147,6 +165,15 @@ template <auto M>
 void computed(Releaser &, const auto &, const auto &) {}
 template <auto M>
 void unset(Releaser &, const auto &) {}
+template <auto M>
+void embedded(Releaser &io, auto &log, const auto & /*when*/) {
+  layout(io, log.*M);
+}
+template <auto M, int Elder>
+void fixedNumbers(Releaser &, const auto &, const auto & /*when*/) {}
+template <auto M>
+void stopIfZero(Releaser &, const auto &) {}
+inline void fromFirstField(Releaser &) {}
 inline void trailingBlank(Releaser &) {}
 
 }  // namespace wmq

@@ -23,14 +23,6 @@ struct LineBuffer {
 
 thread_local LineBuffer buffer;
 
-// How many of the neighbours from `hosts[first]` on are the same name.
-int64_t runLength(char *const *hosts, int64_t first, int64_t count) {
-  const char *name = hosts[first] ? hosts[first] : "";
-  int64_t next = first + 1;
-  while (next < count && std::strcmp(hosts[next] ? hosts[next] : "", name) == 0) ++next;
-  return next - first;
-}
-
 }  // namespace
 
 Writer &beginLine() {
@@ -106,35 +98,12 @@ bool arrayGiven(Writer &io, int64_t count, const void *array, const char *field)
   return io.error == 0;
 }
 
-// Compresses while writing: unlike compressHostList this needs no memory and cannot fail.
-void putHosts(Writer &io, int64_t count, char *const *hosts, const char *field) {
+// Compresses while writing: unlike compressHostList this needs no memory of its own and cannot fail.
+void putHosts(Writer &io, int32_t count, char *const *hosts, const char *field) {
   if (count < 0) return fail(io, WMQE_SYS, field, "a count of 0 or more");
   if (!arrayGiven(io, count, hosts, field)) return;
-
-  int64_t entries = 0;
-  for (int64_t i = 0; i < count; i += runLength(hosts, i, count)) ++entries;
-  putInteger(io, entries);
-
-  for (int64_t i = 0, run = 0; i < count; i += run) {
-    run = runLength(hosts, i, count);
-    const char *name = hosts[i] ? hosts[i] : "";
-    int64_t times = 0;
-    const char *plain = nullptr;
-    if (run == 1 && !compressedName(name, times, plain)) {
-      putQuoted(io, name);
-      continue;
-    }
-    const size_t length = std::strlen(name);
-    char *out = room(io, 2 * length + 32);
-    if (out == nullptr) return;
-    *out++ = ' ';
-    *out++ = '"';
-    out = formatInt64(out, run);
-    *out++ = '*';
-    char *quoted = quotedInto(out, name, length);  // with an opening quote that must not stand here
-    std::memmove(out, out + 1, static_cast<size_t>(quoted - out - 1));
-    io.size = static_cast<size_t>(quoted - 1 - io.text);
-  }
+  if (char *out = room(io, hostListRoom(count, hosts)))
+    io.size = static_cast<size_t>(hostListInto(out, count, hosts) - io.text);
 }
 
 void putUsage(Writer &io, const wmxRusage &usage) {

@@ -36,7 +36,7 @@ inline void put(Writer &io, std::string_view text) { put(io, text.data(), text.s
 void putInteger(Writer &io, int64_t value);                           // behind a blank
 void putFixed(Writer &io, double value, int width, int precision);    // behind a blank
 void putQuoted(Writer &io, const char *text);                         // behind a blank; null as ""
-void putHosts(Writer &io, int64_t count, char *const *hosts, const char *field);
+void putHosts(Writer &io, int32_t count, char *const *hosts, const char *field);
 void putUsage(Writer &io, const wmxRusage &usage);
 void putSubmitExt(Writer &io, const submitExt *extension);
 void putNamedValues(Writer &io, const namedValueList *list);
@@ -55,12 +55,12 @@ struct NumberForm;
 
 template <auto... Fs, typename When = Gate, typename Absent = int>
 void numbers(Writer &io, const auto &log, const When &when = always, const Absent & /*absent*/ = 0) {
-  if (isWritten(log, when)) (NumberForm<Fs>::write(io, log.*NumberForm<Fs>::member), ...);
+  if (isWritten(log, when)) (NumberForm<Fs>::write(io, log), ...);
 }
 
 template <auto F, typename When = Gate, typename Absent = int>
 void number(Writer &io, const auto &log, const When &when = always, const Absent & /*absent*/ = 0) {
-  if (isWritten(log, when)) NumberForm<F>::write(io, log.*NumberForm<F>::member);
+  if (isWritten(log, when)) NumberForm<F>::write(io, log);
 }
 
 template <auto F>
@@ -69,7 +69,7 @@ void numberAgainIfTextRemains(Writer &io, const auto &log, const auto &when) {
 }
 
 template <auto... Fs>
-void numbersWithoutSkip(Writer &io, const auto &log, const auto &when) {
+void numbersWithoutSkip(Writer &io, const auto &log, const auto &when, const auto &...) {
   numbers<Fs...>(io, log, when);
 }
 
@@ -91,6 +91,26 @@ void name(Writer &io, const auto &log, const When &when = always) {
 template <auto M, typename When = Gate>
 void nameOrEmpty(Writer &io, const auto &log, const When &when = always) {
   text<M>(io, log, when);
+}
+
+template <auto M>
+void cutText(Writer &io, const auto &log, const auto & /*when*/) {
+  text<M>(io, log);
+}
+
+template <auto M>
+void boundedText(Writer &io, const auto &log, const auto & /*when*/, size_t /*limit*/) {
+  text<M>(io, log);
+}
+
+template <auto M>
+void keptText(Writer &io, const auto &log) {
+  text<M>(io, log);
+}
+
+template <auto M, auto UserId>
+void userName(Writer &io, const auto &log, const char * /*reader*/, bool /*unknownAllowed*/ = false) {
+  text<M>(io, log);
 }
 
 template <auto M>
@@ -122,6 +142,12 @@ inline void element(Writer &io, int32_t value) { putInteger(io, value); }
 inline void element(Writer &io, int64_t value) { putInteger(io, value); }
 void element(Writer &io, auto &entry) { layout(io, entry); }
 
+template <auto Count, auto... Arrays>
+void parallelElements(Writer &io, const auto &log, int /*noMemory*/) {
+  if (!(arrayGiven(io, log.*Count, log.*Arrays, nameOf<Arrays>) && ...)) return;
+  for (int32_t i = 0; i < log.*Count && io.error == 0; ++i) (putInteger(io, (log.*Arrays)[i]), ...);
+}
+
 template <auto Count, auto Array, typename When = Gate>
 void list(Writer &io, auto &log, const When &when = always, int /*noMemory*/ = WMQE_NO_MEM) {
   if (!isWritten(log, when)) return;
@@ -140,14 +166,14 @@ void unwrittenRawPairs(Writer &io, const auto & /*log*/) {
   put(io, " 0");
 }
 
-template <auto Count, auto Array, typename When = Gate>
+template <auto Count, auto Array, HostRule Rule = HostRule{}, typename When = Gate>
 void hosts(Writer &io, const auto &log, const When &when = always) {
-  if (isWritten(log, when)) putHosts(io, log.*Count, log.*Array, nameOf<Array>);
-}
-
-template <auto Count, auto Array>
-void hostNames(Writer &io, const auto &log) {
-  putHosts(io, log.*Count, log.*Array, nameOf<Array>);
+  if (!isWritten(log, when)) return;
+  if constexpr (Rule.compressed) {
+    putHosts(io, static_cast<int32_t>(log.*Count), log.*Array, nameOf<Array>);
+  } else {
+    elements<Count, Array>(io, log);
+  }
 }
 
 template <auto Count, auto Array, auto OtherCount, auto Other>
@@ -218,6 +244,21 @@ void unset(Writer &, const auto &) {}
 
 template <auto Count, auto Array>
 void listOffLine(Writer &, const auto &) {}
+
+template <auto M>
+void embedded(Writer &io, auto &log, const auto &when) {
+  if (isWritten(log, when)) layout(io, log.*M);
+}
+
+template <auto M, int Elder, typename When>
+void fixedNumbers(Writer &io, const auto &log, const When & /*when*/) {
+  for (const int32_t value : log.*M) putInteger(io, value);
+}
+
+template <auto M>
+void stopIfZero(Writer &, const auto &) {}
+
+inline void fromFirstField(Writer &) {}
 
 inline void trailingBlank(Writer &io) { put(io, " "); }
 

@@ -1,0 +1,216 @@
+#include "companion/host_list.h"
+
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "companion/list_text.h"
+#include "companion/numbers.h"
+#include "companion/quoting.h"
+#include "wmq/companion.h"
+
+namespace wmq {
+
+namespace {
+
+bool looksCompressed(const char *name) {
+  int64_t times;
+  const char *plain;
+  return compressedName(name, times, plain);
+}
+
+// Number of equal names from `first` on, before `count`.
+int32_t runLength(int32_t first, int32_t count, char *const *hosts) {
+  const char *const name = textOrEmpty(hosts[first]);
+  int32_t next = first + 1;
+  while (next < count && std::strcmp(textOrEmpty(hosts[next]), name) == 0) ++next;
+  return next - first;
+}
+
+int32_t numRuns(int32_t count, char *const *hosts) {
+  int32_t runs = 0;
+  for (int32_t at = 0; at < count; at += runLength(at, count, hosts)) ++runs;
+  return runs;
+}
+
+// What stands before a name in the compressed list: nothing, or "N*".
+char *multiplierInto(char *out, const char *name, int32_t times) {
+  if (times == 1 && !looksCompressed(name)) return out;
+  out = formatInt32(out, times);
+  *out++ = '*';
+  return out;
+}
+
+char *compressedCopy(const char *name, int32_t times) {
+  char multiplier[16];
+  const auto prefix = static_cast<size_t>(multiplierInto(multiplier, name, times) - multiplier);
+  const size_t size = std::strlen(name) + 1;
+  auto *const copy = static_cast<char *>(std::malloc(prefix + size));
+  if (copy == nullptr) return nullptr;
+  std::memcpy(copy, multiplier, prefix);
+  std::memcpy(copy + prefix, name, size);
+  return copy;
+}
+
+void freeNames(int64_t count, char **names) {
+  for (int64_t i = 0; i < count; ++i) std::free(names[i]);
+}
+
+bool worthCompressing(int32_t count, char *const *hosts) {
+  for (int32_t i = 0; i < count; ++i) {
+    const char *const name = textOrEmpty(hosts[i]);
+    if (looksCompressed(name) || (i + 1 < count && std::strcmp(name, textOrEmpty(hosts[i + 1])) == 0))
+      return true;
+  }
+  return false;
+}
+
+// How often a name of a list stands for `plain`, which is the name itself unless it is compressed.
+int64_t timesOf(const char *host, const char *&plain) {
+  int64_t times = 1;
+  plain = host;
+  if (host != nullptr) compressedName(host, times, plain);
+  return times;
+}
+
+// Fills the places of compressed names with copies; the others stay null until nothing can fail any more.
+bool copyExpanded(char **expanded, int32_t count, char *const *hosts) {
+  for (int32_t i = 0; i < count; ++i) {
+    const char *plain;
+    const int64_t times = timesOf(hosts[i], plain);
+    if (plain == hosts[i]) {
+      ++expanded;
+      continue;
+    }
+    const size_t size = std::strlen(plain) + 1;
+    for (char **const end = expanded + times; expanded != end; ++expanded) {
+      *expanded = static_cast<char *>(std::malloc(size));
+      if (*expanded == nullptr) return false;
+      std::memcpy(*expanded, plain, size);
+    }
+  }
+  return true;
+}
+
+// Moves the plain names over and releases the compressed ones.
+void moveOver(char **expanded, int32_t count, char **hosts) {
+  for (int32_t i = 0; i < count; ++i) {
+    const char *plain;
+    const int64_t times = timesOf(hosts[i], plain);
+    if (plain == hosts[i])
+      *expanded = hosts[i];
+    else
+      std::free(hosts[i]);
+    expanded += times;
+  }
+  std::free(hosts);
+}
+
+}  // namespace
+
+bool compressedName(const char *name, int64_t &times, const char *&plain) {
+  if (*name < '1' || *name > '9') return false;
+  const char *end = name;
+  while (isDigit(*end)) ++end;
+  if (*end != '*') return false;
+  scanInt64(name, times);
+  plain = end + 1;
+  return true;
+}
+
+int expandHosts(int32_t &count, char **&hosts, int64_t limit) {
+  if (count < 1 || hosts == nullptr) return 0;
+
+  bool anyCompressed = false;
+  int64_t total = 0;
+  for (int32_t i = 0; i < count; ++i) {
+    const char *plain;
+    const int64_t times = timesOf(hosts[i], plain);
+    anyCompressed = anyCompressed || plain != hosts[i];
+    if (times > limit - total) return WMQE_BAD_FORMAT;
+    total += times;
+  }
+  if (!anyCompressed) return 0;
+  if (total > INT32_MAX) return WMQE_BAD_FORMAT;
+
+  auto **const expanded = static_cast<char **>(std::calloc(static_cast<size_t>(total), sizeof(char *)));
+  if (expanded == nullptr) return WMQE_NO_MEM;
+  if (!copyExpanded(expanded, count, hosts)) {
+    freeNames(total, expanded);
+    std::free(expanded);
+    return WMQE_NO_MEM;
+  }
+  moveOver(expanded, count, hosts);
+  hosts = expanded;
+  count = static_cast<int32_t>(total);
+  return 0;
+}
+
+size_t hostListRoom(int32_t count, char *const *hosts) {
+  constexpr size_t countField = 12;
+  constexpr size_t besideName = 3 + 11;  // blank, quotes, multiplier
+  size_t room = countField;
+  for (int32_t i = 0; i < count; ++i) room += 2 * std::strlen(textOrEmpty(hosts[i])) + besideName;
+  return room;
+}
+
+char *hostListInto(char *out, int32_t count, char *const *hosts) {
+  *out++ = ' ';
+  out = formatInt32(out, numRuns(count, hosts));
+  for (int32_t at = 0; at < count;) {
+    const char *const name = textOrEmpty(hosts[at]);
+    const int32_t times = runLength(at, count, hosts);
+    at += times;
+
+    // The multiplier goes inside the quotes, where the opening quote of the name has just been written.
+    *out++ = ' ';
+    char *const opening = out;
+    char *const nameStart = multiplierInto(opening + 1, name, times);
+    out = quotedInto(nameStart - 1, name, std::strlen(name));
+    nameStart[-1] = '*';
+    *opening = '"';
+  }
+  return out;
+}
+
+}  // namespace wmq
+
+extern "C" int compressHostList(int count, char *const *hosts, int *outCount, char ***outHosts) {
+  *outCount = 0;
+  *outHosts = nullptr;
+  if (count < 1 || hosts == nullptr || !wmq::worthCompressing(count, hosts)) return 0;
+
+  const int32_t runs = wmq::numRuns(count, hosts);
+  auto **const compressed = static_cast<char **>(std::calloc(static_cast<size_t>(runs), sizeof(char *)));
+  if (compressed == nullptr) return WMQE_NO_MEM;
+  int32_t at = 0;
+  for (int32_t run = 0; run < runs; ++run) {
+    const int32_t times = wmq::runLength(at, count, hosts);
+    compressed[run] = wmq::compressedCopy(wmq::textOrEmpty(hosts[at]), times);
+    if (compressed[run] == nullptr) {
+      wmq::freeNames(run, compressed);
+      std::free(compressed);
+      return WMQE_NO_MEM;
+    }
+    at += times;
+  }
+  *outCount = runs;
+  *outHosts = compressed;
+  return 0;
+}
+
+extern "C" int uncompressHostList(int *count, char ***hosts) {
+  if (count == nullptr || hosts == nullptr) return 0;
+  return wmq::expandHosts(*count, *hosts, wmq::maxHosts);
+}
+
+extern "C" int writeHostList(FILE *file, int count, char *const *hosts) {
+  if (file == nullptr || count < 0 || (count > 0 && hosts == nullptr)) return -1;
+  auto *const buffer = static_cast<char *>(std::malloc(wmq::hostListRoom(count, hosts)));
+  if (buffer == nullptr) return -1;
+  const auto size = static_cast<size_t>(wmq::hostListInto(buffer, count, hosts) - buffer);
+  const bool written = std::fwrite(buffer, 1, size, file) == size;
+  std::free(buffer);
+  return written ? 0 : -1;
+}

@@ -1,0 +1,110 @@
+// Writing numbers.
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+
+#include "companion/numbers.h"
+
+namespace wmq {
+
+namespace {
+
+constexpr uint64_t wholePowersOfTen[] = {1,      10,      100,      1000,      10000,
+                                         100000, 1000000, 10000000, 100000000, 1000000000};
+constexpr int maxQuickPrecision = 9;
+
+char *formatUint64(char *out, uint64_t value) { return std::to_chars(out, out + 20, value).ptr; }
+
+char *formatDigits(char *out, uint64_t value, int numDigits) {
+  for (int place = numDigits - 1; place >= 0; --place) {
+    out[place] = static_cast<char>('0' + value % 10);
+    value /= 10;
+  }
+  return out + numDigits;
+}
+
+#ifdef __SIZEOF_INT128__
+// The fraction times a power of ten up to 10^9 stays exact in 128 bits, so that rounding half to even is a
+// matter of looking at the bits that fall off. Null when `magnitude` is beyond this.
+char *formatFixedQuickly(char *out, double magnitude, int precision) {
+  __extension__ typedef unsigned __int128 Wide;
+  if (!(magnitude < 0x1p63) || precision < 0 || precision > maxQuickPrecision) return nullptr;
+
+  int exponent;
+  const double unit = std::frexp(magnitude, &exponent);
+  const auto mantissa = static_cast<uint64_t>(std::ldexp(unit, 53));
+  const int fractionBits = 53 - exponent;
+
+  uint64_t whole = 0;
+  uint64_t decimals = 0;
+  if (fractionBits <= 0) {
+    whole = mantissa << -fractionBits;
+  } else if (fractionBits < 127) {
+    const uint64_t power = wholePowersOfTen[precision];
+    whole = fractionBits < 64 ? mantissa >> fractionBits : 0;
+    const Wide fraction = fractionBits < 64 ? mantissa & ((uint64_t{1} << fractionBits) - 1) : mantissa;
+    const Wide scaled = fraction * power;
+    const Wide half = Wide{1} << (fractionBits - 1);
+    const Wide rest = scaled & ((half << 1) - 1);
+    decimals = static_cast<uint64_t>(scaled >> fractionBits);
+    const uint64_t lastDigit = precision == 0 ? whole : decimals;
+    if (rest > half || (rest == half && (lastDigit & 1) != 0)) ++decimals;
+    if (decimals == power) {
+      decimals = 0;
+      ++whole;
+    }
+  }
+
+  out = formatUint64(out, whole);
+  if (precision == 0) return out;
+  *out++ = '.';
+  return formatDigits(out, decimals, precision);
+}
+#else
+char *formatFixedQuickly(char *, double, int) { return nullptr; }
+#endif
+
+template <class Real>
+char *formatShortestReal(char *out, Real value) {
+  if (std::isnan(value)) {
+    std::memcpy(out, "nan", 3);
+    return out + 3;
+  }
+  constexpr Real largest = 0x1p53;
+  if (std::fabs(value) <= largest && value == std::trunc(value) && (value != 0 || !std::signbit(value)))
+    return formatInt64(out, static_cast<int64_t>(value));
+  return std::to_chars(out, out + 32, value).ptr;
+}
+
+}  // namespace
+
+char *formatInt64(char *out, int64_t value) { return std::to_chars(out, out + 20, value).ptr; }
+
+char *formatInt32(char *out, int32_t value) { return std::to_chars(out, out + 11, value).ptr; }
+
+char *formatFixed(char *out, double value, int width, int precision) {
+  char *const start = out;
+  if (std::signbit(value)) *out++ = '-';
+  const double magnitude = std::fabs(value);
+  char *end;
+  if (!std::isfinite(value)) {
+    std::memcpy(out, std::isnan(value) ? "nan" : "inf", 3);
+    end = out + 3;
+  } else if ((end = formatFixedQuickly(out, magnitude, precision)) == nullptr) {
+    end = std::to_chars(out, start + 400, magnitude, std::chars_format::fixed, precision).ptr;
+  }
+
+  const auto length = end - start;
+  if (length >= width) return end;
+  const auto padding = static_cast<size_t>(width - length);
+  std::memmove(start + padding, start, static_cast<size_t>(length));
+  std::memset(start, ' ', padding);
+  return end + padding;
+}
+
+char *formatShortest(char *out, double value) { return formatShortestReal(out, value); }
+
+char *formatShortest(char *out, float value) { return formatShortestReal(out, value); }
+
+}  // namespace wmq

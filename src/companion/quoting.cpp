@@ -1,0 +1,206 @@
+// Most strings of a line are a few bytes long and need no escape, some are long scripts: both directions look
+// at many bytes at once and stop only at quotes and line ends.
+#include "companion/quoting.h"
+
+#include <climits>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
+#include "companion/byte_groups.h"
+#include "wmq/companion.h"
+
+namespace wmq {
+
+namespace {
+
+bool needsEscape(char c) { return c == '"' || c == '\n'; }
+
+char *escapedInto(char *out, char c) {
+  *out++ = '"';
+  *out++ = c == '\n' ? 'n' : c;
+  return out;
+}
+
+char *escapedOneByOne(char *out, const char *text, const char *end) {
+  for (; text != end; ++text) {
+    if (needsEscape(*text))
+      out = escapedInto(out, *text);
+    else
+      *out++ = *text;
+  }
+  return out;
+}
+
+// Copies fewer than 16 bytes when none of them needs an escape: two groups that may overlap.
+bool copiedShort(char *out, const char *text, size_t length) {
+  if (length >= 8) {
+    const uint64_t head = groupAt<uint64_t>(text);
+    const uint64_t tail = groupAt<uint64_t>(text + length - 8);
+    if (holdsByte(head, '"') || holdsByte(tail, '"') || holdsByte(head, '\n') || holdsByte(tail, '\n'))
+      return false;
+    std::memcpy(out, &head, 8);
+    std::memcpy(out + length - 8, &tail, 8);
+    return true;
+  }
+  if (length >= 4) {
+    const uint32_t head = groupAt<uint32_t>(text);
+    const uint32_t tail = groupAt<uint32_t>(text + length - 4);
+    const uint64_t both = uint64_t{head} << 32 | tail;
+    if (holdsByte(both, '"') || holdsByte(both, '\n')) return false;
+    std::memcpy(out, &head, 4);
+    std::memcpy(out + length - 4, &tail, 4);
+    return true;
+  }
+  return false;
+}
+
+#ifdef __SSE2__
+constexpr size_t groupSize = 16;
+
+__m128i loadGroup(const char *text) { return _mm_loadu_si128(reinterpret_cast<const __m128i *>(text)); }
+
+unsigned quotesIn(__m128i group) {
+  return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(group, _mm_set1_epi8('"'))));
+}
+
+unsigned lineEndsIn(__m128i group) {
+  return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(group, _mm_set1_epi8('\n'))));
+}
+#endif
+
+// The first double quote from `text` on; `end` when there is none.
+const char *findQuote(const char *text, const char *end) {
+#ifdef __SSE2__
+  for (; static_cast<size_t>(end - text) >= groupSize; text += groupSize) {
+    if (const unsigned quotes = quotesIn(loadGroup(text)); quotes != 0) return text + __builtin_ctz(quotes);
+  }
+  while (text != end && *text != '"') ++text;
+  return text;
+#else
+  if (text == end) return end;
+  const void *const quote = std::memchr(text, '"', static_cast<size_t>(end - text));
+  return quote == nullptr ? end : static_cast<const char *>(quote);
+#endif
+}
+
+}  // namespace
+
+size_t quotedSize(const char *text, size_t length) {
+  size_t size = length + 2;
+  size_t at = 0;
+#ifdef __SSE2__
+  for (; length - at >= groupSize; at += groupSize) {
+    const __m128i group = loadGroup(text + at);
+    size += static_cast<size_t>(__builtin_popcount(quotesIn(group) | lineEndsIn(group)));
+  }
+#endif
+  for (; at < length; ++at) size += needsEscape(text[at]) ? 1 : 0;
+  return size;
+}
+
+char *quotedInto(char *out, const char *text, size_t length) {
+  const char *const end = text + length;
+  *out++ = '"';
+#ifdef __SSE2__
+  while (static_cast<size_t>(end - text) >= groupSize) {
+    const __m128i group = loadGroup(text);
+    _mm_storeu_si128(reinterpret_cast<__m128i *>(out), group);
+    const unsigned special = quotesIn(group) | lineEndsIn(group);
+    if (special == 0) {
+      text += groupSize;
+      out += groupSize;
+      continue;
+    }
+    const int plain = __builtin_ctz(special);
+    out = escapedInto(out + plain, text[plain]);
+    text += plain + 1;
+  }
+#else
+  for (; end - text >= 8; text += 8) {
+    const uint64_t group = groupAt<uint64_t>(text);
+    if (holdsByte(group, '"') || holdsByte(group, '\n')) {
+      out = escapedOneByOne(out, text, text + 8);
+      continue;
+    }
+    std::memcpy(out, &group, 8);
+    out += 8;
+  }
+#endif
+  const auto rest = static_cast<size_t>(end - text);
+  out = copiedShort(out, text, rest) ? out + rest : escapedOneByOne(out, text, end);
+  *out++ = '"';
+  return out;
+}
+
+const char *findQuoted(const char *text, const char *end, const char **content, size_t *rawLength,
+                       size_t *length) {
+  const char *const opening = text != end && *text == '"' ? text : findQuote(text, end);
+  if (opening == end) return nullptr;
+
+  const char *const first = opening + 1;
+  size_t escapes = 0;
+  const char *quote = findQuote(first, end);
+  for (; quote != end; quote = findQuote(quote + 2, end)) {
+    if (end - quote < 2 || (quote[1] != '"' && quote[1] != 'n')) {
+      *content = first;
+      *rawLength = static_cast<size_t>(quote - first);
+      *length = *rawLength - escapes;
+      return quote + 1;
+    }
+    ++escapes;
+  }
+  return nullptr;
+}
+
+void decodeQuoted(char *out, const char *content, size_t rawLength, size_t length) {
+  if (rawLength == length) {
+    if (length != 0) std::memcpy(out, content, length);
+    return;
+  }
+  const char *const end = content + rawLength;
+  while (content != end) {
+    const char *const quote = findQuote(content, end);
+    const auto plain = static_cast<size_t>(quote - content);
+    std::memcpy(out, content, plain);
+    out += plain;
+    if (quote == end) return;
+    *out++ = quote[1] == 'n' ? '\n' : '"';
+    content = quote + 2;
+  }
+}
+
+}  // namespace wmq
+
+extern "C" int addQStr(FILE *file, const char *text) {
+  if (file == nullptr) return -1;
+  if (text == nullptr) text = "";
+  const size_t length = std::strlen(text);
+
+  char small[512];
+  const size_t room = 2 * length + 3;
+  char *const buffer = room <= sizeof small ? small : static_cast<char *>(std::malloc(room));
+  if (buffer == nullptr) return -1;
+  buffer[0] = ' ';
+  const auto size = static_cast<size_t>(wmq::quotedInto(buffer + 1, text, length) - buffer);
+  const bool written = std::fwrite(buffer, 1, size, file) == size;
+  if (buffer != small) std::free(buffer);
+  return written ? 0 : -1;
+}
+
+extern "C" int stripQStr(const char *text, char *out) {
+  if (text == nullptr || out == nullptr) return -1;
+  const char *content;
+  size_t rawLength;
+  size_t length;
+  const char *const behind = wmq::findQuoted(text, text + std::strlen(text), &content, &rawLength, &length);
+  if (behind == nullptr || behind - text > INT_MAX) return -1;
+  wmq::decodeQuoted(out, content, rawLength, length);
+  out[length] = '\0';
+  return static_cast<int>(behind - text);
+}

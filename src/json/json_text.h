@@ -1,0 +1,57 @@
+// The bytes of JSON strings: what stands for itself between the quotes, and what is well-formed UTF-8.
+#ifndef WMQ_JSON_TEXT_H
+#define WMQ_JSON_TEXT_H
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+namespace wmq {
+
+inline bool isPlain(char c) {
+  const auto byte = static_cast<unsigned char>(c);
+  return byte >= 0x20 && byte < 0x80 && c != '"' && c != '\\';
+}
+
+// The first byte in [at, end) that is not plain: a control character, a double quote, a backslash, or a byte
+// beyond ASCII; `end` when there is none.
+inline const char *skipPlain(const char *at, const char *end) {
+  if constexpr (std::endian::native == std::endian::little) {
+    constexpr std::uint64_t ones = 0x0101010101010101;
+    constexpr std::uint64_t tops = 0x80 * ones;
+    while (end - at >= 8) {
+      std::uint64_t bytes;
+      std::memcpy(&bytes, at, sizeof bytes);
+      const std::uint64_t quote = bytes ^ ('"' * ones);
+      const std::uint64_t backslash = bytes ^ ('\\' * ones);
+      // A borrow can raise a false flag only above a true one, and only the lowest flag counts.
+      const std::uint64_t flags =
+          (((bytes - 0x20 * ones) | (quote - ones) | (backslash - ones)) & ~bytes & tops) | (bytes & tops);
+      if (flags != 0) return at + std::countr_zero(flags) / 8;
+      at += 8;
+    }
+  }
+  while (at < end && isPlain(*at)) ++at;
+  return at;
+}
+
+// Length of the well-formed UTF-8 sequence of two to four bytes that begins at `at`; 0 when there is none.
+inline std::size_t sequenceLength(const char *at, const char *end) {
+  const auto byte = [at](std::size_t i) { return static_cast<unsigned char>(at[i]); };
+  const auto follows = [&](std::size_t i, unsigned low = 0x80, unsigned high = 0xBF) {
+    return end - at > static_cast<std::ptrdiff_t>(i) && byte(i) >= low && byte(i) <= high;
+  };
+  const unsigned lead = byte(0);
+  if (lead >= 0xC2 && lead <= 0xDF) return follows(1) ? 2 : 0;
+  if (lead >= 0xE0 && lead <= 0xEF)
+    return follows(1, lead == 0xE0 ? 0xA0 : 0x80, lead == 0xED ? 0x9F : 0xBF) && follows(2) ? 3 : 0;
+  if (lead >= 0xF0 && lead <= 0xF4)
+    return follows(1, lead == 0xF0 ? 0x90 : 0x80, lead == 0xF4 ? 0x8F : 0xBF) && follows(2) && follows(3) ? 4
+                                                                                                          : 0;
+  return 0;
+}
+
+}  // namespace wmq
+
+#endif

@@ -1,0 +1,142 @@
+#include "json/json_layout.h"
+#include "json/json_member.h"
+
+namespace wmq {
+
+template <typename Writer>
+static bool writeField(Writer &writer, const wmqField &field, const char *base);
+
+template <typename Writer>
+static bool writeAffinity(Writer &writer, const affinityAlloc &allocation) {
+  // The text form has no text for an allocation without hosts.
+  if (allocation.numHosts < 1 || allocation.hosts == nullptr) {
+    writer.text("");
+    return true;
+  }
+  char *text = convertAffinityAlloc2Str(&allocation);
+  if (text == nullptr) return false;
+  writer.text(text);
+  std::free(text);
+  return true;
+}
+
+template <typename Writer>
+static bool writeNetwork(Writer &writer, std::int64_t count, const networkAlloc *allocations) {
+  if (count == 0) {
+    writer.text("");
+    return true;
+  }
+  char *text = getNetworkAllocAsString(static_cast<std::int32_t>(count), allocations);
+  if (text == nullptr) return false;
+  writer.text(text);
+  std::free(text);
+  return true;
+}
+
+template <typename Writer>
+static bool writeExtension(Writer &writer, const submitExt &extension) {
+  if (extension.pairs != nullptr && extension.numPairs >= 0)
+    return writeField(writer, submitExtLayout.fields[0], reinterpret_cast<const char *>(&extension));
+  writer.StartArray();
+  writer.EndArray();
+  return true;
+}
+
+// The member itself, or one element of an array.
+template <typename Writer>
+static bool writeValue(Writer &writer, const wmqField &field, const char *at) {
+  const auto *pointer = [&]() -> const void * {
+    switch (field.kind) {
+      case WMQ_KIND_STRING:
+      case WMQ_KIND_SUBMIT_EXT:
+      case WMQ_KIND_NAMED_VALUES:
+      case WMQ_KIND_AFFINITY:
+        return load<const void *>(at);
+      default:
+        return at;
+    }
+  }();
+  if (pointer == nullptr) {
+    writer.Null();
+    return true;
+  }
+
+  switch (field.kind) {
+    case WMQ_KIND_INT32:
+      writer.number(load<std::int32_t>(at));
+      return true;
+    case WMQ_KIND_INT64:
+      writer.number(load<std::int64_t>(at));
+      return true;
+    case WMQ_KIND_FLOAT:
+      writer.number(load<float>(at));
+      return true;
+    case WMQ_KIND_DOUBLE:
+      writer.number(load<double>(at));
+      return true;
+    case WMQ_KIND_STRING:
+      writer.text(static_cast<const char *>(pointer));
+      return true;
+    case WMQ_KIND_CHARS:
+      writer.text(at, strnlen(at, field.size));
+      return true;
+    case WMQ_KIND_STRUCT:
+      return writeLayout(writer, *field.layout, at);
+    case WMQ_KIND_SUBMIT_EXT:
+      return writeExtension(writer, *static_cast<const submitExt *>(pointer));
+    case WMQ_KIND_NAMED_VALUES:
+      return writeLayout(writer, namedValuesLayout, pointer);
+    case WMQ_KIND_AFFINITY:
+      return writeAffinity(writer, *static_cast<const affinityAlloc *>(pointer));
+    case WMQ_KIND_NETWORK:
+      break;  // only whole arrays of these have a form
+  }
+  writer.Null();
+  return true;
+}
+
+template <typename Writer>
+static bool writeArray(Writer &writer, const wmqField &field, const char *elements, std::int64_t count) {
+  writer.StartArray();
+  for (std::int64_t i = 0; i < count; ++i, elements += field.size)
+    if (!writeValue(writer, field, elements)) return false;
+  writer.EndArray();
+  return true;
+}
+
+template <typename Writer>
+static bool writeField(Writer &writer, const wmqField &field, const char *base) {
+  const char *at = base + field.offset;
+  if (field.shape == WMQ_SHAPE_ONE) return writeValue(writer, field, at);
+  if (field.shape == WMQ_SHAPE_FIXED)
+    return writeArray(writer, field, at, static_cast<std::int64_t>(field.length));
+
+  const char *elements = load<const char *>(at);
+  const std::int64_t count = loadCount(field, base);
+  // With a negative count there is no array, whatever the pointer says.
+  if (elements == nullptr || count < 0) {
+    writer.Null();
+    return true;
+  }
+  if (field.kind == WMQ_KIND_NETWORK)
+    return writeNetwork(writer, count, reinterpret_cast<const networkAlloc *>(elements));
+  return writeArray(writer, field, elements, count);
+}
+
+template <typename Writer>
+bool writeLayout(Writer &writer, const wmqLayout &layout, const void *base) {
+  writer.StartObject();
+  for (std::size_t i = 0; i < layout.numFields; ++i) {
+    const wmqField &field = layout.fields[i];
+    if (!isShown(field)) continue;
+    writer.text(field.name);
+    if (!writeField(writer, field, static_cast<const char *>(base))) return false;
+  }
+  writer.EndObject();
+  return !writer.out.failed;
+}
+
+template bool writeLayout(LineWriter &, const wmqLayout &, const void *);
+template bool writeLayout(IndentingWriter &, const wmqLayout &, const void *);
+
+}  // namespace wmq

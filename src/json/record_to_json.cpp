@@ -1,0 +1,62 @@
+#include <cerrno>
+#include <cstring>
+
+#include "json/json_layout.h"
+#include "wmq/json.h"
+
+namespace wmq {
+
+template <typename Writer>
+static bool writeRecord(Writer &writer, const eventRecord &record, const wmqLayout &layout) {
+  writer.StartObject();
+  if (const char *name = wmq_typename(record.type)) {
+    writer.text("type");
+    writer.text(name);
+  }
+  writer.text("code");
+  writer.number(record.type);
+  writer.text("version");
+  writer.text(record.version, strnlen(record.version, sizeof record.version));
+  writer.text("eventTime");
+  writer.number(record.eventTime);
+  writer.text("eventLog");
+  if (!writeLayout(writer, layout, &record.eventLog)) return false;
+  writer.EndObject();
+  writer.out.Put('\0');
+  return !writer.out.failed;
+}
+
+}  // namespace wmq
+
+ssize_t wmq_record2json(const eventRecord *record, int pretty, char **buffer, size_t *capacity) {
+  if (record == nullptr || buffer == nullptr || capacity == nullptr) {
+    wmq_errno = WMQE_BAD_ARG;
+    return -1;
+  }
+  errno = 0;
+  const wmqLayout *layout = wmq_schema(record->type);
+  if (layout == nullptr) {
+    wmq_errno = errno == ENOMEM ? WMQE_NO_MEM : WMQE_BAD_EVENT;
+    return -1;
+  }
+
+  wmq::OutputText out{*buffer, *buffer == nullptr ? 0 : *capacity};
+  wmq::LevelMemory levels;
+  bool written = false;
+  if (pretty != 0) {
+    wmq::IndentingWriter writer(out, levels);
+    writer.SetIndent(' ', 2);
+    written = wmq::writeRecord(writer, *record, *layout);
+  } else {
+    wmq::LineWriter writer(out, levels);
+    written = wmq::writeRecord(writer, *record, *layout);
+  }
+
+  *buffer = out.text;
+  *capacity = out.capacity;
+  if (!written) {
+    wmq_errno = WMQE_NO_MEM;
+    return -1;
+  }
+  return static_cast<ssize_t>(out.size - 1);
+}
