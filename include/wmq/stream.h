@@ -91,6 +91,38 @@ WMQ_API void wmq_setlineversion(float version);
 // none.
 WMQ_API int wmq_formatrecord(struct eventRecord *record, char **text, size_t *length);
 
+// ------------------------------------------------------------- the side streams
+
+// The status stream carries JOB_STATUS2 records only, the pending-reasons stream JOB_PENDING_REASONS only. They open, rotate,
+// read and close like the event stream, each with a descriptor and a counter of its own, and with these
+// differences:
+//   - opening while open changes nothing only when the same path is given; another path, or none, closes the
+//     stream and opens it anew;
+//   - writing any other type does nothing, with success and wmq_errno 0, but for these, which fail with
+//     WMQE_BAD_EVENT: 0, 3, 31, 33, 50, 56, 59, 65, 66, 67, 71 (status stream), 76, negative ones and those above 78;
+//   - writing does not tell whether old files were removed;
+//   - the removal of old files is traced through the event stream's parameters, if one is open.
+// A read shares its record with wmq_readstream and wmq_readstreamline: each releases what the last one returned.
+WMQ_API int wmq_openstatus(const struct streamParams *params);
+WMQ_API int wmq_writestatus(struct eventRecord *record);
+WMQ_API struct eventRecord *wmq_readstatus(int *lineNum);
+WMQ_API int wmq_closestatus(void);
+
+WMQ_API int wmq_openpendingreasons(const struct streamParams *params);
+WMQ_API int wmq_writependingreasons(struct eventRecord *record);
+WMQ_API struct eventRecord *wmq_readpendingreasons(int *lineNum);
+WMQ_API int wmq_closependingreasons(void);
+
+// Removes the oldest old files of the stream file `path` ("PATH.NUMBER", regular files) so that fewer than
+// `fileCount` remain. Returns 0 (wmq_errno WMQE_FILES_REMOVED when some were removed), -1 for a null path or a
+// count below 1 (wmq_errno unchanged), for a directory that cannot be listed (WMQE_SYS) and without memory
+// (WMQE_NO_MEM), -2 when a file cannot be removed (WMQE_SYS).
+WMQ_API int wmq_checkstatusfilenum(const char *path, int32_t fileCount);
+
+// As wmq_formatrecord, for what the side streams write. A record that is dropped gives a null text and 0.
+WMQ_API int wmq_formatstatus(struct eventRecord *record, char **text, size_t *length);
+WMQ_API int wmq_formatpendingreasons(struct eventRecord *record, char **text, size_t *length);
+
 // ---------------------------------------------------------------------- release
 
 // Releases what the members of `record` own, sets these pointers to null and their counts to 0, and leaves

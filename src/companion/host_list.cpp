@@ -155,9 +155,15 @@ size_t hostListRoom(int32_t count, char *const *hosts) {
   return room;
 }
 
+int32_t compressedHosts(int32_t count, char *const *hosts) { return numRuns(count, hosts); }
+
 char *hostListInto(char *out, int32_t count, char *const *hosts) {
   *out++ = ' ';
   out = formatInt32(out, numRuns(count, hosts));
+  return hostNamesInto(out, count, hosts);
+}
+
+char *hostNamesInto(char *out, int32_t count, char *const *hosts) {
   for (int32_t at = 0; at < count;) {
     const char *const name = textOrEmpty(hosts[at]);
     const int32_t times = runLength(at, count, hosts);

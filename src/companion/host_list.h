@@ -22,6 +22,10 @@ int expandHosts(int32_t &count, char **&hosts, int64_t limit);
 size_t hostListRoom(int32_t count, char *const *hosts);
 char *hostListInto(char *out, int32_t count, char *const *hosts);
 
+// The two parts of that field: how many names are written, and the names alone.
+int32_t compressedHosts(int32_t count, char *const *hosts);
+char *hostNamesInto(char *out, int32_t count, char *const *hosts);
+
 }  // namespace wmq
 
 #endif

@@ -14,7 +14,7 @@ namespace {
 
 bool readWindows(const char *text, const char *end, int32_t &numWindows) {
   const char *const digit = text + (text != end && *text == '-' ? 1 : 0);
-  int64_t value;
+  int64_t value = 0;
   if (digit == end || !isDigit(*digit) || scanInt64(text, value) != end) return false;
   numWindows = static_cast<int32_t>(value);
   return numWindows == value;

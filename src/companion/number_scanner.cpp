@@ -31,7 +31,7 @@ namespace {
 constexpr double powersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
                                   1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
-constexpr int64_t farAway = 1'000'000'000'000'000'000;  // beyond any exponent that a text's length can undo
+constexpr int64_t farAway = 100'000'000'000'000'000;  // beyond any exponent that a text's length can undo
 
 char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
 

@@ -7,9 +7,11 @@
 #include <charconv>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
+#include <limits>
 #include <type_traits>
 
 namespace wmq {
@@ -53,44 +55,51 @@ struct LevelMemory {
   static void Free(void *) {}
 };
 
+// Beyond the integers that the type holds exactly, plain notation would show digits that the value does not have.
+template <typename T>
+std::to_chars_result shortest(char *first, char *last, T value) {
+  if constexpr (std::is_floating_point_v<T>) {
+    constexpr T exact = static_cast<T>(std::uint64_t{1} << std::numeric_limits<T>::digits);
+    if (std::fabs(value) > exact) return std::to_chars(first, last, value, std::chars_format::scientific);
+  }
+  return std::to_chars(first, last, value);
+}
+
 // RapidJSON's writers over that buffer, with the values that records need besides.
-template <typename Base>
-struct TextWriter : Base {
+template <typename Writer>
+struct TextWriter : LevelMemory, Writer {
   OutputText &out;
 
-  TextWriter(OutputText &where, LevelMemory &memory)
-      : Base(where, &memory, LevelMemory::levels), out(where) {}
+  explicit TextWriter(OutputText &where) : Writer(where, this, levels), out(where) {
+    if constexpr (requires { Writer::SetIndent(' ', 2); }) Writer::SetIndent(' ', 2);
+  }
 
   // An empty raw value gives the separators and the indentation that belong before the text.
   void text(const char *from, std::size_t bytes) {
-    Base::RawValue("", 0, rapidjson::kStringType);
+    Writer::RawValue("", 0, rapidjson::kStringType);
     out.quote(from, bytes);
   }
   void text(const char *from) { text(from, std::strlen(from)); }
 
+  // The shortest decimal that reads back to the same value of this very type.
   template <typename T>
-  void number(T value);
+  void number(T value) {
+    if constexpr (std::is_floating_point_v<T>) {
+      if (!std::isfinite(value)) {
+        text(std::isnan(value) ? "nan" : value > 0 ? "inf" : "-inf");
+        return;
+      }
+    }
+    char digits[32];
+    const std::to_chars_result result = shortest(digits, std::end(digits), value);
+    Writer::RawValue(digits, static_cast<std::size_t>(result.ptr - digits), rapidjson::kNumberType);
+  }
 };
 
 using LineWriter =
     TextWriter<rapidjson::Writer<OutputText, rapidjson::UTF8<>, rapidjson::UTF8<>, LevelMemory>>;
 using IndentingWriter =
     TextWriter<rapidjson::PrettyWriter<OutputText, rapidjson::UTF8<>, rapidjson::UTF8<>, LevelMemory>>;
-
-// The shortest decimal that reads back to the same value of this very type.
-template <typename Base>
-template <typename T>
-void TextWriter<Base>::number(T value) {
-  if constexpr (std::is_floating_point_v<T>) {
-    if (!std::isfinite(value)) {
-      text(std::isnan(value) ? "nan" : value > 0 ? "inf" : "-inf");
-      return;
-    }
-  }
-  char digits[32];
-  const std::to_chars_result result = std::to_chars(digits, std::end(digits), value);
-  Base::RawValue(digits, static_cast<std::size_t>(result.ptr - digits), rapidjson::kNumberType);
-}
 
 }  // namespace wmq
 

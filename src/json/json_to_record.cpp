@@ -68,14 +68,15 @@ static bool readType(const Envelope &envelope, std::int32_t &type) {
   if (envelope.type == nullptr) return true;
 
   if (envelope.type->kind != TokenKind::String) return wrongKind(*envelope.type, "a string", &typePlace);
-  const Excerpt name(envelope.type->text, envelope.type->length);
   const std::int32_t named = wmq_typecode(envelope.type->text);
+  if (named >= 0 && (envelope.code == nullptr || type == named)) {
+    type = named;
+    return true;
+  }
+  const Excerpt name(envelope.type->text, envelope.type->length);
   if (named < 0) return fault(WMQE_BAD_EVENT, &typePlace, "%s is not a type name", name.text);
-  if (envelope.code != nullptr && type != named)
-    return fault(WMQE_BAD_EVENT, &codePlace, "%d, but %s is %d", static_cast<int>(type), name.text,
-                 static_cast<int>(named));
-  type = named;
-  return true;
+  return fault(WMQE_BAD_EVENT, &codePlace, "%d, but %s is %d", static_cast<int>(type), name.text,
+               static_cast<int>(named));
 }
 
 static bool readLog(Scratch &scratch, const Envelope &envelope, eventRecord &record) {

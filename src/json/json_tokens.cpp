@@ -15,18 +15,23 @@ static constexpr std::size_t maxDepth = 32;
 
 namespace {
 
-// The text, decoded in place: what has been decoded is never longer than what it was decoded from.
-struct TextStream {
-  using Ch = char;
-  char *from;
-  char *to;
+struct Source {
   char *begin;
   char *end;
-  const char **refusal;  // not in the stream itself, which the reader copies
+  const char *refusal = nullptr;
+};
+
+// The text, decoded in place: what has been decoded is never longer than what it was decoded from. The reader
+// copies this into variables of its own while it is in a value.
+struct TextStream {
+  using Ch = char;
+  Source *source;
+  char *from;
+  char *to;
 
   char Peek() const { return *from; }
   char Take() { return *from++; }
-  std::size_t Tell() const { return static_cast<std::size_t>(from - begin); }
+  std::size_t Tell() const { return static_cast<std::size_t>(from - source->begin); }
   void Put(char c) { *to++ = c; }
   void Flush() {}
   char *PutBegin() { return to = from; }
@@ -63,7 +68,7 @@ struct RecordText {
     const auto put = [&out](unsigned byte) { out.Put(static_cast<char>(byte)); };
     const auto putRest = [&](int shift) { put(0x80 | ((codepoint >> shift) & 0x3F)); };
     if (codepoint == 0) {
-      *out.refusal = "a string holds \\u0000";
+      out.source->refusal = "a string holds \\u0000";
     } else if (codepoint < 0x80) {
       put(codepoint);
     } else if (codepoint < 0x800) {
@@ -72,7 +77,7 @@ struct RecordText {
     } else if (codepoint >= 0xDC80 && codepoint <= 0xDCFF) {
       put(codepoint & 0xFF);
     } else if (codepoint >= 0xD800 && codepoint <= 0xDFFF) {
-      *out.refusal = "a string holds a lone surrogate that stands for no byte";
+      out.source->refusal = "a string holds a lone surrogate that stands for no byte";
     } else if (codepoint < 0x10000) {
       put(0xE0 | (codepoint >> 12));
       putRest(6);
@@ -91,10 +96,11 @@ struct RecordText {
   // Takes as much as stands for itself, not only the one character that the reader asks for.
   static bool Validate(TextStream &in, TextStream &) {
     const char *at = in.from;
+    const char *const end = in.source->end;
     for (;;) {
-      at = skipPlain(at, in.end);
+      at = skipPlain(at, end);
       if (static_cast<unsigned char>(*at) < 0x80) break;
-      const std::size_t bytes = sequenceLength(at, in.end);
+      const std::size_t bytes = sequenceLength(at, end);
       if (bytes == 0) return false;
       at += bytes;
     }
@@ -105,7 +111,7 @@ struct RecordText {
 
 class TokenSink : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, TokenSink> {
  public:
-  TokenSink(Growing<Token> &where, const char *&why) : tokens(where), refusal(why) {}
+  TokenSink(Growing<Token> &where, Source &text) : tokens(where), source(text) {}
 
   bool noMemory = false;
 
@@ -115,7 +121,7 @@ class TokenSink : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, TokenSi
     return add(TokenKind::Number, text, length);
   }
   bool String(const char *text, rapidjson::SizeType length, bool) {
-    return refusal == nullptr && add(TokenKind::String, text, length);
+    return source.refusal == nullptr && add(TokenKind::String, text, length);
   }
   bool Key(const char *text, rapidjson::SizeType length, bool copy) { return String(text, length, copy); }
   bool StartObject() { return open(TokenKind::Object); }
@@ -136,7 +142,7 @@ class TokenSink : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, TokenSi
 
   bool open(TokenKind kind) {
     if (depth == maxDepth) {
-      refusal = "nested too deeply";
+      source.refusal = "nested too deeply";
       return false;
     }
     opened[depth++] = tokens.size;
@@ -151,7 +157,7 @@ class TokenSink : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, TokenSi
   }
 
   Growing<Token> &tokens;
-  const char *&refusal;
+  Source &source;
   std::size_t opened[maxDepth];
   std::size_t depth = 0;
 };
@@ -170,21 +176,22 @@ bool tokenize(const char *text, std::size_t length, Scratch &scratch) {
   std::memcpy(begin, text, length);
   begin[length] = '\0';
 
-  const char *refusal = nullptr;
-  TextStream in{begin, begin, begin, begin + length, &refusal};
-  TokenSink sink(scratch.tokens, refusal);
+  Source source{begin, begin + length};
+  TextStream in{&source, begin, begin};
+  TokenSink sink(scratch.tokens, source);
   constexpr unsigned flags = rapidjson::kParseInsituFlag | rapidjson::kParseNumbersAsStringsFlag |
                              rapidjson::kParseValidateEncodingFlag;
   rapidjson::GenericReader<RecordText, rapidjson::UTF8<>> reader;
   const rapidjson::ParseResult result = reader.Parse<flags>(in, sink);
 
   if (sink.noMemory) return fault(WMQE_NO_MEM, nullptr, "out of memory");
-  if (refusal != nullptr) return fault(WMQE_BAD_FORMAT, nullptr, "byte %zu: %s", result.Offset(), refusal);
+  if (source.refusal != nullptr)
+    return fault(WMQE_BAD_FORMAT, nullptr, "byte %zu: %s", result.Offset(), source.refusal);
   if (result.IsError())
     return fault(WMQE_BAD_FORMAT, nullptr, "byte %zu: %s", result.Offset(),
                  rapidjson::GetParseError_En(result.Code()));
   // To the reader a NUL is the end of the text.
-  if (in.from != in.end) return fault(WMQE_BAD_FORMAT, nullptr, "byte %zu: a NUL", in.Tell());
+  if (in.from != source.end) return fault(WMQE_BAD_FORMAT, nullptr, "byte %zu: a NUL", in.Tell());
   return true;
 }
 

@@ -51,6 +51,25 @@ bool readWhole(const Token &token, T &value, const Place *place) {
 template bool readWhole(const Token &, std::int32_t &, const Place *);
 template bool readWhole(const Token &, std::int64_t &, const Place *);
 
+// True for a number nearer to zero than 1, told from its digits: for numbers that no type holds.
+static bool isBelowOne(const Token &token) {
+  const char *end = token.text + token.length;
+  const char *at = token.text + (*token.text == '-' ? 1 : 0);
+  const auto isDigit = [end](const char *c) { return c < end && *c >= '0' && *c <= '9'; };
+  std::ptrdiff_t digits = 0;  // before the point; negative: zeros behind it
+  if (*at != '0')
+    for (; isDigit(at); ++at) ++digits;
+  else if (at + 1 < end && at[1] == '.')
+    for (at += 2; at < end && *at == '0'; ++at) --digits;
+
+  while (at < end && *at != 'e' && *at != 'E') ++at;
+  if (at == end) return digits <= 0;
+  if (*++at == '+') ++at;
+  std::int64_t exponent = 0;
+  const std::from_chars_result result = std::from_chars(at, end, exponent);
+  return result.ec == std::errc{} ? digits + exponent <= 0 : *at == '-';
+}
+
 template <typename T>
 bool readReal(const Token &token, T &value, const Place *place) {
   if (token.kind == TokenKind::String) {
@@ -66,8 +85,10 @@ bool readReal(const Token &token, T &value, const Place *place) {
     return true;
   }
   if (token.kind != TokenKind::Number) return wrongKind(token, "a number", place);
-  std::from_chars(token.text, token.text + token.length, value);
-  return std::isfinite(value) || badNumber(token, "out of range", place);
+  const std::from_chars_result result = std::from_chars(token.text, token.text + token.length, value);
+  if (result.ec == std::errc{}) return true;
+  value = *token.text == '-' ? -T{} : T{};
+  return isBelowOne(token) || badNumber(token, "out of range", place);
 }
 
 template bool readReal(const Token &, float &, const Place *);

@@ -41,14 +41,12 @@ ssize_t wmq_record2json(const eventRecord *record, int pretty, char **buffer, si
   }
 
   wmq::OutputText out{*buffer, *buffer == nullptr ? 0 : *capacity};
-  wmq::LevelMemory levels;
   bool written = false;
   if (pretty != 0) {
-    wmq::IndentingWriter writer(out, levels);
-    writer.SetIndent(' ', 2);
+    wmq::IndentingWriter writer(out);
     written = wmq::writeRecord(writer, *record, *layout);
   } else {
-    wmq::LineWriter writer(out, levels);
+    wmq::LineWriter writer(out);
     written = wmq::writeRecord(writer, *record, *layout);
   }
 

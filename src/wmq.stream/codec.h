@@ -179,6 +179,7 @@ constexpr RecordCodec recordCodec() {
 // The frames of the layout functions that the public headers declare.
 int writeFields(FILE *file, const RecordCodec &codec, const void *log, bool lineEnd);
 int readFields(const char *fields, const RecordCodec &codec, void *log, int32_t eventTime = 0);
+void releaseFields(const RecordCodec &codec, void *log);
 
 }  // namespace wmq
 

@@ -327,6 +327,11 @@ void parallelElements(Describer &io, const auto &log, int /*noMemory*/) {
   (placeTogether(io, arrayField<Count, Rest>(io, log, elementForm<std::remove_pointer_t<TypeOf<Rest>>>())), ...);
 }
 
+template <auto Count, auto Array>
+void completeNumbers(Describer &io, const auto &log) {
+  elements<Count, Array>(io, log);
+}
+
 constexpr const char *hostNote(HostRule rule) {
   if (rule.none == NoHosts::refused) return "a count of 0 is refused";
   if (!rule.expanded) return "read back compressed";
@@ -479,6 +484,11 @@ void stopIfZero(Describer &io, const auto &) {
 }
 
 inline void fromFirstField(Describer &io) { io.fromFirstField = true; }
+
+template <auto Count>
+void negativeFails(Describer &, const auto &) {}
+
+inline void withoutSkips(Describer &) {}
 
 inline void trailingBlank(Describer &io) {
   if (!io.out.fields.empty() && *io.out.fields.back().note == '\0') io.out.fields.back().note = "a blank follows";

@@ -1,60 +1,13 @@
 // The event stream: the frames of writing and reading.
-#include <cerrno>
-#include <cstdlib>
-#include <cstring>
-
 #include "wmq.stream/failure.h"
+#include "wmq.stream/line_format.h"
 #include "wmq.stream/line_parser.h"
 #include "wmq.stream/stream_file.h"
-#include "wmq.stream/type_table.h"
 
 namespace wmq {
 namespace {
 
-constexpr int kWritesPerCheck = 100;
-
 int nrecord = 0;  // lives as long as the process, whatever is opened and closed
-
-void putHeader(Writer &io, const EventType &type, int32_t eventTime) {
-  put(io, "\"");
-  put(io, std::string_view(type.name));
-  put(io, "\" \"" WMQ_FORMAT_VERSION "\"");
-  putInteger(io, eventTime);
-}
-
-// Builds the line of a type that the event stream writes. Types without fields leave wmq_errno as it was.
-void putLine(Writer &io, const EventType &type, eventRecord &record) {
-  nameType(type.name);
-  putHeader(io, type, record.eventTime);
-  if (type.body == Body::fields || type.body == Body::openLine) {
-    type.codec->write(io, &record.eventLog);
-    if (type.body == Body::fields) put(io, "\n");
-    wmq_errno = io.error;
-  } else if (io.error != 0) {
-    wmq_errno = io.error;
-  }
-}
-
-// Whether the event stream writes this type; if not, `result` is what the call returns.
-bool isWritable(const EventType &type, int &result) {
-  switch (type.body) {
-    case Body::fields:
-    case Body::openLine:
-    case Body::headerOnly:
-    case Body::sideStream:
-      return true;
-    case Body::dropped:
-      wmq_errno = 0;
-      result = 0;
-      return false;
-    default:
-      nameType(type.name);
-      noteFailure(nullptr, 0, "a type that the event stream writes");
-      wmq_errno = WMQE_BAD_EVENT;
-      result = -1;
-      return false;
-  }
-}
 
 }  // namespace
 
@@ -98,46 +51,20 @@ int wmq_writestream(eventRecord *record) {
     filesRemoved = wmq_errno == WMQE_FILES_REMOVED;
   }
 
-  const EventType &type = eventType(record->type);
-  int result = 0;
-  if (!isWritable(type, result)) return result;
-
   Writer &io = beginLine();
-  putLine(io, type, *record);
-  if (!append(*stream, io.text, io.size)) wmq_errno = WMQE_SYS;
+  int result = putEventLine(io, *record);
+  const bool lineWritten = io.size > 0;
+  if (lineWritten && !append(*stream, io.text, io.size)) {
+    wmq_errno = WMQE_SYS;
+    result = -1;
+  }
   finishLine(io);
-
-  if (wmq_errno != 0) return -1;
-  if (filesRemoved) wmq_errno = WMQE_FILES_REMOVED;
-  return 0;
+  if (result == 0 && lineWritten && filesRemoved) wmq_errno = WMQE_FILES_REMOVED;
+  return result;
 }
 
 int wmq_formatrecord(eventRecord *record, char **text, size_t *length) {
-  using namespace wmq;
-  if (record == nullptr || text == nullptr || length == nullptr) {
-    wmq_errno = WMQE_BAD_ARG;
-    return -1;
-  }
-  *text = nullptr;
-  *length = 0;
-  const EventType &type = eventType(record->type);
-  int result = 0;
-  if (!isWritable(type, result)) return result;
-
-  Writer &io = beginLine();
-  putLine(io, type, *record);
-  if (io.size > 0) {
-    *text = static_cast<char *>(std::malloc(io.size + 1));
-    if (*text != nullptr) {
-      std::memcpy(*text, io.text, io.size);
-      (*text)[io.size] = '\0';
-      *length = io.size;
-    } else {
-      wmq_errno = WMQE_NO_MEM;
-    }
-  }
-  finishLine(io);
-  return wmq_errno == 0 ? 0 : -1;
+  return wmq::formatLine(record, text, length, wmq::putEventLine);
 }
 
 eventRecord *wmq_readstream(int *lineNum) {

@@ -127,15 +127,22 @@ enum class Ranges {
   writtenOnly  // never read back
 };
 
-// What a host list of no hosts becomes when read. Where even that has an array, one is allocated for every
-// count, and for a negative one that fails.
-enum class NoHosts { nullArray, emptyArray, refused };
+// What a host list of no hosts becomes when read.
+enum class NoHosts {
+  nullArray,           // also for a negative count, which is kept
+  nullZeroCount,       // also for a negative count, which becomes 0
+  nullUnlessNegative,  // a negative count fails as an allocation would
+  emptyArray,          // likewise
+  refused              // likewise
+};
 
 struct HostRule {
-  bool countBefore = false;  // converted together with the numbers before it
+  bool countBefore = false;   // converted together with the numbers before it
+  bool countWritten = false;  // and written there
   NoHosts none = NoHosts::nullArray;
-  bool compressed = true;  // when written
-  bool expanded = true;    // when read
+  bool compressed = true;   // when written
+  bool expanded = true;     // when read
+  bool keepsCount = false;  // when a name fails: null slots follow those that were read
 };
 
 }  // namespace wmq

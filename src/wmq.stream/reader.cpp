@@ -222,7 +222,12 @@ void readHosts(Reader &io, const char *countField, const char *field, int32_t &c
   if (io.error != 0) return;
   if (count == 0 && rule.none == NoHosts::refused)
     return fail(io, WMQE_BAD_FORMAT, countField, "at least one host");
-  if (count > 0 || rule.none != NoHosts::nullArray) readStrings(io, field, count, array);
+  if (count < 0 && rule.none == NoHosts::nullZeroCount) count = 0;
+  const bool allocates = count > 0 || rule.none == NoHosts::emptyArray ||
+                         (count < 0 && rule.none != NoHosts::nullArray && rule.none != NoHosts::nullZeroCount);
+  const int32_t asRead = count;
+  if (allocates) readStrings(io, field, count, array);
+  if (rule.keepsCount && array != nullptr) count = asRead;
   if (rule.expanded) expand(io, field, count, array);
 }
 

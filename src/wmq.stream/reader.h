@@ -28,6 +28,7 @@ struct Reader {
   int32_t eventTime;
   int error = 0;       // kStopped: the rest of the line is not read, with success
   int remembered = 0;  // an error that counts only when no other follows
+  bool skips = true;   // one character behind every field
   int64_t hostsLeft = kMaxHosts;
 };
 
@@ -48,7 +49,7 @@ inline constexpr size_t leastBytes<char *> = 3;
 // ------------------------------------------------------------------ primitives
 
 void fail(Reader &io, int error, const char *field, const char *expected);
-inline void skipBlank(Reader &io) { io.cursor += io.cursor < io.end; }
+inline void skipBlank(Reader &io) { io.cursor += io.skips && io.cursor < io.end; }
 
 // Convert at the cursor and leave it right behind; false, with the cursor where it was, if nothing converts.
 bool scan(Reader &io, int64_t &value);
@@ -344,6 +345,21 @@ void hosts(Reader &io, auto &log, const When &when = always) {
   log.*Count = count;
 }
 
+// The array reaches the record only when it is complete.
+template <auto Count, auto Array>
+void completeNumbers(Reader &io, auto &log) {
+  if (io.error != 0 || log.*Count <= 0) return;
+  using Element = std::remove_pointer_t<TypeOf<Array>>;
+  auto *array = static_cast<Element *>(allocateElements(io, nameOf<Array>, log.*Count, sizeof(Element),
+                                                        leastBytes<Element>, WMQE_NO_MEM));
+  for (int64_t i = 0; io.error == 0 && i < log.*Count; ++i) element(io, nameOf<Array>, array[i]);
+  if (io.error == 0) {
+    log.*Array = array;
+  } else {
+    std::free(array);
+  }
+}
+
 template <auto Count, auto Array, auto OtherCount, auto Other>
 void hostsUnlessCopy(Reader &io, auto &log, const auto &when) {
   if (io.error != 0) return;
@@ -464,6 +480,17 @@ void stopIfZero(Reader &io, const auto &log) {
 inline void fromFirstField(Reader &io) {
   if (io.error == 0) io.cursor = io.fields;
 }
+
+// Where an array is allocated for every count, a negative one fails as the allocation would.
+template <auto Count>
+void negativeFails(Reader &io, auto &log) {
+  if (io.error != 0 || log.*Count >= 0) return;
+  log.*Count = 0;
+  fail(io, WMQE_NO_MEM, nameOf<Count>, "a count that is not negative");
+}
+
+// Numbers follow one another directly: the next one skips its own blanks.
+inline void withoutSkips(Reader &io) { io.skips = false; }
 
 inline void trailingBlank(Reader &) {}
 

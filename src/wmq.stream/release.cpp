@@ -5,6 +5,11 @@
 
 namespace wmq {
 
+void releaseFields(const RecordCodec &codec, void *log) {
+  Releaser io{};
+  if (log != nullptr) codec.release(io, log);
+}
+
 static void releaseRecord(eventRecord *record, bool kept) {
   if (record == nullptr) return;
   const RecordCodec *codec = eventType(record->type).codec;

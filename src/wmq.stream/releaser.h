@@ -25,6 +25,7 @@ void releaseStrings(int64_t count, char **&array);
 void releaseNamedValues(namedValueList *&list);
 void releaseAffinity(affinityAlloc *&allocation);
 void releaseSubmitExt(submitExt *&extension);
+void releaseNetwork(int32_t &count, networkAlloc *&allocations);
 
 // ----------------------------------------------------------------------- verbs
 
@@ -106,6 +107,10 @@ void parallelElements(Releaser &io, auto &log, int /*noMemory*/) {
   (release(log.*Arrays), ...);
   log.*Count = 0;
 }
+template <auto Count, auto Array>
+void completeNumbers(Releaser &io, auto &log) {
+  elements<Count, Array>(io, log);
+}
 template <auto Count, auto Array, HostRule Rule = HostRule{}>
 void hosts(Releaser &io, auto &log, const auto &...) {
   elements<Count, Array>(io, log);
@@ -174,6 +179,11 @@ void fixedNumbers(Releaser &, const auto &, const auto & /*when*/) {}
 template <auto M>
 void stopIfZero(Releaser &, const auto &) {}
 inline void fromFirstField(Releaser &) {}
+template <auto Count>
+void negativeFails(Releaser &, const auto &) {}
+
+inline void withoutSkips(Releaser &) {}
+
 inline void trailingBlank(Releaser &) {}
 
 }  // namespace wmq

@@ -150,14 +150,25 @@ bool writeEndOfStream(const streamFile &file) {
   return append(file, line, static_cast<size_t>(length));
 }
 
+// A copy, but for a default path that is used as it is.
+char *pathOf(const StreamKind &kind, const char *fileName) {
+  if (fileName != nullptr) return putstr_(fileName);
+  return kind.keepsDefaultPath ? const_cast<char *>(kind.defaultPath) : putstr_(kind.defaultPath);
+}
+
 int64_t systemTime() { return std::time(nullptr); }
 
 }  // namespace
 
 constinit Clock *currentTime = systemTime;
 
-const StreamKind eventStreamKind{"stream", "/tmp/wmq.stream", "wmq_openstream()", "resetstream()",
-                                 "wmq_closestream()"};
+const StreamKind eventStreamKind{.noun = "stream",
+                                 .defaultPath = "/tmp/wmq.stream",
+                                 .openLabel = "wmq_openstream()",
+                                 .resetLabel = "resetstream()",
+                                 .closeLabel = "wmq_closestream()",
+                                 .type = 0,
+                                 .keepsDefaultPath = false};
 
 constinit streamFile *stream = nullptr;
 
@@ -204,7 +215,7 @@ int checkstreamfilenum(const char *fileName, int32_t maxFileNum) {
 
 streamFile *openFile(const StreamKind &kind, const char *fileName, const streamParams &params) {
   auto *file = static_cast<streamFile *>(std::calloc(1, sizeof(streamFile)));
-  char *const name = file == nullptr ? nullptr : putstr_(fileName != nullptr ? fileName : kind.defaultPath);
+  char *const name = file == nullptr ? nullptr : pathOf(kind, fileName);
   if (name == nullptr) {
     std::free(file);
     wmq_errno = WMQE_NO_MEM;
@@ -220,7 +231,7 @@ streamFile *openFile(const StreamKind &kind, const char *fileName, const streamP
   if (file->fp == nullptr || chmod(name, kMode) != 0) {
     const int reason = errno;
     if (file->fp != nullptr) std::fclose(file->fp);
-    std::free(name);
+    if (fileName != nullptr || !kind.keepsDefaultPath) std::free(name);
     std::free(file);
     errno = reason;
     wmq_errno = WMQE_SYS;
@@ -236,7 +247,8 @@ void closeFile(streamFile *file) {
   reportState(*file, file->kind->closeLabel, "closed");
   std::memset(tracebuf, 0, sizeof tracebuf);
   resetLines(file->lines);
-  std::free(file->fileName);
+  if (!file->kind->keepsDefaultPath || std::strcmp(file->fileName, file->kind->defaultPath) != 0)
+    std::free(file->fileName);
   std::free(file);
 }
 

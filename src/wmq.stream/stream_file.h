@@ -17,6 +17,8 @@ struct StreamKind {
   const char *openLabel;
   const char *resetLabel;
   const char *closeLabel;
+  int32_t type;          // the one type that a side stream carries; 0 for the event stream
+  bool keepsDefaultPath;  // never copied when used, and a copy of it given by the caller is never released
 };
 
 struct streamFile {

@@ -17,7 +17,6 @@ enum class Body {
   headerOnly,  // header, and nothing behind it
   sideStream,  // fields on its own stream and when read; the event stream writes the bare header
   elsewhere,   // readable, but the event stream refuses to write it
-  later,       // named, without a layout yet: refused by writer and reader
 };
 
 struct EventType {

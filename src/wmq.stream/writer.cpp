@@ -85,6 +85,26 @@ void putFixed(Writer &io, double value, int width, int precision) {
   io.size = static_cast<size_t>(formatFixed(out + 1, value, width, precision) - io.text);
 }
 
+void putQuotedInteger(Writer &io, int64_t value) {
+  char *out = room(io, 24);
+  if (out == nullptr) return;
+  *out++ = ' ';
+  *out++ = '"';
+  out = formatInt64(out, value);
+  *out++ = '"';
+  io.size = static_cast<size_t>(out - io.text);
+}
+
+void putQuotedFixed(Writer &io, double value, int precision) {
+  char *out = room(io, 403);
+  if (out == nullptr) return;
+  *out++ = ' ';
+  *out++ = '"';
+  out = formatFixed(out, value, 1, precision);
+  *out++ = '"';
+  io.size = static_cast<size_t>(out - io.text);
+}
+
 void putQuoted(Writer &io, const char *text) {
   const size_t length = text ? std::strlen(text) : 0;
   char *out = room(io, 2 * length + 3);
@@ -98,12 +118,22 @@ bool arrayGiven(Writer &io, int64_t count, const void *array, const char *field)
   return io.error == 0;
 }
 
+static bool hostsGiven(Writer &io, int32_t count, char *const *hosts, const char *field) {
+  if (count < 0) fail(io, WMQE_SYS, field, "a count of 0 or more");
+  return arrayGiven(io, count, hosts, field);
+}
+
 // Compresses while writing: unlike compressHostList this needs no memory of its own and cannot fail.
-void putHosts(Writer &io, int32_t count, char *const *hosts, const char *field) {
-  if (count < 0) return fail(io, WMQE_SYS, field, "a count of 0 or more");
-  if (!arrayGiven(io, count, hosts, field)) return;
-  if (char *out = room(io, hostListRoom(count, hosts)))
-    io.size = static_cast<size_t>(hostListInto(out, count, hosts) - io.text);
+void putHosts(Writer &io, int32_t count, char *const *hosts, const char *field, bool withCount) {
+  if (!hostsGiven(io, count, hosts, field)) return;
+  char *const out = room(io, hostListRoom(count, hosts));
+  if (out == nullptr) return;
+  char *const end = withCount ? hostListInto(out, count, hosts) : hostNamesInto(out, count, hosts);
+  io.size = static_cast<size_t>(end - io.text);
+}
+
+void putCompressedCount(Writer &io, int32_t count, char *const *hosts, const char *field) {
+  if (hostsGiven(io, count, hosts, field)) putInteger(io, compressedHosts(count, hosts));
 }
 
 void putUsage(Writer &io, const wmxRusage &usage) {

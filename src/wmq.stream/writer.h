@@ -35,8 +35,11 @@ void put(Writer &io, const char *text, size_t length);
 inline void put(Writer &io, std::string_view text) { put(io, text.data(), text.size()); }
 void putInteger(Writer &io, int64_t value);                           // behind a blank
 void putFixed(Writer &io, double value, int width, int precision);    // behind a blank
+void putQuotedInteger(Writer &io, int64_t value);                     // behind a blank, in quotes
+void putQuotedFixed(Writer &io, double value, int precision);         // behind a blank, in quotes
 void putQuoted(Writer &io, const char *text);                         // behind a blank; null as ""
-void putHosts(Writer &io, int32_t count, char *const *hosts, const char *field);
+void putHosts(Writer &io, int32_t count, char *const *hosts, const char *field, bool withCount = true);
+void putCompressedCount(Writer &io, int32_t count, char *const *hosts, const char *field);
 void putUsage(Writer &io, const wmxRusage &usage);
 void putSubmitExt(Writer &io, const submitExt *extension);
 void putNamedValues(Writer &io, const namedValueList *list);
@@ -132,7 +135,7 @@ void newlinesToBlanks(Writer &io, auto &log, const When &when = always) {
 }
 
 template <auto Count, auto Array>
-void elements(Writer &io, auto &log) {
+void elements(Writer &io, const auto &log, int /*noMemory*/ = 0) {
   if (!arrayGiven(io, log.*Count, log.*Array, nameOf<Array>)) return;
   for (int64_t i = 0; i < log.*Count && io.error == 0; ++i) element(io, (log.*Array)[i]);
 }
@@ -170,10 +173,16 @@ template <auto Count, auto Array, HostRule Rule = HostRule{}, typename When = Ga
 void hosts(Writer &io, const auto &log, const When &when = always) {
   if (!isWritten(log, when)) return;
   if constexpr (Rule.compressed) {
-    putHosts(io, static_cast<int32_t>(log.*Count), log.*Array, nameOf<Array>);
+    putHosts(io, static_cast<int32_t>(log.*Count), log.*Array, nameOf<Array>, !Rule.countWritten);
   } else {
+    if constexpr (!Rule.countBefore) putInteger(io, log.*Count);
     elements<Count, Array>(io, log);
   }
+}
+
+template <auto Count, auto Array>
+void completeNumbers(Writer &io, const auto &log) {
+  elements<Count, Array>(io, log);
 }
 
 template <auto Count, auto Array, auto OtherCount, auto Other>
@@ -259,6 +268,11 @@ template <auto M>
 void stopIfZero(Writer &, const auto &) {}
 
 inline void fromFirstField(Writer &) {}
+
+template <auto Count>
+void negativeFails(Writer &, const auto &) {}
+
+inline void withoutSkips(Writer &) {}
 
 inline void trailingBlank(Writer &io) { put(io, " "); }
 

@@ -64,7 +64,10 @@ std::string writtenLine(eventRecord &record) {
   char *text = nullptr;
   size_t length = 0;
   wmq_errno = 0;
-  EXPECT_EQ(wmq_formatrecord(&record, &text, &length), 0) << wmq_errno << ' ' << wmq_errdetail();
+  const auto format = record.type == EVENT_JOB_STATUS2           ? wmq_formatstatus
+                      : record.type == EVENT_JOB_PENDING_REASONS ? wmq_formatpendingreasons
+                                                                 : wmq_formatrecord;
+  EXPECT_EQ(format(&record, &text, &length), 0) << wmq_errno << ' ' << wmq_errdetail();
   std::string line(text ? text : "", length);
   std::free(text);
   if (!line.empty() && line.back() == '\n') line.pop_back();

@@ -1,0 +1,172 @@
+// The status and pending-reasons streams: each carries one type only, and drops most others without a word.
+#include <cerrno>
+#include <cstring>
+
+#include "wmq.stream/failure.h"
+#include "wmq.stream/line_format.h"
+#include "wmq.stream/line_parser.h"
+#include "wmq.stream/stream_file.h"
+#include "wmq.stream/type_table.h"
+
+namespace wmq {
+namespace {
+
+constexpr StreamKind statusKind{.noun = "status",
+                                .defaultPath = "/tmp/wmq.status",
+                                .openLabel = "wmq_openstatus()",
+                                .resetLabel = "resetstatus()",
+                                .closeLabel = "wmq_closestatus()",
+                                .type = EVENT_JOB_STATUS2,
+                                .keepsDefaultPath = false};
+constexpr StreamKind pendingReasonsKind{.noun = "pendingreasons",
+                                        .defaultPath = "/tmp/wmq.pendingreasons",
+                                        .openLabel = "wmq_openpendingreasons()",
+                                        .resetLabel = "resetpendingreasons()",
+                                        .closeLabel = "wmq_closependingreasons()",
+                                        .type = EVENT_JOB_PENDING_REASONS,
+                                        .keepsDefaultPath = true};
+
+struct SideStream {
+  const StreamKind &kind;
+  streamFile *file = nullptr;
+  int writes = 0;  // since the last check; lives as long as the process
+};
+
+SideStream status{.kind = statusKind};
+SideStream pendingreasons{.kind = pendingReasonsKind};
+
+int failArgument() {
+  wmq_errno = WMQE_BAD_ARG;
+  return -1;
+}
+
+eventRecord *read(SideStream &side, int *lineNum) {
+  if (lineNum == nullptr) {
+    if (side.file != nullptr) resetLines(side.file->lines);
+    return nullptr;
+  }
+  if (side.file == nullptr) {
+    failArgument();
+    return nullptr;
+  }
+  ++*lineNum;
+  const Line line = nextRecordLine(*side.file);
+  if (line.text == nullptr) return nullptr;
+  dropKeptRecord();
+  return keepRecord(parsestreamlineMT(line.text, line.length));
+}
+
+int close(SideStream &side) {
+  if (side.file == nullptr) return -1;
+  if (side.file->fp != nullptr) {
+    skipToEnd(side.file->lines, fileno(side.file->fp));
+    for (int lineNum = 0; read(side, &lineNum) != nullptr;) {
+    }
+  }
+  closeFile(side.file);
+  side.file = nullptr;
+  return 0;
+}
+
+// Unlike the event stream, another path, or none, closes what is open and opens anew.
+int open(SideStream &side, const streamParams *params, char *streamParams::*pathMember) {
+  if (params == nullptr) return failArgument();
+  const char *const path = params->*pathMember;
+  if (side.file != nullptr) {
+    if (path != nullptr && std::strcmp(path, side.file->fileName) == 0) return 0;
+    close(side);
+  }
+  side.file = openFile(side.kind, path, *params);
+  return side.file != nullptr ? 0 : -1;
+}
+
+// Types that a side stream refuses. All others but its own are dropped with success.
+bool isRefused(int32_t type, const StreamKind &kind) {
+  switch (type) {
+    case 0:
+    case EVENT_JOB_STATUS:
+    case 31:
+    case 33:
+    case 50:
+    case EVENT_END_OF_STREAM:
+    case 59:
+    case EVENT_JOB_RESIZE:
+    case 66:
+    case 67:
+    case EVENT_JOB_PENDING_REASONS:
+    case 76:
+      return type != kind.type;
+    default:
+      return type < 0 || type > WMQ_MAX_EVENT_TYPE;
+  }
+}
+
+int write(SideStream &side, eventRecord *record) {
+  if (side.file == nullptr || side.file->fp == nullptr) return -1;
+  if (record == nullptr) return failArgument();
+  if (++side.writes == kWritesPerCheck) {
+    side.writes = 0;
+    if (const int result = resetstream(*side.file); result < 0) return result;
+  }
+  Writer &io = beginLine();
+  int result = putSideLine(io, *record, side.kind);
+  if (io.size > 0 && !append(*side.file, io.text, io.size)) {
+    wmq_errno = WMQE_SYS;
+    result = -1;
+  }
+  finishLine(io);
+  return result;
+}
+
+}  // namespace
+
+int putSideLine(Writer &io, eventRecord &record, const StreamKind &kind) {
+  if (isRefused(record.type, kind)) {
+    nameType(eventType(record.type).name);
+    noteFailure(nullptr, 0, "a type that this stream does not refuse");
+    wmq_errno = WMQE_BAD_EVENT;
+    return -1;
+  }
+  if (record.type != kind.type) {
+    wmq_errno = 0;
+    return 0;
+  }
+  putFields(io, eventType(record.type), record);
+  wmq_errno = io.error;
+  return io.error == 0 ? 0 : -1;
+}
+
+}  // namespace wmq
+
+int wmq_openstatus(const streamParams *params) {
+  return wmq::open(wmq::status, params, &streamParams::statusFileName);
+}
+
+int wmq_writestatus(eventRecord *record) { return wmq::write(wmq::status, record); }
+
+eventRecord *wmq_readstatus(int *lineNum) { return wmq::read(wmq::status, lineNum); }
+
+int wmq_closestatus(void) { return wmq::close(wmq::status); }
+
+int wmq_checkstatusfilenum(const char *path, int32_t fileCount) { return wmq::checkstreamfilenum(path, fileCount); }
+
+int wmq_formatstatus(eventRecord *record, char **text, size_t *length) {
+  return wmq::formatLine(record, text, length,
+                         [](wmq::Writer &io, eventRecord &line) { return wmq::putSideLine(io, line, wmq::statusKind); });
+}
+
+int wmq_openpendingreasons(const streamParams *params) {
+  return wmq::open(wmq::pendingreasons, params, &streamParams::pendingReasonsFileName);
+}
+
+int wmq_writependingreasons(eventRecord *record) { return wmq::write(wmq::pendingreasons, record); }
+
+eventRecord *wmq_readpendingreasons(int *lineNum) { return wmq::read(wmq::pendingreasons, lineNum); }
+
+int wmq_closependingreasons(void) { return wmq::close(wmq::pendingreasons); }
+
+int wmq_formatpendingreasons(eventRecord *record, char **text, size_t *length) {
+  return wmq::formatLine(record, text, length, [](wmq::Writer &io, eventRecord &line) {
+    return wmq::putSideLine(io, line, wmq::pendingReasonsKind);
+  });
+}
