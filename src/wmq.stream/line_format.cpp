@@ -60,7 +60,18 @@ int putEventLine(Writer &io, eventRecord &record) {
   return wmq_errno == 0 ? 0 : -1;
 }
 
-int formatLine(eventRecord *record, char **text, size_t *length, int (*putLine)(Writer &io, eventRecord &record)) {
+int writeFields(FILE *file, const RecordCodec &codec, const void *log, bool lineEnd) {
+  if (file == nullptr || log == nullptr) return WMQE_BAD_ARG;
+  nameType(nullptr);
+  Writer &io = beginLine();
+  codec.write(io, const_cast<void *>(log));
+  if (lineEnd) put(io, "\n");
+  const int result = handOver(io, file);
+  finishLine(io);
+  return result;
+}
+
+int formatLine(eventRecord *record, char **text, size_t *length, PutLine *putLine) {
   if (record == nullptr || text == nullptr || length == nullptr) {
     wmq_errno = WMQE_BAD_ARG;
     return -1;

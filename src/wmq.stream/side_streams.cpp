@@ -1,11 +1,9 @@
 // The status and pending-reasons streams: each carries one type only, and drops most others without a word.
-#include <cerrno>
 #include <cstring>
 
 #include "wmq.stream/failure.h"
 #include "wmq.stream/line_format.h"
-#include "wmq.stream/line_parser.h"
-#include "wmq.stream/stream_file.h"
+#include "wmq.stream/stream_frames.h"
 #include "wmq.stream/type_table.h"
 
 namespace wmq {
@@ -35,46 +33,16 @@ struct SideStream {
 SideStream status{.kind = statusKind};
 SideStream pendingreasons{.kind = pendingReasonsKind};
 
-int failArgument() {
-  wmq_errno = WMQE_BAD_ARG;
-  return -1;
-}
-
-eventRecord *read(SideStream &side, int *lineNum) {
-  if (lineNum == nullptr) {
-    if (side.file != nullptr) resetLines(side.file->lines);
-    return nullptr;
-  }
-  if (side.file == nullptr) {
-    failArgument();
-    return nullptr;
-  }
-  ++*lineNum;
-  const Line line = nextRecordLine(*side.file);
-  if (line.text == nullptr) return nullptr;
-  dropKeptRecord();
-  return keepRecord(parsestreamlineMT(line.text, line.length));
-}
-
-int close(SideStream &side) {
-  if (side.file == nullptr) return -1;
-  if (side.file->fp != nullptr) {
-    skipToEnd(side.file->lines, fileno(side.file->fp));
-    for (int lineNum = 0; read(side, &lineNum) != nullptr;) {
-    }
-  }
-  closeFile(side.file);
-  side.file = nullptr;
-  return 0;
-}
-
 // Unlike the event stream, another path, or none, closes what is open and opens anew.
 int open(SideStream &side, const streamParams *params, char *streamParams::*pathMember) {
-  if (params == nullptr) return failArgument();
+  if (params == nullptr) {
+    wmq_errno = WMQE_BAD_ARG;
+    return -1;
+  }
   const char *const path = params->*pathMember;
   if (side.file != nullptr) {
     if (path != nullptr && std::strcmp(path, side.file->fileName) == 0) return 0;
-    close(side);
+    closeStream(side.file);
   }
   side.file = openFile(side.kind, path, *params);
   return side.file != nullptr ? 0 : -1;
@@ -101,25 +69,6 @@ bool isRefused(int32_t type, const StreamKind &kind) {
   }
 }
 
-int write(SideStream &side, eventRecord *record) {
-  if (side.file == nullptr || side.file->fp == nullptr) return -1;
-  if (record == nullptr) return failArgument();
-  if (++side.writes == kWritesPerCheck) {
-    side.writes = 0;
-    if (const int result = resetstream(*side.file); result < 0) return result;
-  }
-  Writer &io = beginLine();
-  int result = putSideLine(io, *record, side.kind);
-  if (io.size > 0 && !append(*side.file, io.text, io.size)) {
-    wmq_errno = WMQE_SYS;
-    result = -1;
-  }
-  finishLine(io);
-  return result;
-}
-
-}  // namespace
-
 int putSideLine(Writer &io, eventRecord &record, const StreamKind &kind) {
   if (isRefused(record.type, kind)) {
     nameType(eventType(record.type).name);
@@ -136,37 +85,45 @@ int putSideLine(Writer &io, eventRecord &record, const StreamKind &kind) {
   return io.error == 0 ? 0 : -1;
 }
 
+int putStatusLine(Writer &io, eventRecord &record) { return putSideLine(io, record, statusKind); }
+int putPendingReasonsLine(Writer &io, eventRecord &record) { return putSideLine(io, record, pendingReasonsKind); }
+
+}  // namespace
 }  // namespace wmq
 
 int wmq_openstatus(const streamParams *params) {
   return wmq::open(wmq::status, params, &streamParams::statusFileName);
 }
 
-int wmq_writestatus(eventRecord *record) { return wmq::write(wmq::status, record); }
+int wmq_writestatus(eventRecord *record) {
+  bool filesRemoved = false;
+  return wmq::writeRecord(wmq::status.file, wmq::status.writes, record, wmq::putStatusLine, filesRemoved);
+}
 
-eventRecord *wmq_readstatus(int *lineNum) { return wmq::read(wmq::status, lineNum); }
+eventRecord *wmq_readstatus(int *lineNum) { return wmq::readRecord(wmq::status.file, lineNum); }
 
-int wmq_closestatus(void) { return wmq::close(wmq::status); }
+int wmq_closestatus(void) { return wmq::closeStream(wmq::status.file); }
 
 int wmq_checkstatusfilenum(const char *path, int32_t fileCount) { return wmq::checkstreamfilenum(path, fileCount); }
 
 int wmq_formatstatus(eventRecord *record, char **text, size_t *length) {
-  return wmq::formatLine(record, text, length,
-                         [](wmq::Writer &io, eventRecord &line) { return wmq::putSideLine(io, line, wmq::statusKind); });
+  return wmq::formatLine(record, text, length, wmq::putStatusLine);
 }
 
 int wmq_openpendingreasons(const streamParams *params) {
   return wmq::open(wmq::pendingreasons, params, &streamParams::pendingReasonsFileName);
 }
 
-int wmq_writependingreasons(eventRecord *record) { return wmq::write(wmq::pendingreasons, record); }
+int wmq_writependingreasons(eventRecord *record) {
+  bool filesRemoved = false;
+  return wmq::writeRecord(wmq::pendingreasons.file, wmq::pendingreasons.writes, record, wmq::putPendingReasonsLine,
+                          filesRemoved);
+}
 
-eventRecord *wmq_readpendingreasons(int *lineNum) { return wmq::read(wmq::pendingreasons, lineNum); }
+eventRecord *wmq_readpendingreasons(int *lineNum) { return wmq::readRecord(wmq::pendingreasons.file, lineNum); }
 
-int wmq_closependingreasons(void) { return wmq::close(wmq::pendingreasons); }
+int wmq_closependingreasons(void) { return wmq::closeStream(wmq::pendingreasons.file); }
 
 int wmq_formatpendingreasons(eventRecord *record, char **text, size_t *length) {
-  return wmq::formatLine(record, text, length, [](wmq::Writer &io, eventRecord &line) {
-    return wmq::putSideLine(io, line, wmq::pendingReasonsKind);
-  });
+  return wmq::formatLine(record, text, length, wmq::putPendingReasonsLine);
 }
