@@ -1,0 +1,39 @@
+gzip and zstd are told by content, whatever the name.
+
+  $ printf '"JOB_VACATED" "10.1" 5\n' > plain
+  $ gzip -c plain > packed.txt
+  $ zstd -q -c plain > packed.log
+  $ wmq decode plain packed.txt packed.log
+  {"type":"JOB_VACATED","code":30,"version":"10.1","eventTime":5,"eventLog":{}}
+  {"type":"JOB_VACATED","code":30,"version":"10.1","eventTime":5,"eventLog":{}}
+  {"type":"JOB_VACATED","code":30,"version":"10.1","eventTime":5,"eventLog":{}}
+  $ wmq decode < packed.txt
+  {"type":"JOB_VACATED","code":30,"version":"10.1","eventTime":5,"eventLog":{}}
+  $ cat packed.log packed.log | wmq decode
+  {"type":"JOB_VACATED","code":30,"version":"10.1","eventTime":5,"eventLog":{}}
+  {"type":"JOB_VACATED","code":30,"version":"10.1","eventTime":5,"eventLog":{}}
+  $ cat packed.txt packed.txt > twice
+  $ wmq stats twice | head -n 1
+  Stream        1 file, 2 records, 46 bytes, 0 malformed lines
+
+JSON may be packed too.
+
+  $ wmq decode plain | gzip | wmq encode
+  "JOB_VACATED" "10.1" 5 (no line end)
+
+Data that is cut short or damaged is reported behind the lines that could be read.
+
+  $ head -c 30 packed.txt > short
+  $ wmq decode short 2>&1 | tail -n 1
+  short:2: error 46 WMQE_BAD_FORMAT: gzip data is cut short
+  [1]
+  $ head -c 20 packed.log > short
+  $ wmq decode short 2>&1 | tail -n 1
+  short:2: error 46 WMQE_BAD_FORMAT: zstd data is cut short
+  [1]
+  $ (cat packed.txt; echo rest) > longer
+  $ wmq decode longer plain
+  longer:2: error 46 WMQE_BAD_FORMAT: gzip data: incorrect header check
+  {"type":"JOB_VACATED","code":30,"version":"10.1","eventTime":5,"eventLog":{}}
+  {"type":"JOB_VACATED","code":30,"version":"10.1","eventTime":5,"eventLog":{}}
+  [1]

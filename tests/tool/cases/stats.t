@@ -1,0 +1,106 @@
+Two rotated files and the current one, given in the wrong order.
+
+  $ cat > trace.swf <<'END'
+  > ; UnixStartTime: 957000000
+  > ; MaxNodes: 2
+  > ; MaxProcs: 8
+  > ; Queue: 1 long
+  > ; Queue: 2 short
+  > 1   0    5 3600 8 -1 -1 8 -1 -1 1 1 -1 -1 1 -1 -1 -1
+  > 2  10   15  600 4 -1 -1 4 -1 -1 0 2 -1 -1 2 -1 -1 -1
+  > 3  20 3700   60 2 -1 -1 2 -1 -1 1 2 -1 -1 2 -1 -1 -1
+  > 4  30  100   -1 1 -1 -1 1 -1 -1 5 3 -1 -1 2 -1 -1 -1
+  > END
+  $ wmq replay trace.swf -o whole
+  4 jobs, 22 records, 0 faults
+  $ head -n 9 whole > stream.100
+  $ sed -n 10,15p whole > stream.101
+  $ echo '"END_OF_STREAM" "10.1" 1700000000' >> stream.101
+  $ tail -n +16 whole > stream
+  $ wmq stats stream stream.101 stream.100
+  Stream        3 files, 23 records, 3,636 bytes, 0 malformed lines
+  Time span     2000-04-29T09:20:00Z to 2000-04-29T10:23:00Z, 1:03:00
+  Versions      10.1 (23 records)
+  Jobs          4: 4 ended (1 without a start), 0 running, 0 waiting
+  Users         3
+  Queues        2
+  Run time      4,260 seconds in all
+  Core-hours    8.7
+  Wait time     median 0:00:15, 95th percentile 1:01:40
+  
+  Type           Records  Bytes
+  JOB_NEW              4  1,119  ██████▏
+  JOB_START            3    359  ██
+  JOB_STATUS          11    940  █████▏
+  JOB_FINISH           4  1,184  ██████▌
+  END_OF_STREAM        1     34  ▏
+  
+  Queue  Jobs  Wait median  Wait 95 %  Core-hours
+  long      1      0:00:05    0:00:05         8.0  ██████████████████▍
+  short     3      0:00:15    1:01:40         0.7  █▋
+  
+  User   Jobs  Wait median  Wait 95 %  Core-hours
+  user1     1      0:00:05    0:00:05         8.0  ██████████████████▍
+  user2     2      0:00:15    1:01:40         0.7  █▋
+  user3     1            -          -         0.0
+  
+  Exit status  Meaning      Jobs
+            0  success         2  ██████████
+           15  signal 15       1  █████
+          256  exit code 1     1  █████
+
+Order does not matter, nor do packing and pipes.
+
+  $ wmq stats stream.100 stream.101 stream > expected
+  $ zstd -q stream.101
+  $ gzip stream.100
+  $ wmq stats <(cat stream) stream.101.zst stream.100.gz | cmp - expected
+  $ (zcat stream.100.gz; zstdcat stream.101.zst; cat stream) | wmq stats | tail -n +2 | cmp - <(tail -n +2 expected)
+
+Jobs that have not ended are waiting or running.
+
+  $ head -n 9 whole | wmq stats | sed -n '/^Jobs/,/^Wait/p'
+  Jobs          3: 0 ended (0 without a start), 2 running, 1 waiting
+  Users         2
+  Queues        2
+  Run time      0 seconds in all
+  Core-hours    0.0
+  Wait time     median 0:00:05, 95th percentile 0:00:15
+
+A program gets numbers.
+
+  $ wmq stats --json whole | jq -c 'del(.types, .versions, .queues, .biggestUsers)'
+  {"files":1,"records":22,"bytes":3602,"malformedLines":0,"otherLines":0,"firstTime":957000000,"lastTime":957003780,"jobs":4,"coreHours":8.7,"wait":{"jobs":3,"median":15,"percentile95":3700,"exact":true},"waiting":0,"running":0,"ended":4,"endedWithoutStart":1,"runSeconds":4260,"users":3,"exitStatuses":[{"exitStatus":0,"meaning":"success","jobs":2},{"exitStatus":15,"meaning":"signal 15","jobs":1},{"exitStatus":256,"meaning":"exit code 1","jobs":1}]}
+  $ wmq stats --json whole | jq -c '.queues[]'
+  {"name":"long","jobs":1,"coreHours":8,"wait":{"jobs":1,"median":5,"percentile95":5,"exact":true}}
+  {"name":"short","jobs":3,"coreHours":0.7,"wait":{"jobs":2,"median":15,"percentile95":3700,"exact":true}}
+
+Malformed lines are reported and counted, others only counted.
+
+  $ printf '# comment\n\nnonsense\n"JOB_VACATED" "3.0" 5\n' | wmq stats 2> faults
+  Stream        1 file, 1 record, 22 bytes, 1 malformed line, 2 other lines
+  Time span     1970-01-01T00:00:05Z to 1970-01-01T00:00:05Z, 0:00:00
+  Versions      3.0 (1 record)
+  
+  Type         Records  Bytes
+  JOB_VACATED        1     22  ████████████████████
+  [1]
+  $ cut -d : -f 1-3 faults
+  -:3: error 46 WMQE_BAD_FORMAT
+  $ wmq stats /dev/null
+  Stream        1 file, 0 records, 0 bytes, 0 malformed lines
+  $ wmq stats missing
+  wmq: missing: No such file or directory
+  Stream        1 file, 0 records, 0 bytes, 0 malformed lines
+  [3]
+
+Names are shown as a terminal can take them, and survive in JSON.
+
+  $ sed 's/user1/\x1b[31m\xff/g' whole > named
+  $ wmq stats named | grep -a '31m'
+  \x1b[31m\xff     1      0:00:05    0:00:05         8.0  ██████████████████▍
+  $ wmq stats --json named | grep -o '"name":"[^"]*31m[^"]*"'
+  "name":"\u001b[31m\udcff"
+  $ wmq stats whole > /dev/full
+  wmq: standard output: No space left on device
+  [3]

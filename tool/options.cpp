@@ -1,0 +1,65 @@
+#include "options.h"
+
+#include <limits>
+
+#include "times.h"
+
+namespace wmq::tool {
+
+namespace {
+
+// Decimal digits and perhaps a unit: "4194304", "4096K", "4M".
+int32_t sizeFromText(const std::string &option, const std::string &text) {
+  size_t digits = text.find_first_not_of("0123456789");
+  std::string unit = digits == std::string::npos ? "" : text.substr(digits);
+  int shift = unit.empty() ? 0 : unit == "K" ? 10 : unit == "M" ? 20 : unit == "G" ? 30 : -1;
+  constexpr int64_t most = std::numeric_limits<int32_t>::max();
+  int64_t size = 0;
+  bool fits = digits != 0 && !text.empty() && shift >= 0;
+  for (char c : text.substr(0, digits)) {
+    size = 10 * size + (c - '0');
+    fits = fits && size <= most;
+    if (!fits) break;
+  }
+  if (fits) size <<= shift;
+  if (!fits || size < 1 || size > most)
+    throw CLI::ValidationError(option, "'" + text + "' is no size from 1 to 2147483647 bytes");
+  return static_cast<int32_t>(size);
+}
+
+}  // namespace
+
+CLI::Option *addListOption(CLI::App &command, const std::string &name, std::vector<std::string> &values,
+                           const std::string &valueName, const std::string &description) {
+  return command.add_option(name, values, description)
+      ->type_name(valueName)
+      ->allow_extra_args(false)
+      ->delimiter(',');
+}
+
+CLI::Option *addTimeOption(CLI::App &command, const std::string &name, int64_t &seconds,
+                           const std::string &description) {
+  auto take = [name, &seconds](const std::string &text) {
+    std::string why;
+    std::optional<int64_t> point = parseTime(text, why);
+    if (!point) throw CLI::ValidationError(name, "'" + text + "': " + why);
+    seconds = *point;
+  };
+  return command.add_option_function<std::string>(name, take, description)->type_name("TIME");
+}
+
+void addSinkOptions(CLI::App &command, SinkOptions &sink, const std::string &description, bool required) {
+  CLI::Option *file = command.add_option("-o,--output", sink.file, description)->type_name("FILE");
+  if (required) file->required();
+  file->check(
+      [](const std::string &name) { return name.empty() ? "the file name is empty" : std::string(); });
+  CLI::Option *size = command.add_option_function<std::string>(
+      "--max-size", [&sink](const std::string &text) { sink.maxSize = sizeFromText("--max-size", text); },
+      "rotate FILE when it has N bytes or more, K, M and G allowed behind the number (default 1000000000)");
+  CLI::Option *files = command.add_option("--max-files", sink.maxFiles, "keep N old files (default 10)");
+  size->type_name("N")->needs(file);
+  files->type_name("N")->needs(file)->check(
+      CLI::Range(1, std::numeric_limits<int32_t>::max()).description(""));
+}
+
+}  // namespace wmq::tool

@@ -1,0 +1,28 @@
+// Options that several commands have.
+#ifndef WMQ_TOOL_OPTIONS_H
+#define WMQ_TOOL_OPTIONS_H
+
+#include <CLI/CLI.hpp>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "record_sink.h"
+
+namespace wmq::tool {
+
+// An option whose value is a list with commas, and that may come more than once. It takes one argument only,
+// so that file names can follow.
+CLI::Option *addListOption(CLI::App &command, const std::string &name, std::vector<std::string> &values,
+                           const std::string &valueName, const std::string &description);
+
+// A point in time.
+CLI::Option *addTimeOption(CLI::App &command, const std::string &name, int64_t &seconds,
+                           const std::string &description);
+
+// -o, --max-size, --max-files.
+void addSinkOptions(CLI::App &command, SinkOptions &sink, const std::string &description, bool required);
+
+}  // namespace wmq::tool
+
+#endif

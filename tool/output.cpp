@@ -1,0 +1,47 @@
+#include "output.h"
+
+#include <poll.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace wmq::tool {
+
+namespace {
+
+constexpr size_t bufferSize = size_t{64} << 10;
+
+}  // namespace
+
+bool Output::write(std::string_view bytes) {
+  waiting += bytes;
+  return waiting.size() < bufferSize ? error == 0 : flush();
+}
+
+bool Output::flush() {
+  std::string_view rest = waiting;
+  while (error == 0 && !rest.empty()) {
+    ssize_t count = ::write(STDOUT_FILENO, rest.data(), rest.size());
+    if (count >= 0) {
+      rest.remove_prefix(static_cast<size_t>(count));
+    } else if (errno == EAGAIN) {
+      // Whoever shares the pipe has set it not to block.
+      pollfd ready{STDOUT_FILENO, POLLOUT, 0};
+      poll(&ready, 1, -1);
+    } else if (errno != EINTR) {
+      error = errno;
+    }
+  }
+  waiting.clear();
+  return error == 0;
+}
+
+void Output::finish(Faults &faults) {
+  flush();
+  // Some file systems tell only on closing that there was no room.
+  if (error == 0 && close(STDOUT_FILENO) != 0) error = errno;
+  if (error != 0) faults.failure("standard output", std::strerror(error));
+}
+
+}  // namespace wmq::tool

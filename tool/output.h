@@ -1,0 +1,32 @@
+// Standard output, buffered, with its failures kept in mind.
+#ifndef WMQ_TOOL_OUTPUT_H
+#define WMQ_TOOL_OUTPUT_H
+
+#include <string>
+#include <string_view>
+
+#include "faults.h"
+
+namespace wmq::tool {
+
+class Output {
+ public:
+  Output() = default;
+  Output(const Output &) = delete;
+  Output &operator=(const Output &) = delete;
+
+  // Both return false once anything could not be written; what follows is dropped.
+  bool write(std::string_view bytes);
+  bool flush();
+
+  // Hands over the rest and reports a failure, if there was any.
+  void finish(Faults &faults);
+
+ private:
+  std::string waiting;
+  int error = 0;  // errno of the first failure
+};
+
+}  // namespace wmq::tool
+
+#endif

@@ -1,0 +1,79 @@
+#include "record_sink.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <string_view>
+
+namespace wmq::tool {
+
+namespace {
+
+std::string failureText(int number, int systemError) {
+  std::string text = "error " + std::to_string(number) + " " + wmq_errname(number) + ": ";
+  text += number == WMQE_SYS || number == 0 ? std::strerror(systemError) : wmq_strerror(number);
+  return text;
+}
+
+// A stream reports a record that it cannot write and a disk that is full by the same number. Whether it is
+// the record shows where no disk is involved.
+bool isRefusedAnywhere(eventRecord &record) {
+  char *text = nullptr;
+  size_t length = 0;
+  wmq_errno = 0;
+  int result = wmq_formatrecord(&record, &text, &length);
+  std::free(text);
+  return result != 0;
+}
+
+}  // namespace
+
+bool RecordSink::open() {
+  if (toStandardOutput()) return true;
+  // Old files of a bare name are not found by the library.
+  if (options.file.find('/') == std::string::npos) options.file.insert(0, "./");
+  streamParams params{};
+  params.fileName = options.file.data();
+  params.maxStreamSize = options.maxSize;
+  params.maxStreamFileNum = options.maxFiles;
+  wmq_errno = 0;
+  errno = 0;
+  if (wmq_openstream(&params) == 0) return true;
+  faults.failure(options.file, failureText(wmq_errno, errno));
+  return false;
+}
+
+RecordSink::Result RecordSink::write(eventRecord &record) {
+  wmq_errno = 0;
+  return toStandardOutput() ? writeToOutput(record) : writeToStream(record);
+}
+
+RecordSink::Result RecordSink::writeToOutput(eventRecord &record) {
+  char *text = nullptr;
+  size_t length = 0;
+  bool fine = wmq_formatrecord(&record, &text, &length) == 0;
+  bool put = fine && (!text || output.write({text, length}));
+  std::free(text);
+  if (!fine) return Result::refused;
+  return put ? Result::written : Result::failed;
+}
+
+RecordSink::Result RecordSink::writeToStream(eventRecord &record) {
+  errno = 0;
+  if (wmq_writestream(&record) == 0) return Result::written;
+  int number = wmq_errno;
+  int systemError = errno;
+  if (isRefusedAnywhere(record)) return Result::refused;
+  faults.failure(options.file, failureText(number, systemError));
+  return Result::failed;
+}
+
+void RecordSink::close() {
+  if (toStandardOutput()) {
+    output.finish(faults);
+  } else if (wmq_closestream() != 0) {
+    faults.failure(options.file, "cannot be closed");
+  }
+}
+
+}  // namespace wmq::tool

@@ -1,0 +1,55 @@
+// Where records go: standard output, or an event stream that rotates.
+#ifndef WMQ_TOOL_RECORD_SINK_H
+#define WMQ_TOOL_RECORD_SINK_H
+
+#include <cstdint>
+#include <string>
+
+#include "faults.h"
+#include "output.h"
+#include "wmq/wmq.h"
+
+namespace wmq::tool {
+
+struct SinkOptions {
+  std::string file = "-";  // "-": standard output
+  int32_t maxSize = 0;     // bytes at which the file is rotated; 0: the library's own limit
+  int32_t maxFiles = 10;   // old files kept
+};
+
+class RecordSink {
+ public:
+  enum class Result {
+    written,
+    refused,  // the record cannot be written; wmq_errno and wmq_errdetail() tell why
+    failed    // the output failed, which has been reported
+  };
+
+  RecordSink(SinkOptions where, Faults &reportTo) : options(std::move(where)), faults(reportTo) {}
+  RecordSink(const RecordSink &) = delete;
+  RecordSink &operator=(const RecordSink &) = delete;
+
+  // False when the stream cannot be opened, which is reported.
+  bool open();
+
+  Result write(eventRecord &record);
+
+  // Hands what is waiting for standard output over to its reader.
+  void flush() { output.flush(); }
+
+  // Ends the output and reports a failure.
+  void close();
+
+ private:
+  bool toStandardOutput() const { return options.file == "-"; }
+  Result writeToOutput(eventRecord &record);
+  Result writeToStream(eventRecord &record);
+
+  SinkOptions options;
+  Faults &faults;
+  Output output;
+};
+
+}  // namespace wmq::tool
+
+#endif

@@ -1,0 +1,274 @@
+#include "stats_report.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <utility>
+#include <vector>
+
+#include "json_printer.h"
+#include "table.h"
+#include "text.h"
+#include "times.h"
+
+namespace wmq::tool {
+
+namespace {
+
+constexpr size_t barWidth = 20;
+
+using NamedGroup = std::pair<std::string, const JobGroup *>;
+
+// Groups with the most core-hours first; where these are equal, with the most jobs, then by name.
+std::vector<NamedGroup> ranked(const std::unordered_map<std::string, JobGroup> &groups, size_t most) {
+  std::vector<NamedGroup> order;
+  for (const auto &[name, group] : groups) order.emplace_back(name, &group);
+  std::sort(order.begin(), order.end(), [](const NamedGroup &left, const NamedGroup &right) {
+    if (left.second->coreSeconds != right.second->coreSeconds)
+      return left.second->coreSeconds > right.second->coreSeconds;
+    if (left.second->jobs != right.second->jobs) return left.second->jobs > right.second->jobs;
+    return left.first < right.first;
+  });
+  if (order.size() > most) order.resize(most);
+  return order;
+}
+
+std::string coreHours(const JobGroup &group) {
+  std::array<char, 400> text{};
+  std::snprintf(text.data(), text.size(), "%.1f", group.coreSeconds / 3600);
+  std::string number = text.data();
+  for (size_t end = number.find('.'); end > 3; end -= 3) number.insert(end - 3, ",");
+  return number;
+}
+
+std::string quantileText(const Quantiles &waits, double share) {
+  if (waits.count() == 0) return "-";
+  uint64_t wait = waits.at(share);
+  return (waits.isExact(wait) ? "" : "~") + clockText(static_cast<int64_t>(wait));
+}
+
+double shareOf(double part, double whole) { return whole > 0 ? part / whole : 0; }
+
+// A report under construction.
+struct Report {
+  const StreamStatistics &stats;
+  bool coloured;
+  std::string text;
+
+  std::string bar(double share) const {
+    std::string blocks = tool::bar(share, barWidth);
+    return coloured && !blocks.empty() ? "\x1b[36m" + blocks + "\x1b[0m" : blocks;
+  }
+
+  void line(const char *title, const std::string &content) {
+    std::string head = title;
+    head.resize(14, ' ');
+    text += (coloured ? "\x1b[1m" + head + "\x1b[0m" : head) + content + "\n";
+  }
+
+  void overview(size_t numFiles) {
+    line("Stream", counted(numFiles, "file") + ", " + counted(stats.total.records, "record") + ", " +
+                       counted(stats.total.bytes, "byte") + ", " +
+                       counted(stats.malformedLines, "malformed line") +
+                       (stats.otherLines > 0 ? ", " + counted(stats.otherLines, "other line") : ""));
+    if (stats.anyEvent)
+      line("Time span", timeText(stats.firstTime) + " to " + timeText(stats.lastTime) + ", " +
+                            clockText(int64_t{stats.lastTime} - stats.firstTime));
+    std::string versions;
+    for (const auto &[version, records] : stats.versions)
+      versions +=
+          (versions.empty() ? "" : ", ") + printable(version) + " (" + counted(records, "record") + ")";
+    if (!versions.empty()) line("Versions", versions);
+  }
+
+  void jobs() {
+    line("Jobs", grouped(stats.jobs.jobs) + ": " + grouped(stats.finished) + " ended (" +
+                     grouped(stats.neverStarted) + " without a start), " + grouped(stats.running) +
+                     " running, " + grouped(stats.waiting) + " waiting");
+    line("Users", grouped(stats.users.size()));
+    line("Queues", grouped(stats.queues.size()));
+    line("Run time", counted(static_cast<uint64_t>(stats.runSeconds), "second") + " in all");
+    line("Core-hours", coreHours(stats.jobs));
+    line("Wait time", "median " + quantileText(stats.jobs.waits, 0.5) + ", 95th percentile " +
+                          quantileText(stats.jobs.waits, 0.95));
+  }
+
+  void types() {
+    Table table({{"Type"}, {"Records", Table::Align::right}, {"Bytes", Table::Align::right}, {""}});
+    for (const auto &[type, count] : stats.types)
+      table.row({wmq_typename(type), grouped(count.records), grouped(count.bytes),
+                 bar(shareOf(static_cast<double>(count.bytes), static_cast<double>(stats.total.bytes)))});
+    text += "\n" + table.text(coloured);
+  }
+
+  void groups(const char *title, const std::unordered_map<std::string, JobGroup> &groups, size_t most) {
+    using enum Table::Align;
+    Table table({{title},
+                 {"Jobs", right},
+                 {"Wait median", right},
+                 {"Wait 95 %", right},
+                 {"Core-hours", right},
+                 {""}});
+    for (const auto &[name, group] : ranked(groups, most))
+      table.row({printable(name), grouped(group->jobs), quantileText(group->waits, 0.5),
+                 quantileText(group->waits, 0.95), coreHours(*group),
+                 bar(shareOf(group->coreSeconds, stats.jobs.coreSeconds))});
+    text += "\n" + table.text(coloured);
+  }
+
+  void exits() {
+    Table table({{"Exit status", Table::Align::right}, {"Meaning"}, {"Jobs", Table::Align::right}, {""}});
+    for (const auto &[status, jobs] : stats.exitStatuses)
+      table.row({std::to_string(status), exitMeaning(status), grouped(jobs),
+                 bar(shareOf(static_cast<double>(jobs), static_cast<double>(stats.finished)))});
+    text += "\n" + table.text(coloured);
+  }
+
+  void accuracy() {
+    if (!stats.jobs.waits.isExact())
+      text += "\n~ of more than " + grouped(Quantiles::exactSamples) + " jobs, within 0.4 %\n";
+  }
+};
+
+void waitMember(JsonPrinter &json, const Quantiles &waits) {
+  json.key("wait");
+  json.beginObject();
+  json.key("jobs");
+  json.count(waits.count());
+  for (auto [name, share] : {std::pair("median", 0.5), std::pair("percentile95", 0.95)}) {
+    json.key(name);
+    if (waits.count() == 0) {
+      json.null();
+    } else {
+      json.count(waits.at(share));
+    }
+  }
+  json.key("exact");
+  json.boolean(waits.isExact());
+  json.endObject();
+}
+
+void groupMembers(JsonPrinter &json, const JobGroup &group) {
+  json.key("jobs");
+  json.count(group.jobs);
+  json.key("coreHours");
+  json.real(group.coreSeconds / 3600);
+  waitMember(json, group.waits);
+}
+
+void groupArray(JsonPrinter &json, const char *name, const std::unordered_map<std::string, JobGroup> &groups,
+                size_t most) {
+  json.key(name);
+  json.beginArray();
+  for (const auto &[groupName, group] : ranked(groups, most)) {
+    json.beginObject();
+    json.key("name");
+    json.string(groupName);
+    groupMembers(json, *group);
+    json.endObject();
+  }
+  json.endArray();
+}
+
+void streamMembers(JsonPrinter &json, const StreamStatistics &stats, size_t numFiles) {
+  json.key("files");
+  json.count(numFiles);
+  json.key("records");
+  json.count(stats.total.records);
+  json.key("bytes");
+  json.count(stats.total.bytes);
+  json.key("malformedLines");
+  json.count(stats.malformedLines);
+  json.key("otherLines");
+  json.count(stats.otherLines);
+  for (auto [name, time] : {std::pair("firstTime", stats.firstTime), std::pair("lastTime", stats.lastTime)}) {
+    json.key(name);
+    if (stats.anyEvent) {
+      json.integer(time);
+    } else {
+      json.null();
+    }
+  }
+  json.key("versions");
+  json.beginArray();
+  for (const auto &[version, records] : stats.versions) {
+    json.beginObject();
+    json.key("version");
+    json.string(version);
+    json.key("records");
+    json.count(records);
+    json.endObject();
+  }
+  json.endArray();
+  json.key("types");
+  json.beginArray();
+  for (const auto &[type, count] : stats.types) {
+    json.beginObject();
+    json.key("type");
+    json.string(wmq_typename(type));
+    json.key("records");
+    json.count(count.records);
+    json.key("bytes");
+    json.count(count.bytes);
+    json.endObject();
+  }
+  json.endArray();
+}
+
+void jobMembers(JsonPrinter &json, const StreamStatistics &stats) {
+  groupMembers(json, stats.jobs);
+  json.key("waiting");
+  json.count(stats.waiting);
+  json.key("running");
+  json.count(stats.running);
+  json.key("ended");
+  json.count(stats.finished);
+  json.key("endedWithoutStart");
+  json.count(stats.neverStarted);
+  json.key("runSeconds");
+  json.integer(stats.runSeconds);
+  json.key("users");
+  json.count(stats.users.size());
+  groupArray(json, "queues", stats.queues, stats.queues.size());
+  groupArray(json, "biggestUsers", stats.users, biggestUsers);
+  json.key("exitStatuses");
+  json.beginArray();
+  for (const auto &[status, jobs] : stats.exitStatuses) {
+    json.beginObject();
+    json.key("exitStatus");
+    json.integer(status);
+    json.key("meaning");
+    json.string(exitMeaning(status));
+    json.key("jobs");
+    json.count(jobs);
+    json.endObject();
+  }
+  json.endArray();
+}
+
+}  // namespace
+
+std::string statsText(const StreamStatistics &statistics, size_t numFiles, bool coloured) {
+  Report report{statistics, coloured, ""};
+  report.overview(numFiles);
+  if (statistics.jobs.jobs > 0) report.jobs();
+  if (statistics.total.records > 0) report.types();
+  if (statistics.jobs.jobs > 0) {
+    report.groups("Queue", statistics.queues, statistics.queues.size());
+    report.groups("User", statistics.users, biggestUsers);
+  }
+  if (statistics.finished > 0) report.exits();
+  report.accuracy();
+  return report.text;
+}
+
+std::string statsJson(const StreamStatistics &statistics, size_t numFiles) {
+  JsonPrinter json;
+  json.beginObject();
+  streamMembers(json, statistics, numFiles);
+  jobMembers(json, statistics);
+  json.endObject();
+  return json.text();
+}
+
+}  // namespace wmq::tool

@@ -1,0 +1,83 @@
+// What the records of a stream say together: counted as they pass, in memory that grows with the jobs that
+// have not ended, with users, queues and exit statuses, and not with the stream.
+#ifndef WMQ_TOOL_STREAM_STATISTICS_H
+#define WMQ_TOOL_STREAM_STATISTICS_H
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "quantiles.h"
+#include "wmq/wmq.h"
+
+namespace wmq::tool {
+
+// Jobs that have something in common.
+struct JobGroup {
+  uint64_t jobs = 0;
+  double coreSeconds = 0;  // of ended jobs: hosts held, one for each processor, times run time
+  Quantiles waits;         // seconds from submission to start, of started jobs
+};
+
+struct RecordCount {
+  uint64_t records = 0;
+  uint64_t bytes = 0;
+};
+
+class StreamStatistics {
+ public:
+  // A line without a record.
+  void addOther() { ++otherLines; }
+  void addMalformed() { ++malformedLines; }
+
+  // A record and the length of its line.
+  void add(const eventRecord &record, uint64_t bytes);
+
+  // To be called once, after the last record: jobs that have not ended are counted with their groups.
+  void finish();
+
+  uint64_t otherLines = 0;
+  uint64_t malformedLines = 0;
+  RecordCount total;
+  std::map<int32_t, RecordCount> types;
+  std::map<std::string, uint64_t> versions;  // records by the version of their line
+
+  // Of all events; the end-of-stream marks, which tell when a file was closed, are none.
+  bool anyEvent = false;
+  int32_t firstTime = 0;
+  int32_t lastTime = 0;
+
+  uint64_t waiting = 0;       // submitted, not started, not ended
+  uint64_t running = 0;       // started, not ended
+  uint64_t finished = 0;      // ended, whether they had started or not
+  uint64_t neverStarted = 0;  // those of them that had not
+  int64_t runSeconds = 0;     // start to end, over all that had started
+  JobGroup jobs;
+  std::unordered_map<std::string, JobGroup> users;
+  std::unordered_map<std::string, JobGroup> queues;
+  std::map<int32_t, uint64_t> exitStatuses;
+
+ private:
+  struct OpenJob {
+    JobGroup *user = nullptr;
+    JobGroup *queue = nullptr;
+    int64_t submitTime = 0;
+    int64_t startTime = 0;  // 0: not yet
+  };
+
+  void addNew(const jobNewLog &log);
+  void addStart(const jobStartLog &log, int32_t time);
+  void addFinish(const jobFinishLog &log);
+  void addWait(OpenJob job);
+
+  std::unordered_map<int32_t, OpenJob> openJobs;
+};
+
+// What an exit status says: "success", "exit code 1", "signal 15".
+std::string exitMeaning(int32_t exitStatus);
+
+}  // namespace wmq::tool
+
+#endif
