@@ -1,4 +1,5 @@
 // Writing numbers.
+#include <algorithm>
 #include <bit>
 #include <charconv>
 #include <cmath>
@@ -31,10 +32,13 @@ char *formatFixedQuickly(char *out, double magnitude, int precision) {
   __extension__ typedef unsigned __int128 Wide;
   if (!(magnitude < 0x1p63) || precision < 0 || precision > maxQuickPrecision) return nullptr;
 
-  int exponent;
-  const double unit = std::frexp(magnitude, &exponent);
-  const auto mantissa = static_cast<uint64_t>(std::ldexp(unit, 53));
-  const int fractionBits = 53 - exponent;
+  constexpr int mantissaBits = 52;
+  constexpr int exponentOfUnits = 1075;  // biased exponent of a double whose mantissa counts units
+  const auto bits = std::bit_cast<uint64_t>(magnitude);
+  const auto exponent = static_cast<int>(bits >> mantissaBits);
+  const uint64_t leadingBit = uint64_t{exponent != 0} << mantissaBits;
+  const uint64_t mantissa = (bits & ((uint64_t{1} << mantissaBits) - 1)) | leadingBit;
+  const int fractionBits = exponentOfUnits - std::max(exponent, 1);
 
   uint64_t whole = 0;
   uint64_t decimals = 0;

@@ -2,10 +2,6 @@
 #ifndef WMQ_JSON_TEXT_H
 #define WMQ_JSON_TEXT_H
 
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
-
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -21,18 +17,6 @@ inline bool isPlain(char c) {
 // The first byte in [at, end) that is not plain: a control character, a double quote, a backslash, or a byte
 // beyond ASCII; `end` when there is none.
 inline const char *skipPlain(const char *at, const char *end) {
-#ifdef __SSE2__
-  while (end - at >= 16) {
-    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(at));
-    // As signed numbers the bytes beyond ASCII are less than a blank, too.
-    const __m128i special = _mm_or_si128(
-        _mm_cmplt_epi8(bytes, _mm_set1_epi8(0x20)),
-        _mm_or_si128(_mm_cmpeq_epi8(bytes, _mm_set1_epi8('"')), _mm_cmpeq_epi8(bytes, _mm_set1_epi8('\\'))));
-    const auto flags = static_cast<unsigned>(_mm_movemask_epi8(special));
-    if (flags != 0) return at + std::countr_zero(flags);
-    at += 16;
-  }
-#endif
   if constexpr (std::endian::native == std::endian::little) {
     constexpr std::uint64_t ones = 0x0101010101010101;
     constexpr std::uint64_t tops = 0x80 * ones;

@@ -33,6 +33,7 @@ StreamTest::StreamTest() {
 }
 
 StreamTest::~StreamTest() {
+  trace.whenReported = nullptr;  // what it refers to is gone by now
   wmq_closestream();
   wmq_readstreamline("");  // releases the record that the library keeps
 }
@@ -41,7 +42,8 @@ int StreamTest::open(const Limits &limits) { return openAs(path, limits); }
 
 int StreamTest::openAs(const std::string &name, const Limits &limits) {
   std::string copy = name;
-  const streamParams params{copy.data(), limits.size, limits.oldFiles, 1, TraceRecorder::record, nullptr, nullptr};
+  const streamParams params{copy.data(),           limits.size, limits.oldFiles, 1,
+                            TraceRecorder::record, nullptr,     nullptr};
   return wmq_openstream(&params);
 }
 

@@ -19,7 +19,7 @@ class TraceRecorder {
   static int record(const char *message);
 
   std::vector<std::string> messages;
-  const char *lastText = nullptr;            // as it was handed over
+  const char *lastText = nullptr;           // as it was handed over
   std::function<void()> whenReported = {};  // run at each message, in the middle of the operation
 };
 

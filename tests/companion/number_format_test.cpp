@@ -1,0 +1,176 @@
+// The C library is the measure again: snprintf for fixed forms, strtod for reading shortest forms back.
+#include <gtest/gtest.h>
+#include <rapidcheck/gtest.h>
+
+#include <bit>
+#include <cfloat>
+#include <cinttypes>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <limits>
+#include <random>
+#include <string>
+
+#include "companion/numbers.h"
+
+namespace {
+
+std::string fixedForm(double value, int width, int precision) {
+  char text[400];
+  return {text, wmq::formatFixed(text, value, width, precision)};
+}
+
+std::string printedForm(double value, int width, int precision) {
+  char text[2000];
+  std::snprintf(text, sizeof text, "%*.*f", width, precision, value);
+  return text;
+}
+
+template <class Real>
+std::string shortestForm(Real value) {
+  char text[32];
+  return {text, wmq::formatShortest(text, value)};
+}
+
+void expectAsPrintf(double value) {
+  for (const auto &[width, precision] :
+       {std::pair{0, 6}, {1, 0}, {1, 6}, {6, 2}, {4, 4}, {3, 1}, {0, 9}, {20, 12}})
+    ASSERT_EQ(fixedForm(value, width, precision), printedForm(value, width, precision))
+        << std::hexfloat << value << " with width " << width << " and precision " << precision;
+}
+
+double doubleOfBits(uint64_t bits) { return std::bit_cast<double>(bits); }
+
+TEST(IntegerFormat, IsThatOfPrintf) {
+  char expected[32];
+  char text[32];
+  for (const int64_t value : {int64_t{0}, int64_t{-1}, int64_t{9}, int64_t{10}, int64_t{-2147483648},
+                              int64_t{2147483648}, INT64_MAX, INT64_MIN}) {
+    std::snprintf(expected, sizeof expected, "%" PRId64, value);
+    EXPECT_EQ(std::string(text, wmq::formatInt64(text, value)), expected);
+    const auto narrow = static_cast<int32_t>(value);
+    std::snprintf(expected, sizeof expected, "%d", narrow);
+    EXPECT_EQ(std::string(text, wmq::formatInt32(text, narrow)), expected);
+  }
+}
+
+TEST(FixedFormat, IsThatOfPrintfForPlainValues) {
+  for (const double value : {0.0, -0.0, 1.0, -1.0, 0.1, 60.0, 100.5, 0.000001, 0.0000005, 0.00000049, 1e6,
+                             123456.789, 0.999999, 0.9999995, 0.99999951, 9.9999999, -99.999999999, 1.0 / 3})
+    expectAsPrintf(value);
+}
+
+TEST(FixedFormat, RoundsHalfToEven) {
+  EXPECT_EQ(fixedForm(0.5, 1, 0), "0");
+  EXPECT_EQ(fixedForm(1.5, 1, 0), "2");
+  EXPECT_EQ(fixedForm(2.5, 1, 0), "2");
+  EXPECT_EQ(fixedForm(0.125, 6, 2), "  0.12");
+  EXPECT_EQ(fixedForm(0.375, 6, 2), "  0.38");
+  for (int eighths = -80; eighths <= 80; ++eighths) expectAsPrintf(eighths / 8.0);
+  for (int i = 1; i < 2000; i += 2) expectAsPrintf(i / 128.0);
+}
+
+TEST(FixedFormat, IsThatOfPrintfAtTheEdgesOfTheRange) {
+  for (const double value : {DBL_MAX,
+                             -DBL_MAX,
+                             double{FLT_MAX},
+                             DBL_MIN,
+                             DBL_TRUE_MIN,
+                             0x1p52,
+                             0x1p53,
+                             0x1p62,
+                             0x1p63,
+                             0x1.fffffffffffffp62,
+                             0x1p64,
+                             1e22,
+                             1e23,
+                             1e100,
+                             -1e300,
+                             0x1p-20,
+                             0x1p-60,
+                             0x1p-64,
+                             0x1.8p-64,
+                             0x1p-100,
+                             0x1p-127,
+                             0x1p-128,
+                             4503599627370495.5,
+                             4503599627370494.5,
+                             4503599627370497.5,
+                             9007199254740991.0})
+    expectAsPrintf(value);
+}
+
+TEST(FixedFormat, WritesInfinityAndNotANumberLikePrintf) {
+  constexpr double infinity = std::numeric_limits<double>::infinity();
+  constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+  for (const double value : {infinity, -infinity, nan, -nan}) expectAsPrintf(value);
+}
+
+TEST(FixedFormat, PadsToTheWidth) {
+  EXPECT_EQ(fixedForm(1.25, 10, 2), "      1.25");
+  EXPECT_EQ(fixedForm(-1.25, 10, 2), "     -1.25");
+  EXPECT_EQ(fixedForm(-1.25, 5, 2), "-1.25");
+  EXPECT_EQ(fixedForm(DBL_MAX, 400, 80), printedForm(DBL_MAX, 400, 80));
+}
+
+TEST(FixedFormat, AgreesOnAMillionRandomValues) {
+  std::mt19937_64 random(3);
+  for (int i = 0; i < 31'250; ++i) {
+    const auto bits = random();
+    ASSERT_NO_FATAL_FAILURE(expectAsPrintf(doubleOfBits(bits)));
+    ASSERT_NO_FATAL_FAILURE(expectAsPrintf(double{std::bit_cast<float>(static_cast<uint32_t>(bits))}));
+    ASSERT_NO_FATAL_FAILURE(expectAsPrintf(static_cast<double>(bits % 1'000'000'000'000) / 1e6));
+    ASSERT_NO_FATAL_FAILURE(expectAsPrintf(static_cast<double>(bits >> 20) / 0x1p24));
+  }
+}
+
+TEST(ShortestFormat, WritesWholeNumbersWithoutPointOrExponent) {
+  EXPECT_EQ(shortestForm(0.0), "0");
+  EXPECT_EQ(shortestForm(100000.0), "100000");
+  EXPECT_EQ(shortestForm(-1e15), "-1000000000000000");
+  EXPECT_EQ(shortestForm(0x1p53), "9007199254740992");
+  EXPECT_EQ(shortestForm(-0x1p53), "-9007199254740992");
+  EXPECT_EQ(shortestForm(0x1p53 + 2), "9007199254740994");
+  EXPECT_EQ(shortestForm(1e22), "1e+22");
+  EXPECT_EQ(shortestForm(16777216.0f), "16777216");
+}
+
+TEST(ShortestFormat, WritesFractionsAsShortAsTheyReadBack) {
+  EXPECT_EQ(shortestForm(0.1), "0.1");
+  EXPECT_EQ(shortestForm(0.1f), "0.1");
+  EXPECT_EQ(shortestForm(double{0.1f}), "0.10000000149011612");
+  EXPECT_EQ(shortestForm(-12.75), "-12.75");
+  EXPECT_EQ(shortestForm(DBL_TRUE_MIN), "5e-324");
+}
+
+TEST(ShortestFormat, KeepsTheSignOfZero) { EXPECT_EQ(shortestForm(-0.0), "-0"); }
+
+TEST(ShortestFormat, NamesInfinityAndNotANumber) {
+  constexpr double infinity = std::numeric_limits<double>::infinity();
+  constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+  EXPECT_EQ(shortestForm(infinity), "inf");
+  EXPECT_EQ(shortestForm(-infinity), "-inf");
+  EXPECT_EQ(shortestForm(nan), "nan");
+  EXPECT_EQ(shortestForm(-nan), "nan");
+  EXPECT_EQ(shortestForm(-std::numeric_limits<float>::infinity()), "-inf");
+}
+
+RC_GTEST_PROP(ShortestFormat, ReadsBackToTheSameDouble, (uint64_t bits)) {
+  const double value = doubleOfBits(bits);
+  RC_PRE(!std::isnan(value));
+  RC_ASSERT(std::bit_cast<uint64_t>(std::strtod(shortestForm(value).c_str(), nullptr)) == bits);
+}
+
+RC_GTEST_PROP(ShortestFormat, ReadsBackToTheSameFloat, (uint32_t bits)) {
+  const float value = std::bit_cast<float>(bits);
+  RC_PRE(!std::isnan(value));
+  RC_ASSERT(std::bit_cast<uint32_t>(std::strtof(shortestForm(value).c_str(), nullptr)) == bits);
+}
+
+RC_GTEST_PROP(ShortestFormat, WritesEveryWholeNumberUpTo2To53AsAnInteger, ()) {
+  const auto whole = *rc::gen::inRange<int64_t>(-(int64_t{1} << 53), (int64_t{1} << 53) + 1);
+  RC_ASSERT(shortestForm(static_cast<double>(whole)) == std::to_string(whole));
+}
+
+}  // namespace

@@ -1,0 +1,138 @@
+#include <gtest/gtest.h>
+
+#include <barrier>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "support/small_records.h"
+
+namespace wmq::testing {
+namespace {
+
+// All that a parsed line gives: its members as the current version writes them, or the error.
+std::string outcomeOf(const std::string &line) {
+  const OwnedRecord record = parse(line);
+  if (record == nullptr) return std::to_string(wmq_errno) + ' ' + wmq_errdetail();
+  return std::string(record->version) + ' ' + format(*record);
+}
+
+// Lines of which each is read differently by its version, bad ones among them.
+std::vector<std::string> mixedLines(size_t count) {
+  const std::vector<std::string> versions = {"2.1",  "3.0",  "3.01", "5.0", "6.0",  "6.2",  "7.01",
+                                             "7.02", "7.03", "9.0",  "9.1", "9.11", "10.1", "0"};
+  std::vector<std::string> lines;
+  for (size_t i = 0; i < count; ++i) {
+    const std::string header = "\" \"" + versions[i % versions.size()] + "\" " + std::to_string(i) + ' ';
+    switch (i / versions.size() % 5) {
+      case 0:
+        lines.push_back("\"JOB_STATUS" + header + "1 2 3 4 5.5 6 0 7 8 9 \"src\" 10 \"dst\" 11 12 1 2 3 4 0");
+        break;
+      case 1:
+        lines.push_back("\"GRP_ADD" + header +
+                        "1 2 3 \"one\" \"two\" \"/name\" \"four\" \"five\" 6 7 \"eight\" 9 10");
+        break;
+      case 2:
+        lines.push_back(
+            "\"JOB_START" + header +
+            "1 2 3 4 5.5 2 \"3*host\" \"other\" \"a\" \"b\" 6 \"c\" 7 \"d\" 8 \"e\" \"src\" 9 \"dst\" 10");
+        break;
+      case 3:
+        lines.push_back("\"UNFULFILL" + header + "1 2 3 4 5 6 7 8");
+        break;
+      default:
+        lines.push_back("\"SBD_JOB_STATUS" + header + "1 2 3 4 5 6 7 8 9 10 11 12");
+    }
+  }
+  return lines;
+}
+
+class ParsingInSeveralThreads : public ::testing::Test {
+ protected:
+  // Runs `work` in as many threads, which begin together.
+  template <typename Work>
+  void inThreads(int count, Work work) {
+    std::barrier begin(count);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < count; ++i)
+      threads.emplace_back([&begin, &work, i] {
+        begin.arrive_and_wait();
+        work(i);
+      });
+    for (std::thread &thread : threads) thread.join();
+  }
+};
+
+TEST_F(ParsingInSeveralThreads, GivesWhatOneThreadGives) {
+  const std::vector<std::string> lines = mixedLines(1400);
+  std::vector<std::string> expected;
+  for (const std::string &line : lines) expected.push_back(outcomeOf(line));
+
+  std::vector<std::vector<std::string>> outcomes(4);
+  inThreads(4, [&](int thread) {
+    auto &mine = outcomes[static_cast<size_t>(thread)];
+    // Each begins elsewhere, so that different versions meet.
+    for (size_t i = 0; i < lines.size(); ++i)
+      mine.push_back(outcomeOf(lines[(i + static_cast<size_t>(thread) * 5) % lines.size()]));
+  });
+  for (size_t thread = 0; thread < 4; ++thread)
+    for (size_t i = 0; i < lines.size(); ++i)
+      ASSERT_EQ(outcomes[thread][i], expected[(i + thread * 5) % lines.size()]) << thread << ' ' << i;
+}
+
+TEST_F(ParsingInSeveralThreads, KeepsTheVersionsOfTheirLinesApart) {
+  const std::string old = "\"SBD_JOB_STATUS\" \"5.0\" 0 1 2 3 4 5 6 7 8 9 10 11 12 13 14";
+  const std::string current = "\"SBD_JOB_STATUS\" \"10.1\" 0 1 2 3 4 5 6 7 8 9 10 11 12 13 14";
+  std::vector<int> wrong(2);
+  inThreads(2, [&](int thread) {
+    for (int i = 0; i < 2000; ++i) {
+      const OwnedRecord record = parse(thread == 0 ? old : current);
+      const bool right = record != nullptr && wmq_lineversion() == (thread == 0 ? 5.0F : 10.1F) &&
+                         record->eventLog.sbdJobStatusLog.sbdField13 == (thread == 0 ? -65535 : 13) &&
+                         record->eventLog.sbdJobStatusLog.sbdField14 == (thread == 0 ? 0 : 14);
+      wrong[static_cast<size_t>(thread)] += right ? 0 : 1;
+    }
+  });
+  EXPECT_EQ(wrong, (std::vector<int>{0, 0}));
+}
+
+TEST_F(ParsingInSeveralThreads, KeepsTheirErrorNumbersApart) {
+  std::vector<int> wrong(3);
+  inThreads(3, [&](int thread) {
+    const char *const lines[] = {"\"NO_SUCH_EVENT\" \"10.1\" 5", "garbage", "\"JOB_VACATED\" \"10.1\" 5"};
+    const int errors[] = {WMQE_BAD_EVENT, WMQE_BAD_FORMAT, 0};
+    for (int i = 0; i < 2000; ++i) {
+      parse(lines[thread]);
+      wrong[static_cast<size_t>(thread)] += wmq_errno == errors[thread] ? 0 : 1;
+    }
+  });
+  EXPECT_EQ(wrong, (std::vector<int>{0, 0, 0}));
+}
+
+TEST_F(ParsingInSeveralThreads, BeginsEachThreadWithoutVersionAndError) {
+  wmq_errno = 99;
+  parse(logSwitchLine(1));
+  wmq_errno = 99;
+  float version = -1;
+  int error = -1;
+  std::thread([&] {
+    version = wmq_lineversion();
+    error = wmq_errno;
+    wmq_errno = 7;
+    wmq_setlineversion(3.0F);
+  }).join();
+  EXPECT_EQ(version, 0.0F);
+  EXPECT_EQ(error, 0);
+  EXPECT_EQ(wmq_errno, 99);
+  EXPECT_EQ(wmq_lineversion(), 10.1F);
+}
+
+TEST_F(ParsingInSeveralThreads, LetsARecordBeReleasedInAnother) {
+  std::vector<OwnedRecord> records;
+  for (int i = 0; i < 100; ++i) records.push_back(parse("\"GRP_STATUS\" \"10.1\" 5 \"text\" 1 2"));
+  std::thread([&records] { records.clear(); }).join();
+  EXPECT_TRUE(records.empty());
+}
+
+}  // namespace
+}  // namespace wmq::testing
