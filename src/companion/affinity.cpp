@@ -16,7 +16,7 @@ constexpr int64_t maxCpus = 1 << 20;
 
 // The next CPU or range of a list, `text` behind it; false when there is none before `end`.
 bool takeRange(const char *&text, const char *end, int32_t &first, int32_t &last) {
-  int64_t numbers[2];
+  int64_t numbers[2] = {};
   int count = 0;
   for (; count < 2; ++count) {
     if (text == end || !isDigit(*text)) return false;

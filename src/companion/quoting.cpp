@@ -140,7 +140,9 @@ char *quotedInto(char *out, const char *text, size_t length) {
 
 const char *findQuoted(const char *text, const char *end, const char **content, size_t *rawLength,
                        size_t *length) {
-  const char *const opening = text != end && *text == '"' ? text : findQuote(text, end);
+  const char *opening = text;
+  if (opening != end && *opening == ' ') ++opening;
+  if (opening == end || *opening != '"') opening = findQuote(opening, end);
   if (opening == end) return nullptr;
 
   const char *const first = opening + 1;

@@ -15,23 +15,18 @@ static constexpr std::size_t maxDepth = 32;
 
 namespace {
 
-struct Source {
-  char *begin;
-  char *end;
-  const char *refusal = nullptr;
-};
-
-// The text, decoded in place: what has been decoded is never longer than what it was decoded from. The reader
-// copies this into variables of its own while it is in a value.
+// The text, decoded in place: what has been decoded is never longer than what it was decoded from.
 struct TextStream {
   using Ch = char;
-  Source *source;
+  char *begin;
+  char *end;
   char *from;
   char *to;
+  const char *refusal;
 
   char Peek() const { return *from; }
   char Take() { return *from++; }
-  std::size_t Tell() const { return static_cast<std::size_t>(from - source->begin); }
+  std::size_t Tell() const { return static_cast<std::size_t>(from - begin); }
   void Put(char c) { *to++ = c; }
   void Flush() {}
   char *PutBegin() { return to = from; }
@@ -44,20 +39,6 @@ struct TextStream {
   }
 };
 
-}  // namespace
-}  // namespace wmq
-
-// Copied by the reader into its own variables while it parses a value, which the compiler keeps in registers.
-namespace rapidjson {
-template <>
-struct StreamTraits<wmq::TextStream> {
-  enum { copyOptimization = 1 };
-};
-}  // namespace rapidjson
-
-namespace wmq {
-namespace {
-
 // UTF-8 in which a lone surrogate from U+DC80 to U+DCFF stands for a byte that is not part of well-formed
 // UTF-8.
 struct RecordText {
@@ -68,7 +49,7 @@ struct RecordText {
     const auto put = [&out](unsigned byte) { out.Put(static_cast<char>(byte)); };
     const auto putRest = [&](int shift) { put(0x80 | ((codepoint >> shift) & 0x3F)); };
     if (codepoint == 0) {
-      out.source->refusal = "a string holds \\u0000";
+      out.refusal = "a string holds \\u0000";
     } else if (codepoint < 0x80) {
       put(codepoint);
     } else if (codepoint < 0x800) {
@@ -77,7 +58,7 @@ struct RecordText {
     } else if (codepoint >= 0xDC80 && codepoint <= 0xDCFF) {
       put(codepoint & 0xFF);
     } else if (codepoint >= 0xD800 && codepoint <= 0xDFFF) {
-      out.source->refusal = "a string holds a lone surrogate that stands for no byte";
+      out.refusal = "a string holds a lone surrogate that stands for no byte";
     } else if (codepoint < 0x10000) {
       put(0xE0 | (codepoint >> 12));
       putRest(6);
@@ -96,7 +77,7 @@ struct RecordText {
   // Takes as much as stands for itself, not only the one character that the reader asks for.
   static bool Validate(TextStream &in, TextStream &) {
     const char *at = in.from;
-    const char *const end = in.source->end;
+    const char *const end = in.end;
     for (;;) {
       at = skipPlain(at, end);
       if (static_cast<unsigned char>(*at) < 0x80) break;
@@ -111,17 +92,18 @@ struct RecordText {
 
 class TokenSink : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, TokenSink> {
  public:
-  TokenSink(Growing<Token> &where, Source &text) : tokens(where), source(text) {}
+  TokenSink(Growing<Token> &where, TextStream &text) : tokens(where), in(text) {}
 
   bool noMemory = false;
 
   bool Null() { return add(TokenKind::Null); }
   bool Bool(bool value) { return add(value ? TokenKind::True : TokenKind::False); }
-  bool RawNumber(const char *text, rapidjson::SizeType length, bool) {
-    return add(TokenKind::Number, text, length);
+  // The text that the reader hands over is only right for streams that it copies.
+  bool RawNumber(const char *, rapidjson::SizeType length, bool) {
+    return add(TokenKind::Number, in.from - length, length);
   }
   bool String(const char *text, rapidjson::SizeType length, bool) {
-    return source.refusal == nullptr && add(TokenKind::String, text, length);
+    return in.refusal == nullptr && add(TokenKind::String, text, length);
   }
   bool Key(const char *text, rapidjson::SizeType length, bool copy) { return String(text, length, copy); }
   bool StartObject() { return open(TokenKind::Object); }
@@ -142,7 +124,7 @@ class TokenSink : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, TokenSi
 
   bool open(TokenKind kind) {
     if (depth == maxDepth) {
-      source.refusal = "nested too deeply";
+      in.refusal = "nested too deeply";
       return false;
     }
     opened[depth++] = tokens.size;
@@ -157,7 +139,7 @@ class TokenSink : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, TokenSi
   }
 
   Growing<Token> &tokens;
-  Source &source;
+  TextStream &in;
   std::size_t opened[maxDepth];
   std::size_t depth = 0;
 };
@@ -176,22 +158,21 @@ bool tokenize(const char *text, std::size_t length, Scratch &scratch) {
   std::memcpy(begin, text, length);
   begin[length] = '\0';
 
-  Source source{begin, begin + length};
-  TextStream in{&source, begin, begin};
-  TokenSink sink(scratch.tokens, source);
+  TextStream in{begin, begin + length, begin, begin, nullptr};
+  TokenSink sink(scratch.tokens, in);
   constexpr unsigned flags = rapidjson::kParseInsituFlag | rapidjson::kParseNumbersAsStringsFlag |
                              rapidjson::kParseValidateEncodingFlag;
   rapidjson::GenericReader<RecordText, rapidjson::UTF8<>> reader;
   const rapidjson::ParseResult result = reader.Parse<flags>(in, sink);
 
   if (sink.noMemory) return fault(WMQE_NO_MEM, nullptr, "out of memory");
-  if (source.refusal != nullptr)
-    return fault(WMQE_BAD_FORMAT, nullptr, "byte %zu: %s", result.Offset(), source.refusal);
+  if (in.refusal != nullptr)
+    return fault(WMQE_BAD_FORMAT, nullptr, "byte %zu: %s", result.Offset(), in.refusal);
   if (result.IsError())
     return fault(WMQE_BAD_FORMAT, nullptr, "byte %zu: %s", result.Offset(),
                  rapidjson::GetParseError_En(result.Code()));
   // To the reader a NUL is the end of the text.
-  if (in.from != source.end) return fault(WMQE_BAD_FORMAT, nullptr, "byte %zu: a NUL", in.Tell());
+  if (in.from != in.end) return fault(WMQE_BAD_FORMAT, nullptr, "byte %zu: a NUL", in.Tell());
   return true;
 }
 

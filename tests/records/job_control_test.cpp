@@ -7,6 +7,7 @@
 
 #include "companion/users.h"
 #include "companion/written_text.h"
+#include "support/parsed.h"
 #include "support/record_lines.h"
 #include "support/scarce_memory.h"
 #include "support/user_directory.h"
@@ -93,8 +94,8 @@ TEST_F(JobControl, NamesTheReaderOfAMigrationInLowerCase) {
 
 TEST_F(JobControl, HasTheNameOnTheLineAbove4_0) {
   users.names.clear();
-  EXPECT_STREQ(parse(line("JOB_SIGNAL", "4.01", kSignal))->eventLog.jobSignalLog.userName, "anna");
-  EXPECT_STREQ(parse(line("MIG", "4.01", kMig))->eventLog.migLog.userName, "anna");
+  EXPECT_STREQ(parsed(line("JOB_SIGNAL", "4.01", kSignal))->eventLog.jobSignalLog.userName, "anna");
+  EXPECT_STREQ(parsed(line("MIG", "4.01", kMig))->eventLog.migLog.userName, "anna");
   EXPECT_THAT(users.asked, IsEmpty());
 }
 
@@ -107,20 +108,20 @@ TEST_F(JobControl, TakesUserMinus1OfASignalForUnknownWithoutALookup) {
 
 TEST_F(JobControl, LooksUserMinus1UpForEveryOtherRecord) {
   users.names = {{-1, "nobody"}};
-  EXPECT_STREQ(parse(line("JOB_MOVE", "4.0", kMove.with("numbers", "-1 2 3 4")))->eventLog.jobMoveLog.userName,
+  EXPECT_STREQ(parsed(line("JOB_MOVE", "4.0", kMove.with("numbers", "-1 2 3 4")))->eventLog.jobMoveLog.userName,
                "nobody");
-  EXPECT_STREQ(parse(line("JOB_SWITCH", "4.0", kSwitch.with("numbers", "-1 2")))->eventLog.jobSwitchLog.userName,
+  EXPECT_STREQ(parsed(line("JOB_SWITCH", "4.0", kSwitch.with("numbers", "-1 2")))->eventLog.jobSwitchLog.userName,
                "nobody");
-  EXPECT_STREQ(parse(line("JOB_FORCE", "4.0", kForce.with("numbers", "1 -1 3 4")))->eventLog.jobForceLog.userName,
+  EXPECT_STREQ(parsed(line("JOB_FORCE", "4.0", kForce.with("numbers", "1 -1 3 4")))->eventLog.jobForceLog.userName,
                "nobody");
-  EXPECT_STREQ(parse(line("MIG", "4.0", kMig.with("userId", "-1")))->eventLog.migLog.userName, "nobody");
+  EXPECT_STREQ(parsed(line("MIG", "4.0", kMig.with("userId", "-1")))->eventLog.migLog.userName, "nobody");
   EXPECT_THAT(users.asked, ElementsAre(-1)) << "the answer is kept";
 }
 
 TEST_F(JobControl, TakesUserNamesOf1To59Characters) {
   const std::string longest(59, 'u');
   const auto quoted = [](const std::string &text) { return '"' + text + '"'; };
-  EXPECT_EQ(parse(line("JOB_SIGNAL", "10.1", kSignal.with("userName", quoted(longest))))->eventLog.jobSignalLog.userName,
+  EXPECT_EQ(parsed(line("JOB_SIGNAL", "10.1", kSignal.with("userName", quoted(longest))))->eventLog.jobSignalLog.userName,
             longest);
   const std::pair<const char *, Fields> lines[] = {{"JOB_SIGNAL", kSignal}, {"JOB_MOVE", kMove},
                                                    {"JOB_SWITCH", kSwitch}, {"JOB_SWITCH2", kSwitch2},
@@ -199,13 +200,16 @@ TEST_F(JobControl, HoldsTheRangesOfAMoveInThreeArrays) {
 }
 
 TEST_F(JobControl, DoesNotCheckThatRangesOfAMoveConvert) {
-  const OwnedRecord record = parse(line("JOB_MOVE", "10.1", kMove.with("indexRanges", "2 1 10 2")));
-  ASSERT_EQ(record, nullptr) << "the second range takes the next count, whose list then meets a name";
-  EXPECT_EQ(wmq_errno, WMQE_BAD_FORMAT);
-  const OwnedRecord unconverted =
-      parse(line("JOB_MOVE", "10.1", kMove.with("indexRanges", "2 1 10 2").with("newRmtJobCtrls", "0")));
-  ASSERT_NE(unconverted, nullptr) << "a range that does not convert leaves the rest where it is";
-  EXPECT_EQ(unconverted->eventLog.jobMoveLog.indexRangeCnt, 2);
+  // The second range begins with the next count, which is then read from the same place.
+  OwnedRecord record = parse(line("JOB_MOVE", "10.1", kMove.with("indexRanges", "2 1 10 2")));
+  ASSERT_NE(record, nullptr);
+  EXPECT_THAT(numbersOf(2, record->eventLog.jobMoveLog.indexRangeStart), ElementsAre(1, 1));
+  EXPECT_THAT(numbersOf(2, record->eventLog.jobMoveLog.indexRangeEnd), ElementsAre(10, 0));
+  EXPECT_EQ(record->eventLog.jobMoveLog.numNewRmtJobCtrl, 1);
+  record = parse(line("JOB_MOVE", "10.1", kMove.with("indexRanges", "-3").with("newRmtJobCtrls", "0")));
+  ASSERT_NE(record, nullptr);
+  EXPECT_EQ(record->eventLog.jobMoveLog.indexRangeCnt, -3);
+  EXPECT_EQ(record->eventLog.jobMoveLog.indexRangeStart, nullptr);
 }
 
 TEST_F(JobControl, MustHaveTheCountOfNewControlsInAMoveOf10_1) {
@@ -433,11 +437,11 @@ TEST_F(JobControl, CutsWideNumbersOfAnActionAndACheckpointTo32Bits) {
     eventRecord action = bareRecord(EVENT_JOB_SIGACT);
     action.eventLog.jobSigActLog.sigActInt1 = held;
     EXPECT_EQ(fieldsOf(action), " 0 " + written + " 0 0 0 0 0 \"\" 0\n");
-    EXPECT_EQ(readBack(action)->eventLog.jobSigActLog.sigActInt1, std::stoll(written));
+    EXPECT_EQ(parsed(format(action))->eventLog.jobSigActLog.sigActInt1, std::stoll(written));
     eventRecord checkpoint = bareRecord(EVENT_CHKPNT);
     checkpoint.eventLog.chkpntLog.chkpntInt1 = held;
     EXPECT_EQ(fieldsOf(checkpoint), " 0 " + written + " 0 0 0 0 \"\" 0 \"\" 0\n");
-    EXPECT_EQ(readBack(checkpoint)->eventLog.chkpntLog.chkpntInt1, std::stoll(written));
+    EXPECT_EQ(parsed(format(checkpoint))->eventLog.chkpntLog.chkpntInt1, std::stoll(written));
   }
 }
 
@@ -458,16 +462,16 @@ TEST_F(JobControl, CarriesTheSixthNumberOfAnActionBeforeItsText) {
 }
 
 TEST_F(JobControl, HasTheLastNumberOfACheckpointAbove3_0Only) {
-  EXPECT_EQ(parse(line("CHKPNT", "3.0", kChkpnt))->eventLog.chkpntLog.chkpntInt5, 0);
-  EXPECT_EQ(parse(line("CHKPNT", "3.01", kChkpnt))->eventLog.chkpntLog.chkpntInt5, 6);
+  EXPECT_EQ(parsed(line("CHKPNT", "3.0", kChkpnt))->eventLog.chkpntLog.chkpntInt5, 0);
+  EXPECT_EQ(parsed(line("CHKPNT", "3.01", kChkpnt))->eventLog.chkpntLog.chkpntInt5, 6);
 }
 
 TEST_F(JobControl, HasTheLastNumberOfARequeueFrom9_13On) {
-  EXPECT_EQ(parse(line("JOB_REQUEUE", "9.12", "1 2 3"))->eventLog.jobRequeueLog.requeueInt2, 0);
-  EXPECT_EQ(parse(line("JOB_REQUEUE", "9.13", "1 2 3"))->eventLog.jobRequeueLog.requeueInt2, 3);
+  EXPECT_EQ(parsed(line("JOB_REQUEUE", "9.12", "1 2 3"))->eventLog.jobRequeueLog.requeueInt2, 0);
+  EXPECT_EQ(parsed(line("JOB_REQUEUE", "9.13", "1 2 3"))->eventLog.jobRequeueLog.requeueInt2, 3);
   EXPECT_EQ(faultOf(line("JOB_REQUEUE", "9.12", "1 2")), Fault{});
   EXPECT_EQ(faultOf(line("JOB_REQUEUE", "9.13", "1 2")), (Fault{WMQE_BAD_FORMAT, "requeueInt2"}));
-  EXPECT_EQ(parse(line("JOB_REQUEUE", "3.0", "1"))->eventLog.jobRequeueLog.requeueInt1, 0);
+  EXPECT_EQ(parsed(line("JOB_REQUEUE", "3.0", "1"))->eventLog.jobRequeueLog.requeueInt1, 0);
 }
 
 // ---------------------------------------------------------------------------------- JOB_FORCE
@@ -544,12 +548,12 @@ TEST_F(JobControl, LeavesCompressedHostsOfAMigrationAsTheyAre) {
 }
 
 TEST_F(JobControl, LooksUserMinus1UpForAMigrationOf2_1) {
-  users.names = {{-1, "nobody"}};
+  users.names = {{-1, "nobody"}, {7, "anna"}};
   const OwnedRecord record = parse(line("MIG", "2.1", kMig.upTo("numbers")));
   ASSERT_NE(record, nullptr);
   EXPECT_EQ(record->eventLog.migLog.userId, -1);
   EXPECT_STREQ(record->eventLog.migLog.userName, "nobody");
-  EXPECT_EQ(parse(line("MIG", "2.2", kMig))->eventLog.migLog.userId, 7);
+  EXPECT_EQ(parsed(line("MIG", "2.2", kMig))->eventLog.migLog.userId, 7);
 }
 
 TEST_F(JobControl, HasTheLateNumbersOfAMigrationFrom8_0On) {

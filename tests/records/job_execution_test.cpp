@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 
 #include "companion/written_text.h"
+#include "support/parsed.h"
 #include "support/record_lines.h"
 
 namespace wmq::testing {
@@ -41,8 +42,8 @@ TEST(JobStartAccept, OwnsEachOfItsEmptyClusters) {
 }
 
 TEST(JobStartAccept, CarriesItsFourthNumberAbove3_0Only) {
-  EXPECT_EQ(parse(accept("3.0", kAccept))->eventLog.jobStartAcceptLog.acceptInt3, 0);
-  EXPECT_EQ(parse(accept("3.01", kAccept))->eventLog.jobStartAcceptLog.acceptInt3, 4);
+  EXPECT_EQ(parsed(accept("3.0", kAccept))->eventLog.jobStartAcceptLog.acceptInt3, 0);
+  EXPECT_EQ(parsed(accept("3.01", kAccept))->eventLog.jobStartAcceptLog.acceptInt3, 4);
   EXPECT_EQ(faultOf(accept("3.01", kAccept.upTo("numbers"))), (Fault{WMQE_BAD_FORMAT, "acceptInt3"}));
 }
 
@@ -56,7 +57,7 @@ TEST(JobStartAccept, Of9_1MustHaveAllButTheLastNumber) {
 
 TEST(JobStartAccept, MustHaveItsLastNumberFrom9_11On) {
   EXPECT_EQ(faultOf(accept("9.11", kAccept.upTo("dstJobId"))), (Fault{WMQE_BAD_FORMAT, "acceptInt4"}));
-  EXPECT_EQ(parse(accept("9.11", kAccept))->eventLog.jobStartAcceptLog.acceptInt4, 9);
+  EXPECT_EQ(parsed(accept("9.11", kAccept))->eventLog.jobStartAcceptLog.acceptInt4, 9);
 }
 
 TEST(JobStartAccept, MustHaveThreeNumbersAtItsHead) {
@@ -126,8 +127,8 @@ TEST(JobExecute, Of3_0CarriesItsFirstLateNumberAndNotTheNext) {
   ASSERT_NE(record, nullptr);
   EXPECT_EQ(executeOf(record).execInt3, 33);
   EXPECT_EQ(executeOf(record).execInt4, 0);
-  EXPECT_EQ(executeOf(parse(execute("3.01", kExecute))).execInt4, 34);
-  EXPECT_EQ(executeOf(parse(execute("2.9", kExecute))).execInt3, 0);
+  EXPECT_EQ(executeOf(parsed(execute("3.01", kExecute))).execInt4, 34);
+  EXPECT_EQ(executeOf(parsed(execute("2.9", kExecute))).execInt3, 0);
 }
 
 TEST(JobExecute, Of6_0EndsBehindItsFifthNumber) {
@@ -142,8 +143,8 @@ TEST(JobExecute, Of6_0EndsBehindItsFifthNumber) {
 }
 
 TEST(JobExecute, CarriesItsSeventhNumberAbove6_1Only) {
-  EXPECT_EQ(executeOf(parse(execute("6.1", kExecute))).execInt7, 2147483647);
-  EXPECT_EQ(executeOf(parse(execute("6.11", kExecute))).execInt7, 37);
+  EXPECT_EQ(executeOf(parsed(execute("6.1", kExecute))).execInt7, 2147483647);
+  EXPECT_EQ(executeOf(parsed(execute("6.11", kExecute))).execInt7, 37);
 }
 
 TEST(JobExecute, Of5_9HasItsDefaults) {

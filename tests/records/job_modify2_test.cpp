@@ -8,6 +8,7 @@
 #include <stdexcept>
 
 #include "companion/written_text.h"
+#include "support/parsed.h"
 #include "support/record_lines.h"
 
 namespace wmq::testing {
@@ -228,15 +229,15 @@ TEST(JobModify2, TakesItsSecondListOfNamesFromALowByteOnly) {
   const OwnedRecord record = parse(modify("10.1", fieldsWith({.names = 0x8000})));
   ASSERT_NE(record, nullptr);
   EXPECT_EQ(logOf(record).nameList2, nullptr);
-  EXPECT_EQ(logOf(parse(modify("10.1", fieldsWith({.names = 0x180})))).numNameList2, 2);
+  EXPECT_EQ(logOf(parsed(modify("10.1", fieldsWith({.names = 0x180})))).numNameList2, 2);
 }
 
 // ------------------------------------------------------------------- versions of the line
 
 TEST(JobModify2, CarriesItsLicenseProjectAbove6_0OnlyUnlikeANewJob) {
   const Announced license{.options2 = 0x200000};
-  EXPECT_STREQ(logOf(parse(modify("6.0", fieldsWith(license)))).licenseProject, "");
-  EXPECT_STREQ(logOf(parse(modify("6.01", fieldsWith(license)))).licenseProject, "license");
+  EXPECT_STREQ(logOf(parsed(modify("6.0", fieldsWith(license)))).licenseProject, "");
+  EXPECT_STREQ(logOf(parsed(modify("6.01", fieldsWith(license)))).licenseProject, "license");
 }
 
 TEST(JobModify2, CarriesAnnouncedFieldsWithoutAVersionOnTheOldestLines) {
@@ -250,7 +251,7 @@ TEST(JobModify2, CarriesAnnouncedFieldsWithoutAVersionOnTheOldestLines) {
 
 TEST(JobModify2, TellsVersionsThatReachAFieldFromThoseAboveIt) {
   const auto read = [](const char *version, const Changes &changes) {
-    return parse(modify(version, fieldsWith({.options3 = ~0U}, changes)));
+    return parsed(modify(version, fieldsWith({.options3 = ~0U}, changes)));
   };
   OwnedRecord record = read("7.0", {});
   EXPECT_EQ(logOf(record).modInt15, 315);
@@ -373,7 +374,7 @@ TEST(JobModify2, EndsWithTheFailureOfARecordThatItHolds) {
     EXPECT_EQ(faultOf(modify("10.1", fieldsWith({}, changes))).error, WMQE_BAD_FORMAT) << broken;
   }
   EXPECT_EQ(faultOf(modify("10.1", fieldsWith({}, {{"newRmtJobCtrls", "1 \"a\" \"b\" 1 5 1 6 7"}}))),
-            (Fault{WMQE_BAD_FORMAT, "c"}));
+            (Fault{WMQE_BAD_FORMAT, "a"}));
 }
 
 TEST(JobModify2, LosesTheSecondListOfItsLastNewRecord) {

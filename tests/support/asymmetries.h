@@ -20,7 +20,7 @@ struct Asymmetry {
 // Every one that there is. A type that is not named here reads back what it writes.
 const std::vector<Asymmetry> &asymmetries();
 
-void avoidAsymmetries(eventRecord &record);
+void avoidAsymmetries(eventRecord &record, const Asymmetry *butFor = nullptr);
 
 }  // namespace wmq::testing
 

@@ -6,7 +6,7 @@
 # The commands of a file run in one shell, in an empty directory. WMQ is the program under test.
 set -uo pipefail
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
-program=$(realpath "${WMQ:?is to be the program under test}")
+program=$(realpath -e "${WMQ:?is to be the program under test}") || exit
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
