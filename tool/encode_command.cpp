@@ -61,8 +61,21 @@ void addEncodeCommand(CLI::App &program, Run &run) {
       "\n"
       "  FILE:LINE: error NUMBER NAME: what is wrong\n"
       "\n"
-      "nothing is written for it and the next one goes on; the exit status is 1 then.");
+      "nothing is written for it and the next one goes on; the exit status is 1 then.\n"
+      "The status stream carries JOB_STATUS2 records, the pending-reasons stream\n"
+      "JOB_PENDING_REASONS records; each drops most others without a word.");
   command->add_option("FILE", options->files);
+  command
+      ->add_option_function<std::string>(
+          "--kind",
+          [options](const std::string &name) {
+            for (const StreamOperations *stream : {&statusStream, &pendingReasonsStream})
+              if (name == stream->name) options->sink.stream = stream;
+          },
+          "write as this stream does: events (default), status or pending")
+      ->type_name("KIND")
+      ->check(
+          CLI::IsMember({eventStream.name, statusStream.name, pendingReasonsStream.name}).description(""));
   addSinkOptions(
       *command, options->sink,
       "append to this stream file, which rotates into FILE.SECONDS, instead of writing to standard output",
@@ -70,7 +83,8 @@ void addEncodeCommand(CLI::App &program, Run &run) {
   command->footer(
       "Examples:\n"
       "  wmq decode stream.1700000000 | jq -c 'del(.eventLog.command)' | wmq encode\n"
-      "  wmq encode -o events/stream --max-size 4M --max-files 3 < records.json");
+      "  wmq encode -o events/stream --max-size 4M --max-files 3 < records.json\n"
+      "  wmq encode --kind status -o ./wmq.status < samples.json");
   command->callback([options, &run] { run = [options] { return encodeFiles(*options); }; });
 }
 

@@ -7,6 +7,18 @@
 
 namespace wmq::tool {
 
+const StreamOperations eventStream{"events",        &streamParams::fileName, wmq_openstream,
+                                   wmq_writestream, wmq_closestream,         wmq_formatrecord};
+const StreamOperations statusStream{"status",        &streamParams::statusFileName,
+                                    wmq_openstatus,  wmq_writestatus,
+                                    wmq_closestatus, wmq_formatstatus};
+const StreamOperations pendingReasonsStream{"pending",
+                                            &streamParams::pendingReasonsFileName,
+                                            wmq_openpendingreasons,
+                                            wmq_writependingreasons,
+                                            wmq_closependingreasons,
+                                            wmq_formatpendingreasons};
+
 namespace {
 
 std::string failureText(int number, int systemError) {
@@ -17,11 +29,11 @@ std::string failureText(int number, int systemError) {
 
 // A stream reports a record that it cannot write and a disk that is full by the same number. Whether it is
 // the record shows where no disk is involved.
-bool isRefusedAnywhere(eventRecord &record) {
+bool isRefusedAnywhere(const StreamOperations &stream, eventRecord &record) {
   char *text = nullptr;
   size_t length = 0;
   wmq_errno = 0;
-  int result = wmq_formatrecord(&record, &text, &length);
+  int result = stream.format(&record, &text, &length);
   std::free(text);
   return result != 0;
 }
@@ -33,12 +45,12 @@ bool RecordSink::open() {
   // Old files of a bare name are not found by the library.
   if (options.file.find('/') == std::string::npos) options.file.insert(0, "./");
   streamParams params{};
-  params.fileName = options.file.data();
+  params.*options.stream->path = options.file.data();
   params.maxStreamSize = options.maxSize;
   params.maxStreamFileNum = options.maxFiles;
   wmq_errno = 0;
   errno = 0;
-  if (wmq_openstream(&params) == 0) return true;
+  if (options.stream->open(&params) == 0) return true;
   faults.failure(options.file, failureText(wmq_errno, errno));
   return false;
 }
@@ -51,7 +63,7 @@ RecordSink::Result RecordSink::write(eventRecord &record) {
 RecordSink::Result RecordSink::writeToOutput(eventRecord &record) {
   char *text = nullptr;
   size_t length = 0;
-  bool fine = wmq_formatrecord(&record, &text, &length) == 0;
+  bool fine = options.stream->format(&record, &text, &length) == 0;
   bool put = fine && (!text || output.write({text, length}));
   std::free(text);
   if (!fine) return Result::refused;
@@ -60,10 +72,10 @@ RecordSink::Result RecordSink::writeToOutput(eventRecord &record) {
 
 RecordSink::Result RecordSink::writeToStream(eventRecord &record) {
   errno = 0;
-  if (wmq_writestream(&record) == 0) return Result::written;
+  if (options.stream->write(&record) == 0) return Result::written;
   int number = wmq_errno;
   int systemError = errno;
-  if (isRefusedAnywhere(record)) return Result::refused;
+  if (isRefusedAnywhere(*options.stream, record)) return Result::refused;
   faults.failure(options.file, failureText(number, systemError));
   return Result::failed;
 }
@@ -71,7 +83,7 @@ RecordSink::Result RecordSink::writeToStream(eventRecord &record) {
 void RecordSink::close() {
   if (toStandardOutput()) {
     output.finish(faults);
-  } else if (wmq_closestream() != 0) {
+  } else if (options.stream->close() != 0) {
     faults.failure(options.file, "cannot be closed");
   }
 }

@@ -1,4 +1,4 @@
-// Where records go: standard output, or an event stream that rotates.
+// Where records go: standard output, or a stream that rotates.
 #ifndef WMQ_TOOL_RECORD_SINK_H
 #define WMQ_TOOL_RECORD_SINK_H
 
@@ -11,7 +11,21 @@
 
 namespace wmq::tool {
 
+// The three streams of the library, by what is done with them.
+struct StreamOperations {
+  const char *name;  // as an option has it
+  char *streamParams::*path;
+  int (*open)(const streamParams *params);
+  int (*write)(eventRecord *record);
+  int (*close)();
+  int (*format)(eventRecord *record, char **text, size_t *length);
+};
+extern const StreamOperations eventStream;
+extern const StreamOperations statusStream;
+extern const StreamOperations pendingReasonsStream;
+
 struct SinkOptions {
+  const StreamOperations *stream = &eventStream;
   std::string file = "-";  // "-": standard output
   int32_t maxSize = 0;     // bytes at which the file is rotated; 0: the library's own limit
   int32_t maxFiles = 10;   // old files kept

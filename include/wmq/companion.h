@@ -122,11 +122,11 @@ typedef struct attribute {
 
 // Resources used on one host.
 typedef struct hostRusageEntry {
-  char *name;       // host; owned
-  int32_t mem;      // KB
-  int32_t swap;     // KB
-  int64_t utime;    // seconds
-  int64_t stime;    // seconds
+  char *name;     // host; owned
+  int32_t mem;    // KB
+  int32_t swap;   // KB
+  int64_t utime;  // seconds
+  int64_t stime;  // seconds
   int32_t numAttrs;
   struct attribute *attrs;  // owned array of numAttrs
 } hostRusageEntry;

@@ -120,15 +120,15 @@ WMQ_API int32_t wmq_typecode(const char *name);
 // ------------------------------------------------------------ error numbers
 
 enum {
-  WMQE_BAD_ARG = 35,         // a required argument is null
-  WMQE_BAD_EVENT = 45,       // no such event type: unknown name when reading, unnamed code when writing
-  WMQE_BAD_FORMAT = 46,      // the line, or a field of it, is missing or malformed
-  WMQE_EOF = 47,             // no further line can be read
-  WMQE_NO_USER = 53,         // a user's name could not be obtained from the user id
-  WMQE_SYS = 54,             // a file operation failed; errno tells which way
-  WMQE_NO_MEM = 55,          // memory could not be obtained
-  WMCE_NO_MEM = 98,          // the base library's out-of-memory number (`wmc_errno`; JOB_FINISH reading too)
-  WMQE_FILES_REMOVED = 743   // not a failure: a rotation removed old files, the write itself succeeded
+  WMQE_BAD_ARG = 35,        // a required argument is null
+  WMQE_BAD_EVENT = 45,      // no such event type: unknown name when reading, unnamed code when writing
+  WMQE_BAD_FORMAT = 46,     // the line, or a field of it, is missing or malformed
+  WMQE_EOF = 47,            // no further line can be read
+  WMQE_NO_USER = 53,        // a user's name could not be obtained from the user id
+  WMQE_SYS = 54,            // a file operation failed; errno tells which way
+  WMQE_NO_MEM = 55,         // memory could not be obtained
+  WMCE_NO_MEM = 98,         // the base library's out-of-memory number (`wmc_errno`; JOB_FINISH reading too)
+  WMQE_FILES_REMOVED = 743  // not a failure: a rotation removed old files, the write itself succeeded
 };
 
 // Reason of the last failure on this thread, one of the numbers above. Operations set it when they fail
@@ -144,8 +144,8 @@ WMQ_API const char *wmq_errname(int number);
 WMQ_API const char *wmq_strerror(int number);
 
 // What exactly the last failed reading or writing of a record on this thread stumbled over: type name,
-// field, byte position in the line (from 0) and what was expected there. "" when nothing has failed yet. The text
-// belongs to the library and stands until the next failure on this thread.
+// field, byte position in the line (from 0) and what was expected there. "" when nothing has failed yet. The
+// text belongs to the library and stands until the next failure on this thread.
 WMQ_API const char *wmq_errdetail(void);
 
 #ifdef __cplusplus

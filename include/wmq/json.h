@@ -14,16 +14,18 @@ extern "C" {
 #endif
 
 // Writes `record` as JSON into `*buffer`, like getline(3): `*buffer` comes from malloc and has `*capacity`
-// bytes (null and 0 to begin with), is grown as needed, and stays the caller's to reuse and free. `pretty` not
-// 0: indented over several lines. No line end at the end; a NUL follows the text.
+// bytes (null and 0 to begin with), is grown as needed, and stays the caller's to reuse and free. `pretty`
+// not 0: indented over several lines. No line end at the end; a NUL follows the text.
 // Returns the length of the text, or -1 with wmq_errno WMQE_NO_MEM, WMQE_BAD_ARG (a null argument), or
 // WMQE_BAD_EVENT (a type code that no log structure belongs to).
-WMQ_API ssize_t wmq_record2json(const struct eventRecord *record, int pretty, char **buffer, size_t *capacity);
+WMQ_API ssize_t wmq_record2json(const struct eventRecord *record, int pretty, char **buffer,
+                                size_t *capacity);
 
 // Reads one JSON object of `length` bytes (nothing but white space may follow it). Absent members are as in a
 // zero-filled record. The new record is the caller's, to be released with wmq_freekept and wmq_freelogrec.
 // Returns null with wmq_errno
-//   WMQE_BAD_FORMAT  bad JSON, an unknown member, a value of the wrong kind or out of its member's range, a text
+//   WMQE_BAD_FORMAT  bad JSON, an unknown member, a value of the wrong kind or out of its member's range, a
+//   text
 //                    too long for its array, a count that differs from its array's length
 //   WMQE_BAD_EVENT   no or no known type, or type and code disagree
 //   WMQE_NO_MEM, WMQE_BAD_ARG

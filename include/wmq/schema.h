@@ -39,10 +39,10 @@ typedef enum wmqGate {
 } wmqGate;
 
 enum {
-  WMQ_FIELD_AGAIN = 1,         // the member was stated before: a second place on the line
-  WMQ_FIELD_COUNT = 2,         // the number of elements of the counted arrays that name it
-  WMQ_FIELD_KEPT = 4,          // release leaves it (wmq_freekept frees it)
-  WMQ_FIELD_BLOCK = 8,         // all arrays of this count share one allocation, the first begins it
+  WMQ_FIELD_AGAIN = 1,          // the member was stated before: a second place on the line
+  WMQ_FIELD_COUNT = 2,          // the number of elements of the counted arrays that name it
+  WMQ_FIELD_KEPT = 4,           // release leaves it (wmq_freekept frees it)
+  WMQ_FIELD_BLOCK = 8,          // all arrays of this count share one allocation, the first begins it
   WMQ_FIELD_WRITTEN_ONLY = 16,  // never read back
   WMQ_FIELD_READ_ONLY = 32,     // never written
   WMQ_FIELD_OFF_LINE = 64,      // a member that no line carries
@@ -57,9 +57,9 @@ typedef struct wmqField {
   const char *name;  // of the member
   wmqKind kind;
   wmqShape shape;
-  size_t offset;  // of the member in its structure
-  size_t size;    // bytes of the member; of one element where it is an array
-  size_t length;  // elements of a WMQ_SHAPE_FIXED array, else 1
+  size_t offset;                   // of the member in its structure
+  size_t size;                     // bytes of the member; of one element where it is an array
+  size_t length;                   // elements of a WMQ_SHAPE_FIXED array, else 1
   const struct wmqLayout *layout;  // of WMQ_KIND_STRUCT, else null
   const char *countName;           // WMQ_SHAPE_COUNTED: the count member, else null
   size_t countOffset;

@@ -17,13 +17,14 @@ extern "C" {
 
 // Parameters of a stream, for all three kinds. The caller keeps the strings only for the call.
 typedef struct streamParams {
-  char *fileName;            // path of the event stream; null: "/tmp/wmq.stream"
-  int32_t maxStreamSize;     // bytes at or above which the file is rotated; 0 or less: 1000000000
-  int32_t maxStreamFileNum;  // old files kept. With 0 or less nothing is ever rotated, and from the moment the
-                             // file has reached its size every 100th write fails
-  int32_t trace;             // not 0: report open, rotation, removal and close through traceFunc
+  char *fileName;         // path of the event stream; null: "/tmp/wmq.stream"
+  int32_t maxStreamSize;  // bytes at or above which the file is rotated; 0 or less: 1000000000
+  int32_t
+      maxStreamFileNum;  // old files kept. With 0 or less nothing is ever rotated, and from the moment the
+                         // file has reached its size every 100th write fails
+  int32_t trace;         // not 0: report open, rotation, removal and close through traceFunc
   int (*traceFunc)(const char *message);  // may be null; the text stands until the next message
-  char *statusFileName;          // path of the status stream; null: "/tmp/wmq.status"
+  char *statusFileName;                   // path of the status stream; null: "/tmp/wmq.status"
   char *pendingReasonsFileName;  // path of the pending-reasons stream; null: "/tmp/wmq.pendingreasons"
 } streamParams;
 
@@ -40,8 +41,8 @@ WMQ_API const char *wmq_streamversion(void);
 //
 // Before every 100th call the size is checked; a file that has reached its limit gets an end-of-stream line,
 // is renamed to "PATH.SECONDS", and a new one is begun. The oldest old files beyond maxStreamFileNum are
-// removed. No old file is ever overwritten: when a file with that suffix or a later one exists, the suffix is one more than
-// the largest.
+// removed. No old file is ever overwritten: when a file with that suffix or a later one exists, the suffix is
+// one more than the largest.
 //
 // The record stays the caller's; some writers change it (jobNewLog, jobStatusLog say where).
 // Returns 0 on success (wmq_errno is WMQE_FILES_REMOVED when this call removed old files), -1 or less on
@@ -50,7 +51,8 @@ WMQ_API const char *wmq_streamversion(void);
 //   WMQE_BAD_EVENT                     the type has no name; nothing was written
 //   WMQE_SYS                           a write failed, errno tells (ENOSPC: the disk is full); what was
 //                                      written of the line stays
-//   WMQE_SYS, WMQE_NO_MEM or unchanged the rotation failed; nothing was written of this record. After a failed
+//   WMQE_SYS, WMQE_NO_MEM or unchanged the rotation failed; nothing was written of this record. After a
+//   failed
 //                                      rename or creation only closing and opening helps
 // Types 60 to 64 are dropped with success. Types 29, 30 and 70 write a header without line end, and return 0
 // only if wmq_errno was 0 before the call.
@@ -93,16 +95,18 @@ WMQ_API int wmq_formatrecord(struct eventRecord *record, char **text, size_t *le
 
 // ------------------------------------------------------------- the side streams
 
-// The status stream carries JOB_STATUS2 records only, the pending-reasons stream JOB_PENDING_REASONS only. They open, rotate,
-// read and close like the event stream, each with a descriptor and a counter of its own, and with these
-// differences:
+// The status stream carries JOB_STATUS2 records only, the pending-reasons stream JOB_PENDING_REASONS only.
+// They open, rotate, read and close like the event stream, each with a descriptor and a counter of its own,
+// and with these differences:
 //   - opening while open changes nothing only when the same path is given; another path, or none, closes the
 //     stream and opens it anew;
 //   - writing any other type does nothing, with success and wmq_errno 0, but for these, which fail with
-//     WMQE_BAD_EVENT: 0, 3, 31, 33, 50, 56, 59, 65, 66, 67, 71 (status stream), 76, negative ones and those above 78;
+//     WMQE_BAD_EVENT: 0, 3, 31, 33, 50, 56, 59, 65, 66, 67, 71 (status stream), 76, negative ones and those
+//     above 78;
 //   - writing does not tell whether old files were removed;
 //   - the removal of old files is traced through the event stream's parameters, if one is open.
-// A read shares its record with wmq_readstream and wmq_readstreamline: each releases what the last one returned.
+// A read shares its record with wmq_readstream and wmq_readstreamline: each releases what the last one
+// returned.
 WMQ_API int wmq_openstatus(const struct streamParams *params);
 WMQ_API int wmq_writestatus(struct eventRecord *record);
 WMQ_API struct eventRecord *wmq_readstatus(int *lineNum);
@@ -114,8 +118,8 @@ WMQ_API struct eventRecord *wmq_readpendingreasons(int *lineNum);
 WMQ_API int wmq_closependingreasons(void);
 
 // Removes the oldest old files of the stream file `path` ("PATH.NUMBER", regular files) so that fewer than
-// `fileCount` remain. Returns 0 (wmq_errno WMQE_FILES_REMOVED when some were removed), -1 for a null path or a
-// count below 1 (wmq_errno unchanged), for a directory that cannot be listed (WMQE_SYS) and without memory
+// `fileCount` remain. Returns 0 (wmq_errno WMQE_FILES_REMOVED when some were removed), -1 for a null path or
+// a count below 1 (wmq_errno unchanged), for a directory that cannot be listed (WMQE_SYS) and without memory
 // (WMQE_NO_MEM), -2 when a file cannot be removed (WMQE_SYS).
 WMQ_API int wmq_checkstatusfilenum(const char *path, int32_t fileCount);
 
@@ -133,7 +137,8 @@ WMQ_API void freeLogRec(struct eventRecord *record);
 WMQ_API void wmq_freelogrec(struct eventRecord *record);
 
 // Frees what release keeps by design (the index ranges and attribute groups of JOB_STATUS, the index ranges
-// of JOB_CLEAN, the strings of JOB_MSG_ACK). Long-running readers call it before wmq_freelogrec. Null is allowed.
+// of JOB_CLEAN, the strings of JOB_MSG_ACK). Long-running readers call it before wmq_freelogrec. Null is
+// allowed.
 WMQ_API void wmq_freekept(struct eventRecord *record);
 
 #ifdef __cplusplus

@@ -30,8 +30,8 @@ static void layout(auto &io, jobRunRusageLog &log) {
   using L = jobRunRusageLog;
   withoutSkips(io);
   numbers<&L::runRusageInt1, &L::runRusageInt2>(io, log);
-  numbers<&L::runRusageInt3, &L::runRusageInt4, &L::runRusageLong1, &L::runRusageLong2, &L::numRusageEntries>(io,
-                                                                                                             log);
+  numbers<&L::runRusageInt3, &L::runRusageInt4, &L::runRusageLong1, &L::runRusageLong2, &L::numRusageEntries>(
+      io, log);
   stopIfZero<&L::numRusageEntries>(io, log);
   negativeFails<&L::numRusageEntries>(io, log);
   elements<&L::numRusageEntries, &L::rusageEntries>(io, log);
@@ -89,7 +89,8 @@ static void layout(auto &io, jobResizeLog &log) {
       io, log, always, {nullptr, "%s: The numResizeHosts for JOB_RESIZE is zero for job <%d>", true});
   resizeHosts<&L::numAllocSlots, &L::allocSlots, some>(
       io, log, atLeast(9.13F),
-      {"%s: OFFSET numAllocSlots <%s>", "%s: The number of slot execution hosts is zero for job <%s>", false});
+      {"%s: OFFSET numAllocSlots <%s>", "%s: The number of slot execution hosts is zero for job <%s>",
+       false});
   resizeHosts<&L::numResizeSlots, &L::resizeSlots, any>(
       io, log, atLeast(9.13F),
       {"                %s: The number of resized slot hosts is zero for job <%s>", nullptr, false});
@@ -157,12 +158,12 @@ static void layout(auto &io, slaLog &log) {
 
 static void layout(auto &io, perfmonMetricsLog &log) {
   using L = perfmonMetricsLog;
-  numbers<low32<&L::metricLong1>, &L::metricInt1, &L::metricInt2, &L::metricInt3, &L::metricInt4, &L::metricInt5,
-          &L::metricInt6, &L::metricInt7, &L::metricInt8, &L::metricInt9, &L::metricInt10, &L::metricInt11>(io,
-                                                                                                           log);
+  numbers<low32<&L::metricLong1>, &L::metricInt1, &L::metricInt2, &L::metricInt3, &L::metricInt4,
+          &L::metricInt5, &L::metricInt6, &L::metricInt7, &L::metricInt8, &L::metricInt9, &L::metricInt10,
+          &L::metricInt11>(io, log);
   fromFirstField(io);
   numbers<&L::metricLong2, &L::metricInt12, &L::metricInt13, &L::metricInt14, &L::metricInt15>(io, log,
-                                                                                              atLeast(9.1F));
+                                                                                               atLeast(9.1F));
   fromFirstField(io);
   number<&L::metricInt16>(io, log, atLeast(9.2F));
 }
@@ -184,7 +185,9 @@ int readJobRunRusage(const char *fields, jobRunRusageLog *log) {
   return wmq::readFields(fields, wmq::jobRunRusageCodec, log);
 }
 
-int writeJobResize(FILE *file, jobResizeLog *log) { return wmq::writeFields(file, wmq::jobResizeCodec, log, true); }
+int writeJobResize(FILE *file, jobResizeLog *log) {
+  return wmq::writeFields(file, wmq::jobResizeCodec, log, true);
+}
 
 int readJobResize(const char *fields, jobResizeLog *log) {
   return wmq::readFields(fields, wmq::jobResizeCodec, log);

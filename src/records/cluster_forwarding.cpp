@@ -55,13 +55,17 @@ constinit const RecordCodec statusAckCodec = recordCodec<statusAckLog>();
 
 }  // namespace wmq
 
-int writeJobForward(FILE *file, jobForwardLog *log) { return wmq::writeFields(file, wmq::jobForwardCodec, log, true); }
+int writeJobForward(FILE *file, jobForwardLog *log) {
+  return wmq::writeFields(file, wmq::jobForwardCodec, log, true);
+}
 
 int readJobForward(const char *fields, jobForwardLog *log) {
   return wmq::readFields(fields, wmq::jobForwardCodec, log);
 }
 
-int writeJobAccept(FILE *file, jobAcceptLog *log) { return wmq::writeFields(file, wmq::jobAcceptCodec, log, true); }
+int writeJobAccept(FILE *file, jobAcceptLog *log) {
+  return wmq::writeFields(file, wmq::jobAcceptCodec, log, true);
+}
 
 int readJobAccept(const char *fields, jobAcceptLog *log) {
   return wmq::readFields(fields, wmq::jobAcceptCodec, log);

@@ -56,7 +56,8 @@ static void layout(auto &io, hgHostCtrlLog &log) {
 static void layout(auto &io, loadIndexLog &log) {
   using L = loadIndexLog;
   hosts<&L::numLoadIndex, &L::loadIndexNames,
-        HostRule{.none = NoHosts::emptyArray, .compressed = false, .expanded = false, .keepsCount = true}>(io, log);
+        HostRule{.none = NoHosts::emptyArray, .compressed = false, .expanded = false, .keepsCount = true}>(
+      io, log);
 }
 
 static void layout(auto &io, calendarLog &log) {
@@ -77,7 +78,9 @@ constinit const RecordCodec calendarCodec = recordCodec<calendarLog>();
 
 }  // namespace wmq
 
-int readMbdStart(const char *fields, mbdStartLog *log) { return wmq::readFields(fields, wmq::mbdStartCodec, log); }
+int readMbdStart(const char *fields, mbdStartLog *log) {
+  return wmq::readFields(fields, wmq::mbdStartCodec, log);
+}
 
 int readMbdDie(const char *fields, mbdDieLog *log) { return wmq::readFields(fields, wmq::mbdDieCodec, log); }
 
@@ -85,9 +88,13 @@ int readQueueCtrl(const char *fields, queueCtrlLog *log) {
   return wmq::readFields(fields, wmq::queueCtrlCodec, log);
 }
 
-int readHostCtrl(const char *fields, hostCtrlLog *log) { return wmq::readFields(fields, wmq::hostCtrlCodec, log); }
+int readHostCtrl(const char *fields, hostCtrlLog *log) {
+  return wmq::readFields(fields, wmq::hostCtrlCodec, log);
+}
 
-int writeHgHostCtrl(FILE *file, hgHostCtrlLog *log) { return wmq::writeFields(file, wmq::hgHostCtrlCodec, log, true); }
+int writeHgHostCtrl(FILE *file, hgHostCtrlLog *log) {
+  return wmq::writeFields(file, wmq::hgHostCtrlCodec, log, true);
+}
 
 int readHgHostCtrl(const char *fields, hgHostCtrlLog *log) {
   return wmq::readFields(fields, wmq::hgHostCtrlCodec, log);
@@ -97,4 +104,6 @@ int readLoadIndex(const char *fields, loadIndexLog *log) {
   return wmq::readFields(fields, wmq::loadIndexCodec, log);
 }
 
-int readCalendar(const char *fields, calendarLog *log) { return wmq::readFields(fields, wmq::calendarCodec, log); }
+int readCalendar(const char *fields, calendarLog *log) {
+  return wmq::readFields(fields, wmq::calendarCodec, log);
+}

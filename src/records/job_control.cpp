@@ -89,8 +89,10 @@ static void layout(auto &io, chkpntLog &log) {
 static void layout(auto &io, migLog &log) {
   using L = migLog;
   numbers<&L::jobId, &L::numHosts>(io, log);
-  hosts<&L::numHosts, &L::hosts,
-        HostRule{.countBefore = true, .none = NoHosts::nullUnlessNegative, .compressed = false, .expanded = false}>(
+  hosts<
+      &L::numHosts, &L::hosts,
+      HostRule{
+          .countBefore = true, .none = NoHosts::nullUnlessNegative, .compressed = false, .expanded = false}>(
       io, log);
   number<&L::userId>(io, log, atLeast(2.2F), -1);
   number<&L::migInt1>(io, log, above(3.0F));
@@ -112,7 +114,9 @@ constinit const RecordCodec migCodec = recordCodec<migLog>();
 
 }  // namespace wmq
 
-int writeJobSignal(FILE *file, jobSignalLog *log) { return wmq::writeFields(file, wmq::jobSignalCodec, log, true); }
+int writeJobSignal(FILE *file, jobSignalLog *log) {
+  return wmq::writeFields(file, wmq::jobSignalCodec, log, true);
+}
 
 int readJobSignal(const char *fields, jobSignalLog *log) {
   return wmq::readFields(fields, wmq::jobSignalCodec, log);
@@ -120,9 +124,13 @@ int readJobSignal(const char *fields, jobSignalLog *log) {
 
 int writeJobMove(FILE *file, jobMoveLog *log) { return wmq::writeFields(file, wmq::jobMoveCodec, log, true); }
 
-int readJobMove(const char *fields, jobMoveLog *log) { return wmq::readFields(fields, wmq::jobMoveCodec, log); }
+int readJobMove(const char *fields, jobMoveLog *log) {
+  return wmq::readFields(fields, wmq::jobMoveCodec, log);
+}
 
-int writeJobSwitch(FILE *file, jobSwitchLog *log) { return wmq::writeFields(file, wmq::jobSwitchCodec, log, true); }
+int writeJobSwitch(FILE *file, jobSwitchLog *log) {
+  return wmq::writeFields(file, wmq::jobSwitchCodec, log, true);
+}
 
 int readJobSwitch(const char *fields, jobSwitchLog *log) {
   return wmq::readFields(fields, wmq::jobSwitchCodec, log);
@@ -146,9 +154,13 @@ int readJobRequeue(const char *fields, jobRequeueLog *log) {
   return wmq::readFields(fields, wmq::jobRequeueCodec, log);
 }
 
-int writeJobForce(FILE *file, jobForceLog *log) { return wmq::writeFields(file, wmq::jobForceCodec, log, true); }
+int writeJobForce(FILE *file, jobForceLog *log) {
+  return wmq::writeFields(file, wmq::jobForceCodec, log, true);
+}
 
-int readJobForce(const char *fields, jobForceLog *log) { return wmq::readFields(fields, wmq::jobForceCodec, log); }
+int readJobForce(const char *fields, jobForceLog *log) {
+  return wmq::readFields(fields, wmq::jobForceCodec, log);
+}
 
 int readChkpnt(const char *fields, chkpntLog *log) { return wmq::readFields(fields, wmq::chkpntCodec, log); }
 

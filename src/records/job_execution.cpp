@@ -13,7 +13,8 @@ static void layout(auto &io, jobStartAcceptLog &log) {
   number<&L::acceptInt4>(io, log, atLeast(9.11F), -1);
 }
 
-// The line order differs from the order in memory: execInt2 stands before the strings, execStr5 before execInt6.
+// The line order differs from the order in memory: execInt2 stands before the strings, execStr5 before
+// execInt6.
 static void layout(auto &io, jobExecuteLog &log) {
   using L = jobExecuteLog;
   numbers<&L::jobId, &L::execInt1, &L::execInt2>(io, log);
@@ -45,7 +46,9 @@ int readJobStartAccept(const char *fields, jobStartAcceptLog *log) {
   return wmq::readFields(fields, wmq::jobStartAcceptCodec, log);
 }
 
-int writeJobExecute(FILE *file, jobExecuteLog *log) { return wmq::writeFields(file, wmq::jobExecuteCodec, log, true); }
+int writeJobExecute(FILE *file, jobExecuteLog *log) {
+  return wmq::writeFields(file, wmq::jobExecuteCodec, log, true);
+}
 
 int readJobExecute(const char *fields, jobExecuteLog *log) {
   return wmq::readFields(fields, wmq::jobExecuteCodec, log);

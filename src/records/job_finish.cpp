@@ -91,7 +91,9 @@ constinit const RecordCodec jobFinishCodec = recordCodec<jobFinishLog>();
 
 }  // namespace wmq
 
-int writeJobFinish(FILE *file, jobFinishLog *log) { return wmq::writeFields(file, wmq::jobFinishCodec, log, true); }
+int writeJobFinish(FILE *file, jobFinishLog *log) {
+  return wmq::writeFields(file, wmq::jobFinishCodec, log, true);
+}
 
 int readJobFinish(const char *fields, jobFinishLog *log, int32_t eventTime) {
   return wmq::readFields(fields, wmq::jobFinishCodec, log, eventTime);

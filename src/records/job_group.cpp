@@ -53,4 +53,6 @@ constinit const RecordCodec jgrpStatusCodec = recordCodec<jgrpStatusLog>();
 
 }  // namespace wmq
 
-int readJgrpMod(const char *fields, jgrpModLog *log) { return wmq::readFields(fields, wmq::jgrpModCodec, log); }
+int readJgrpMod(const char *fields, jgrpModLog *log) {
+  return wmq::readFields(fields, wmq::jgrpModCodec, log);
+}

@@ -75,4 +75,6 @@ int readJobAttaData(const char *fields, jobAttaDataLog *log) {
   return wmq::readFields(fields, wmq::jobAttaDataCodec, log);
 }
 
-int readJobChunk(const char *fields, jobChunkLog *log) { return wmq::readFields(fields, wmq::jobChunkCodec, log); }
+int readJobChunk(const char *fields, jobChunkLog *log) {
+  return wmq::readFields(fields, wmq::jobChunkCodec, log);
+}

@@ -12,4 +12,6 @@ int writeJobStart_ex(FILE *file, jobStartLog *log, int writeNewline) {
   return wmq::writeFields(file, wmq::jobStartCodec, log, writeNewline != 0);
 }
 
-int readJobStart(const char *fields, jobStartLog *log) { return wmq::readFields(fields, wmq::jobStartCodec, log); }
+int readJobStart(const char *fields, jobStartLog *log) {
+  return wmq::readFields(fields, wmq::jobStartCodec, log);
+}

@@ -2,7 +2,8 @@
 //
 // Asymmetries, each with its own test in tests/records/job_start_test.cpp:
 //   - a second host list of as many hosts as the first is written as 0 and read as a copy of the first;
-//   - startInt8, startLong1 and startLong2 are 0 where they do not convert; all other numbers are malformed then.
+//   - startInt8, startLong1 and startLong2 are 0 where they do not convert; all other numbers are malformed
+//     then.
 #ifndef WMQ_RECORDS_JOB_START_LAYOUT_H
 #define WMQ_RECORDS_JOB_START_LAYOUT_H
 

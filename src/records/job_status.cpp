@@ -31,8 +31,9 @@ static void layout(auto &io, jobStatusLog &log) {
 
 static void layout(auto &io, sbdJobStatusLog &log) {
   using L = sbdJobStatusLog;
-  numbers<&L::jobId, &L::jStatus, &L::reason, &L::subreasons, &L::sbdField5, &L::sbdField6, low32<&L::sbdTime>,
-          &L::sbdField8, &L::sbdField9, &L::sbdField10, &L::sbdField11, &L::sbdField12>(io, log);
+  numbers<&L::jobId, &L::jStatus, &L::reason, &L::subreasons, &L::sbdField5, &L::sbdField6,
+          low32<&L::sbdTime>, &L::sbdField8, &L::sbdField9, &L::sbdField10, &L::sbdField11, &L::sbdField12>(
+      io, log);
   number<&L::sbdField13>(io, log, above(5.0F), -65535);
   number<&L::sbdField14>(io, log, above(6.0F));
 }
@@ -42,7 +43,9 @@ constinit const RecordCodec sbdJobStatusCodec = recordCodec<sbdJobStatusLog>();
 
 }  // namespace wmq
 
-int writeJobStatus(FILE *file, jobStatusLog *log) { return wmq::writeFields(file, wmq::jobStatusCodec, log, true); }
+int writeJobStatus(FILE *file, jobStatusLog *log) {
+  return wmq::writeFields(file, wmq::jobStatusCodec, log, true);
+}
 
 int readJobStatus(const char *fields, jobStatusLog *log) {
   return wmq::readFields(fields, wmq::jobStatusCodec, log);

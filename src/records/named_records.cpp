@@ -3,7 +3,8 @@
 // Asymmetries, each with its own test in tests/records/named_records_test.cpp:
 //   - 64-bit numbers are written whole or cut, and always read as 32 bits;
 //   - the pairs of index ranges and GPUs are not counted, those of the other groups are;
-//   - a negative serial_job_energy or numAllocSlots is written and not counted, so the reader loses the last pair;
+//   - a negative serial_job_energy or numAllocSlots is written and not counted, so the reader loses the last
+//     pair;
 //   - JOB_STATUS2 reads GPU usage and never writes it: writing sets the caller's count to 0;
 //   - "interactive" is written, and never found when reading.
 #include "wmq/records/named_records.h"
@@ -13,9 +14,8 @@
 
 namespace wmq {
 
-static void attributes(auto &io, auto &&log)
-  requires std::is_same_v<std::remove_cvref_t<decltype(log)>, jobFinish2Log>
-{
+static void attributes(
+    auto &io, auto &&log) requires std::is_same_v<std::remove_cvref_t<decltype(log)>, jobFinish2Log> {
   using L = jobFinish2Log;
   attribute<&L::userId>(io, log);
   attribute<&L::userName>(io, log);
@@ -91,9 +91,8 @@ static void attributes(auto &io, auto &&log)
   attribute<&L::effectiveRunLimit>(io, log, Put::positive);
 }
 
-static void attributes(auto &io, auto &&log)
-  requires std::is_same_v<std::remove_cvref_t<decltype(log)>, jobStatus2Log>
-{
+static void attributes(
+    auto &io, auto &&log) requires std::is_same_v<std::remove_cvref_t<decltype(log)>, jobStatus2Log> {
   using L = jobStatus2Log;
   attribute<&L::expectedLogTime>(io, log, Put::positive);
   attribute<&L::sampleInterval>(io, log, Put::positive);
@@ -136,9 +135,8 @@ static void attributes(auto &io, auto &&log)
   attribute<&L::interactive>(io, log, Put::positive);
 }
 
-static void attributes(auto &io, auto &&log)
-  requires std::is_same_v<std::remove_cvref_t<decltype(log)>, jobPendingReasonsLog>
-{
+static void attributes(
+    auto &io, auto &&log) requires std::is_same_v<std::remove_cvref_t<decltype(log)>, jobPendingReasonsLog> {
   using L = jobPendingReasonsLog;
   attribute<&L::userName>(io, log);
   attribute<&L::queue>(io, log);
@@ -163,9 +161,8 @@ static void attributes(auto &io, auto &&log)
   attribute<&L::expectedLogTime>(io, log, Put::positive);
 }
 
-static void attributes(auto &io, auto &&log)
-  requires std::is_same_v<std::remove_cvref_t<decltype(log)>, jobStartLimitLog>
-{
+static void attributes(
+    auto &io, auto &&log) requires std::is_same_v<std::remove_cvref_t<decltype(log)>, jobStartLimitLog> {
   using L = jobStartLimitLog;
   attribute<&L::clusterName>(io, log);
   attribute<&L::options>(io, log);
@@ -182,7 +179,9 @@ static void layout(auto &io, jobFinish2Log &log) {
 static void layout(auto &io, jobStatus2Log &log) {
   namedPairs<&jobStatus2Log::jobId>(io, log, jobStatus2LogAttrNames);
 }
-static void layout(auto &io, jobPendingReasonsLog &log) { namedPairs<>(io, log, jobPendingReasonsLogAttrNames); }
+static void layout(auto &io, jobPendingReasonsLog &log) {
+  namedPairs<>(io, log, jobPendingReasonsLogAttrNames);
+}
 static void layout(auto &io, jobStartLimitLog &log) {
   namedPairs<&jobStartLimitLog::limitJobId>(io, log, nullptr);
 }
@@ -194,46 +193,185 @@ constinit const RecordCodec jobStartLimitCodec = recordCodec<jobStartLimitLog>()
 
 }  // namespace wmq
 
-const char *const jobFinish2LogAttrNames[89] = {
-    "affinityAllocInfo", "allocSlots", "app", "avgMem", "beginTime", "chargedSAAP", "clusterName", "command",
-    "cpuTime", "cwd", "dcJobFlags", "dependCond", "dstCluster", "dstJobId", "effectiveResReq",
-    "effectiveRunLimit", "effectiveRunTime", "endTime", "exceptMask", "execHosts", "execRusage", "exitInfo",
-    "exitStatus", "flow_id", "forwardTime", "fromHost", "hostFactor", "hostRusage", "hu_energy", "hu_mem",
-    "hu_name", "hu_stime", "hu_swap", "hu_utime", "inFile", "indexRangeCnt", "indexRangeEnd",
-    "indexRangeStart", "indexRangeStep", "ineligiblePendingTime", "jStatus", "jgroup", "jobDescription",
-    "jobFile", "jobId", "jobName", "licenseProject", "maxMem", "maxNumProcessors", "networkAllocInfo",
-    "numAllocSlots", "numExHosts", "numGPURusages", "numHRusageAttrs", "numProcessors", "numhRusages",
-    "options", "options2", "options3", "outFile", "outdir", "postExecCmd", "preExecCmd", "projectName",
-    "queue", "requeueEValues", "resReq", "rsvId", "ru_maxrss", "ru_nswap", "ru_stime", "ru_utime",
-    "runLimit", "runtime", "serial_job_energy", "sla", "slotUsages", "srcCluster", "srcJobId", "startTime",
-    "subcwd", "submitTime", "termTime", "totalProvisionTime", "userGroup", "userId", "userName", "wmxRusage",
-    nullptr};
+const char *const jobFinish2LogAttrNames[89] = {"affinityAllocInfo",
+                                                "allocSlots",
+                                                "app",
+                                                "avgMem",
+                                                "beginTime",
+                                                "chargedSAAP",
+                                                "clusterName",
+                                                "command",
+                                                "cpuTime",
+                                                "cwd",
+                                                "dcJobFlags",
+                                                "dependCond",
+                                                "dstCluster",
+                                                "dstJobId",
+                                                "effectiveResReq",
+                                                "effectiveRunLimit",
+                                                "effectiveRunTime",
+                                                "endTime",
+                                                "exceptMask",
+                                                "execHosts",
+                                                "execRusage",
+                                                "exitInfo",
+                                                "exitStatus",
+                                                "flow_id",
+                                                "forwardTime",
+                                                "fromHost",
+                                                "hostFactor",
+                                                "hostRusage",
+                                                "hu_energy",
+                                                "hu_mem",
+                                                "hu_name",
+                                                "hu_stime",
+                                                "hu_swap",
+                                                "hu_utime",
+                                                "inFile",
+                                                "indexRangeCnt",
+                                                "indexRangeEnd",
+                                                "indexRangeStart",
+                                                "indexRangeStep",
+                                                "ineligiblePendingTime",
+                                                "jStatus",
+                                                "jgroup",
+                                                "jobDescription",
+                                                "jobFile",
+                                                "jobId",
+                                                "jobName",
+                                                "licenseProject",
+                                                "maxMem",
+                                                "maxNumProcessors",
+                                                "networkAllocInfo",
+                                                "numAllocSlots",
+                                                "numExHosts",
+                                                "numGPURusages",
+                                                "numHRusageAttrs",
+                                                "numProcessors",
+                                                "numhRusages",
+                                                "options",
+                                                "options2",
+                                                "options3",
+                                                "outFile",
+                                                "outdir",
+                                                "postExecCmd",
+                                                "preExecCmd",
+                                                "projectName",
+                                                "queue",
+                                                "requeueEValues",
+                                                "resReq",
+                                                "rsvId",
+                                                "ru_maxrss",
+                                                "ru_nswap",
+                                                "ru_stime",
+                                                "ru_utime",
+                                                "runLimit",
+                                                "runtime",
+                                                "serial_job_energy",
+                                                "sla",
+                                                "slotUsages",
+                                                "srcCluster",
+                                                "srcJobId",
+                                                "startTime",
+                                                "subcwd",
+                                                "submitTime",
+                                                "termTime",
+                                                "totalProvisionTime",
+                                                "userGroup",
+                                                "userId",
+                                                "userName",
+                                                "wmxRusage",
+                                                nullptr};
 
-const char *const jobStatus2LogAttrNames[54] = {
-    "app", "avgMem", "clusterName", "dcJobFlags", "dstCluster", "dstJobId", "endTime", "execHosts",
-    "execRusage", "expectedLogTime", "hostRusage", "hu_mem", "hu_name", "hu_stime", "hu_swap", "hu_utime",
-    "indexRangeCnt", "indexRangeEnd", "indexRangeStart", "indexRangeStep", "ineligiblePendingTime",
-    "jStatus", "jgroup", "jobId", "jobRmtAttr", "wmxRusage", "maxMem", "numExHosts", "numGPURusages",
-    "numHRusageAttrs", "numJobs", "numProcessors", "num_processors", "numhRusages", "projectName",
-    "provtimeDelta", "queue", "reason", "resReq", "ru_maxrss", "ru_nswap", "ru_stime", "ru_utime",
-    "runtimeDelta", "sampleInterval", "slotUsages", "srcCluster", "srcJobId", "startTime", "submitTime",
-    "userGroup", "userName", "interactive",
-    nullptr};
+const char *const jobStatus2LogAttrNames[54] = {"app",
+                                                "avgMem",
+                                                "clusterName",
+                                                "dcJobFlags",
+                                                "dstCluster",
+                                                "dstJobId",
+                                                "endTime",
+                                                "execHosts",
+                                                "execRusage",
+                                                "expectedLogTime",
+                                                "hostRusage",
+                                                "hu_mem",
+                                                "hu_name",
+                                                "hu_stime",
+                                                "hu_swap",
+                                                "hu_utime",
+                                                "indexRangeCnt",
+                                                "indexRangeEnd",
+                                                "indexRangeStart",
+                                                "indexRangeStep",
+                                                "ineligiblePendingTime",
+                                                "jStatus",
+                                                "jgroup",
+                                                "jobId",
+                                                "jobRmtAttr",
+                                                "wmxRusage",
+                                                "maxMem",
+                                                "numExHosts",
+                                                "numGPURusages",
+                                                "numHRusageAttrs",
+                                                "numJobs",
+                                                "numProcessors",
+                                                "num_processors",
+                                                "numhRusages",
+                                                "projectName",
+                                                "provtimeDelta",
+                                                "queue",
+                                                "reason",
+                                                "resReq",
+                                                "ru_maxrss",
+                                                "ru_nswap",
+                                                "ru_stime",
+                                                "ru_utime",
+                                                "runtimeDelta",
+                                                "sampleInterval",
+                                                "slotUsages",
+                                                "srcCluster",
+                                                "srcJobId",
+                                                "startTime",
+                                                "submitTime",
+                                                "userGroup",
+                                                "userName",
+                                                "interactive",
+                                                nullptr};
 
-const char *const jobPendingReasonsLogAttrNames[22] = {
-    "app", "averagePendingTime", "clusterName", "combinedResReq", "detail", "detailedReason",
-    "expectedLogTime", "hostType", "licenseProject", "mainReason", "numJobs", "num_processors",
-    "pendingTime", "pendingTimeRanking", "projectName", "queue", "resReq", "sampleInterval", "subReason",
-    "sumDetailReasonHosts", "userName",
-    nullptr};
+const char *const jobPendingReasonsLogAttrNames[22] = {"app",
+                                                       "averagePendingTime",
+                                                       "clusterName",
+                                                       "combinedResReq",
+                                                       "detail",
+                                                       "detailedReason",
+                                                       "expectedLogTime",
+                                                       "hostType",
+                                                       "licenseProject",
+                                                       "mainReason",
+                                                       "numJobs",
+                                                       "num_processors",
+                                                       "pendingTime",
+                                                       "pendingTimeRanking",
+                                                       "projectName",
+                                                       "queue",
+                                                       "resReq",
+                                                       "sampleInterval",
+                                                       "subReason",
+                                                       "sumDetailReasonHosts",
+                                                       "userName",
+                                                       nullptr};
 
-int writeJobFinish2(FILE *file, jobFinish2Log *log) { return wmq::writeFields(file, wmq::jobFinish2Codec, log, true); }
+int writeJobFinish2(FILE *file, jobFinish2Log *log) {
+  return wmq::writeFields(file, wmq::jobFinish2Codec, log, true);
+}
 
 int readJobFinish2(const char *fields, jobFinish2Log *log) {
   return wmq::readFields(fields, wmq::jobFinish2Codec, log);
 }
 
-int writeJobStatus2(FILE *file, jobStatus2Log *log) { return wmq::writeFields(file, wmq::jobStatus2Codec, log, true); }
+int writeJobStatus2(FILE *file, jobStatus2Log *log) {
+  return wmq::writeFields(file, wmq::jobStatus2Codec, log, true);
+}
 
 int readJobStatus2(const char *fields, jobStatus2Log *log) {
   return wmq::readFields(fields, wmq::jobStatus2Codec, log);

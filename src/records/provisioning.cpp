@@ -4,9 +4,9 @@
 //   - behind an embedded start, provStr2 of JOB_PROVISION_START is read where the start began: it becomes the
 //     start's first string;
 //   - HOST_POWER_STATUS and JOB_PROV_HOST write their hosts compressed and leave them so when reading;
-//   - JOB_PROV_HOST writes neither count nor hosts when there are none, a value for each uncompressed host, and a
-//     start for hasJobStart 1 only; the reader expects a count, a value for each name on the line, and a start
-//     for any hasJobStart that is not 0.
+//   - JOB_PROV_HOST writes neither count nor hosts when there are none, a value for each uncompressed host,
+//     and a start for hasJobStart 1 only; the reader expects a count, a value for each name on the line, and
+//     a start for any hasJobStart that is not 0.
 #include "wmq/records/provisioning.h"
 
 #include "records/job_start_layout.h"
@@ -128,7 +128,9 @@ int readJobProvHostLog(const char *fields, jobProvHostLog *log) {
   return wmq::readFields(fields, wmq::jobProvHostCodec, log);
 }
 
-void free_jobProvisionStartLog(jobProvisionStartLog *log) { wmq::releaseFields(wmq::jobProvisionStartCodec, log); }
+void free_jobProvisionStartLog(jobProvisionStartLog *log) {
+  wmq::releaseFields(wmq::jobProvisionStartCodec, log);
+}
 
 void free_jobProvisionEndLog(jobProvisionEndLog *log) { wmq::releaseFields(wmq::jobProvisionEndCodec, log); }
 

@@ -1,6 +1,5 @@
 // The functions for embedded remote job control records.
 #include "records/remote_control_layouts.h"
-
 #include "wmq.stream/line_parser.h"
 
 namespace wmq {

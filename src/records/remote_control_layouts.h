@@ -30,8 +30,8 @@ inline void layout(auto &io, rmtCtrlEntry &entry) {
   parallelElements<&E::count, &E::a, &E::b, &E::c>(io, entry, WMQE_NO_MEM);
 }
 
-// The second list is written without the counts of its entries and cannot be read back; the reader goes on before
-// its count.
+// The second list is written without the counts of its entries and cannot be read back; the reader goes on
+// before its count.
 template <typename R>
 void secondList(Writer &io, const R &record) {
   putInteger(io, record.numEntries2);

@@ -4,8 +4,8 @@
 //
 //   static void layout(auto &io, jobFinishLog &log) { text<&L::cwd>(io, log); ... }
 //
-// and each codec (Writer, Reader, Releaser, Describer) has the verbs as free functions of its own. Verbs that say
-// something else for writing than for reading carry it in their name.
+// and each codec (Writer, Reader, Releaser, Describer) has the verbs as free functions of its own. Verbs that
+// say something else for writing than for reading carry it in their name.
 #ifndef WMQ_STREAM_CODEC_H
 #define WMQ_STREAM_CODEC_H
 
@@ -65,8 +65,8 @@ struct Kept : Plain<M> {
 template <auto M>
 inline constexpr Kept<M> kept{};
 
-// The count of a host list, converted together with the numbers before it. The writer leaves it to the host list, which
-// knows the compressed count.
+// The count of a host list, converted together with the numbers before it. The writer leaves it to the host
+// list, which knows the compressed count.
 template <auto M>
 struct HostCount : Plain<M> {
   static constexpr const char *note = "count of the host list";
@@ -96,7 +96,9 @@ inline constexpr Low32Unsigned<M> low32Unsigned{};
 template <auto M, auto Hosts>
 struct CompressedCount : Plain<M> {
   static constexpr const char *note = "count of the host list";
-  static void write(Writer &io, const auto &log) { putCompressedCount(io, log.*M, log.*Hosts, nameOf<Hosts>); }
+  static void write(Writer &io, const auto &log) {
+    putCompressedCount(io, log.*M, log.*Hosts, nameOf<Hosts>);
+  }
 };
 template <auto M, auto Hosts>
 inline constexpr CompressedCount<M, Hosts> compressedCount{};
@@ -104,8 +106,9 @@ inline constexpr CompressedCount<M, Hosts> compressedCount{};
 template <auto F>
 struct NumberForm : decltype(F) {};
 template <auto F>
-  requires std::is_member_object_pointer_v<decltype(F)>
-struct NumberForm<F> : Plain<F> {};
+requires std::is_member_object_pointer_v<decltype(F)>
+struct NumberForm<F> : Plain<F> {
+};
 
 // ---------------------------------------------------------------- shared groups
 
@@ -172,8 +175,7 @@ template <typename L>
 constexpr RecordCodec recordCodec() {
   return {[](Writer &io, void *log) { layout(io, *static_cast<L *>(log)); },
           [](Reader &io, void *log) { layout(io, *static_cast<L *>(log)); },
-          [](Releaser &io, void *log) { layout(io, *static_cast<L *>(log)); },
-          [] { return layoutOf<L>(); }};
+          [](Releaser &io, void *log) { layout(io, *static_cast<L *>(log)); }, [] { return layoutOf<L>(); }};
 }
 
 // The frames of the layout functions that the public headers declare.

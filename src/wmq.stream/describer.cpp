@@ -37,7 +37,8 @@ void offLine(Describer &io, wmqField field, const char *note) {
 
 void noteForgotten(Describer &io, const char *name, Gate gate) {
   char note[64];
-  std::snprintf(note, sizeof note, "dropped when read from a line before %g", static_cast<double>(gate.threshold));
+  std::snprintf(note, sizeof note, "dropped when read from a line before %g",
+                static_cast<double>(gate.threshold));
   for (wmqField &field : io.out.fields)
     if (std::string_view(field.name) == name) field.note = keepText(io, note);
 }
@@ -51,9 +52,9 @@ void finishDescription(Description &out, std::string_view name, size_t size) {
 template <>
 const wmqLayout *layoutOf<wmxRusage>() {
   static const char *const names[WMX_RUSAGE_VALUES] = {
-      "ru_utime",  "ru_stime",  "ru_maxrss", "ru_ixrss",   "ru_idrss",  "ru_isrss",  "ru_minflt",
+      "ru_utime",  "ru_stime",  "ru_maxrss",  "ru_ixrss",   "ru_idrss",  "ru_isrss",  "ru_minflt",
       "ru_majflt", "ru_nswap",  "ru_inblock", "ru_oublock", "ru_msgsnd", "ru_msgrcv", "ru_nsignals",
-      "ru_nvcsw",  "ru_nivcsw", "ru_rchar",  "ru_wchar",   "ru_elapsed"};
+      "ru_nvcsw",  "ru_nivcsw", "ru_rchar",   "ru_wchar",   "ru_elapsed"};
   static_assert(sizeof(wmxRusage) == WMX_RUSAGE_VALUES * sizeof(double));
   static const Description description = [] {
     Description out;

@@ -163,7 +163,8 @@ template <auto F>
 struct NumberForm;
 
 template <auto F>
-void placeNumber(Describer &io, const auto &log, const auto &when, const std::string &absent, unsigned flags) {
+void placeNumber(Describer &io, const auto &log, const auto &when, const std::string &absent,
+                 unsigned flags) {
   using Form = NumberForm<F>;
   wmqField field = memberField<Form::member>(io, log, Form::form);
   if constexpr (requires { Form::absent; }) {
@@ -298,7 +299,8 @@ constexpr const char *elementForm() {
 
 template <auto Count, auto Array, typename When = Gate>
 void list(Describer &io, const auto &log, const When &when = always, int /*noMemory*/ = 0) {
-  placeList<Count, Array>(io, log, when, "%d", elementForm<std::remove_pointer_t<TypeOf<Array>>>(), "null", 0);
+  placeList<Count, Array>(io, log, when, "%d", elementForm<std::remove_pointer_t<TypeOf<Array>>>(), "null",
+                          0);
 }
 
 template <auto Count, auto Array>
@@ -324,7 +326,8 @@ void elements(Describer &io, const auto &log, int /*noMemory*/ = 0) {
 template <auto Count, auto First, auto... Rest>
 void parallelElements(Describer &io, const auto &log, int /*noMemory*/) {
   place(io, arrayField<Count, First>(io, log, elementForm<std::remove_pointer_t<TypeOf<First>>>()));
-  (placeTogether(io, arrayField<Count, Rest>(io, log, elementForm<std::remove_pointer_t<TypeOf<Rest>>>())), ...);
+  (placeTogether(io, arrayField<Count, Rest>(io, log, elementForm<std::remove_pointer_t<TypeOf<Rest>>>())),
+   ...);
 }
 
 template <auto Count, auto Array>
@@ -355,7 +358,8 @@ void hosts(Describer &io, const auto &log, const When &when = always) {
 template <auto Count, auto Array, auto OtherCount, auto Other>
 void hostsUnlessCopy(Describer &io, const auto &log, const auto &when) {
   placeList<Count, Array>(io, log, when, "%d", "host list", std::string("copy of ") + nameOf<Other>, 0);
-  io.out.fields.back().note = keepText(io, std::string("a single 0 where the counts are equal: a copy of ") + nameOf<Other>);
+  io.out.fields.back().note =
+      keepText(io, std::string("a single 0 where the counts are equal: a copy of ") + nameOf<Other>);
 }
 
 template <auto Count, auto Array, auto OtherCount, auto Other>
@@ -434,8 +438,9 @@ void limits(Describer &io, const auto &log, const When &when = always, bool /*co
   wmqField field = memberField<M>(io, log, "%d each");
   setPresence(io, field, when, "-1");
   if (From > 0) field.flags |= WMQ_FIELD_AGAIN;
-  field.note = keepText(io, From + 1 == To ? "slot " + std::to_string(From)
-                                           : "slots " + std::to_string(From) + " to " + std::to_string(To - 1));
+  field.note =
+      keepText(io, From + 1 == To ? "slot " + std::to_string(From)
+                                  : "slots " + std::to_string(From) + " to " + std::to_string(To - 1));
   place(io, field);
 }
 
@@ -491,7 +496,8 @@ void negativeFails(Describer &, const auto &) {}
 inline void withoutSkips(Describer &) {}
 
 inline void trailingBlank(Describer &io) {
-  if (!io.out.fields.empty() && *io.out.fields.back().note == '\0') io.out.fields.back().note = "a blank follows";
+  if (!io.out.fields.empty() && *io.out.fields.back().note == '\0')
+    io.out.fields.back().note = "a blank follows";
 }
 
 // A member that nothing states: named so that every byte of the structure is accounted for.

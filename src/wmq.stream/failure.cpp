@@ -37,7 +37,7 @@ extern "C" const char *wmq_errdetail(void) {
   if (last.expected == nullptr) return "";
   std::snprintf(detailText, sizeof detailText, "%s%s%s%s at byte %zu: %s",
                 last.typeName ? last.typeName : "header", last.field ? ", field " : "",
-                last.field ? last.field : "", last.field || last.typeName ? "" : " of the line", last.position,
-                last.expected);
+                last.field ? last.field : "", last.field || last.typeName ? "" : " of the line",
+                last.position, last.expected);
   return detailText;
 }

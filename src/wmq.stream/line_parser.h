@@ -14,8 +14,8 @@ extern thread_local float version;
 // Parses a line of `length` bytes, which a NUL follows. Returns a new record, or null with wmq_errno.
 eventRecord *parsestreamlineMT(const char *line, size_t length);
 
-// Fills `record->eventLog` from the text behind the header, up to `end`; `line` is for positions in messages. Leaves
-// its result in wmq_errno, which header-only types do not touch.
+// Fills `record->eventLog` from the text behind the header, up to `end`; `line` is for positions in messages.
+// Leaves its result in wmq_errno, which header-only types do not touch.
 void readEventRecord(const char *line, const char *fields, const char *end, eventRecord *record);
 
 // The record returned last by any of the reads that keep it, of any stream.

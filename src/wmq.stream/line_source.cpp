@@ -55,7 +55,8 @@ Line nextLine(LineSource &source, int fd) {
   size_t searched = source.begin;
   for (;;) {
     char *const from = source.buffer + searched;
-    auto *lineEnd = source.end > searched ? static_cast<char *>(std::memchr(from, '\n', source.end - searched)) : nullptr;
+    auto *lineEnd =
+        source.end > searched ? static_cast<char *>(std::memchr(from, '\n', source.end - searched)) : nullptr;
     if (lineEnd != nullptr) {
       char *const text = source.buffer + source.begin;
       source.begin = static_cast<size_t>(lineEnd - source.buffer) + 1;

@@ -21,8 +21,8 @@ struct Line {
   size_t length;
 };
 
-// The next line of `fd` that has at least one character; at the end of the file what stands there without a line
-// end is a line too. Memory exhausted: no line, with wmc_errno 98.
+// The next line of `fd` that has at least one character; at the end of the file what stands there without a
+// line end is a line too. Memory exhausted: no line, with wmc_errno 98.
 Line nextLine(LineSource &source, int fd);
 
 // Gives back the storage; reading goes on behind the last line given out.

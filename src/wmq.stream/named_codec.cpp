@@ -91,11 +91,13 @@ void readHostEntry(PairReader &in, hostRusageEntry &entry, bool withEnergy) {
     if (pair.is("hu_utime")) entry.utime = integerOf(pair);
     if (pair.is("hu_stime")) entry.stime = integerOf(pair);
     if (!withEnergy || !pair.is("hu_energy")) continue;
-    if (entry.attrs == nullptr) entry.attrs = static_cast<struct attribute *>(std::calloc(1, sizeof(struct attribute)));
+    if (entry.attrs == nullptr)
+      entry.attrs = static_cast<struct attribute *>(std::calloc(1, sizeof(struct attribute)));
     if (entry.attrs == nullptr) return fail(in.io, WMQE_NO_MEM, "hostRusage", "memory for the attribute");
     entry.numAttrs = 1;
     if (entry.attrs->name == nullptr) entry.attrs->name = putstr_(kEnergy);
-    if (entry.attrs->name == nullptr) return fail(in.io, WMQE_NO_MEM, "hostRusage", "memory for the attribute");
+    if (entry.attrs->name == nullptr)
+      return fail(in.io, WMQE_NO_MEM, "hostRusage", "memory for the attribute");
     keepString(in, "hostRusage", entry.attrs->value);
   }
 }
@@ -225,7 +227,8 @@ void takeExecHosts(PairReader &in, int32_t &count, char **&hosts, int32_t *&slot
   count = integerOf(in.pair);
   if (count <= 0) return;
   int32_t slotCount = count;
-  if (!allocateGroup(in, "execHosts", count, 2, hosts) || !allocateGroup(in, "slotUsages", slotCount, 2, slots))
+  if (!allocateGroup(in, "execHosts", count, 2, hosts) ||
+      !allocateGroup(in, "slotUsages", slotCount, 2, slots))
     return;
   for (int32_t i = 0; i < count && nextPair(in); ++i)
     if (in.pair.is("execHosts") && !in.pair.empty()) keepString(in, "execHosts", hosts[i]);
@@ -259,7 +262,8 @@ void takeRanges(PairReader &in, int32_t &count, int32_t *&start, int32_t *&end, 
   if (count <= 0) return;
   int32_t others = count;
   if (!allocateGroup(in, "indexRangeStart", count, 3, start) ||
-      !allocateGroup(in, "indexRangeEnd", others, 3, end) || !allocateGroup(in, "indexRangeStep", others, 3, step))
+      !allocateGroup(in, "indexRangeEnd", others, 3, end) ||
+      !allocateGroup(in, "indexRangeStep", others, 3, step))
     return;
   for (int32_t i = 0; i < count; ++i) {
     for (int member = 0; member < 3; ++member) {
@@ -311,7 +315,8 @@ void putLimitPairs(PairWriter &io, const int32_t *limits, const char *const *nam
 }
 
 void putExecHosts(PairWriter &io, int32_t count, char *const *hosts, const int32_t *slots) {
-  if (!io.counting && !(arrayGiven(io.out, count, hosts, "execHosts") && arrayGiven(io.out, count, slots, "slotUsages")))
+  if (!io.counting &&
+      !(arrayGiven(io.out, count, hosts, "execHosts") && arrayGiven(io.out, count, slots, "slotUsages")))
     return;
   if (io.counting) {
     io.pairs += count > 0 ? 2 * int64_t{count} : 0;
@@ -348,8 +353,10 @@ void putHostUsage(PairWriter &io, int32_t count, const hostRusageEntry *entries,
   }
 }
 
-void putRangeGroup(PairWriter &io, int32_t count, const int32_t *start, const int32_t *end, const int32_t *step) {
-  if (io.counting || !arrayGiven(io.out, count, start && end && step ? start : nullptr, "indexRangeStart")) return;
+void putRangeGroup(PairWriter &io, int32_t count, const int32_t *start, const int32_t *end,
+                   const int32_t *step) {
+  if (io.counting || !arrayGiven(io.out, count, start && end && step ? start : nullptr, "indexRangeStart"))
+    return;
   for (int32_t i = 0; i < count; ++i) {
     putPair(io, "indexRangeStart", start[i]);
     putPair(io, "indexRangeEnd", end[i]);

@@ -1,7 +1,8 @@
 // The codec of records whose line is a list of name/value pairs.
 //
-// A record states its attributes once, in line order, and says `namedPairs` where they stand. The number of pairs, the
-// writer, the table by which the reader finds a name, release and schema all come from that statement.
+// A record states its attributes once, in line order, and says `namedPairs` where they stand. The number of
+// pairs, the writer, the table by which the reader finds a name, release and schema all come from that
+// statement.
 #ifndef WMQ_STREAM_NAMED_CODEC_H
 #define WMQ_STREAM_NAMED_CODEC_H
 
@@ -40,7 +41,8 @@ struct PairReader {
   char *decoded[2] = {};  // name and value, where they cannot be read in place
 };
 
-// Takes the next pair; false with the reader's error set. Members of some groups are not among the announced pairs.
+// Takes the next pair; false with the reader's error set. Members of some groups are not among the announced
+// pairs.
 bool nextPair(PairReader &in, bool announced = true);
 
 int32_t integerOf(const Pair &pair);
@@ -96,8 +98,9 @@ inline constexpr Decimals<M, Precision> decimals{};
 template <auto F>
 struct FormOf : decltype(F) {};
 template <auto F>
-  requires std::is_member_object_pointer_v<decltype(F)>
-struct FormOf<F> : AttributeForm<F> {};
+requires std::is_member_object_pointer_v<decltype(F)>
+struct FormOf<F> : AttributeForm<F> {
+};
 
 template <typename T>
 constexpr bool isChars = std::is_array_v<T>;
@@ -108,9 +111,12 @@ constexpr bool isText = std::is_same_v<T, char *> || isChars<T>;
 
 template <typename T>
 bool isPut(const T &value, Put when) {
-  if constexpr (isChars<T>) return *value != '\0';
-  else if constexpr (isText<T>) return value != nullptr && *value != '\0';
-  else return when == Put::whatever || (when == Put::notZero ? value != 0 : value > 0);
+  if constexpr (isChars<T>)
+    return *value != '\0';
+  else if constexpr (isText<T>)
+    return value != nullptr && *value != '\0';
+  else
+    return when == Put::whatever || (when == Put::notZero ? value != 0 : value > 0);
 }
 
 void putPair(PairWriter &io, const char *name, const char *value);
@@ -131,8 +137,8 @@ void attribute(PairWriter &io, const auto &log, Put when = Put::whatever) {
   }
 }
 
-// Written always and counted only from 0 on: a negative one makes the count fall short, and the reader lose the
-// last pair.
+// Written always and counted only from 0 on: a negative one makes the count fall short, and the reader lose
+// the last pair.
 template <auto F>
 void attributeCountedFromZero(PairWriter &io, const auto &log) {
   using Form = FormOf<F>;
@@ -144,10 +150,14 @@ template <auto F>
 void storeValue(PairReader &in, auto &log) {
   constexpr auto member = FormOf<F>::member;
   using T = TypeOf<member>;
-  if constexpr (isChars<T>) keepChars(in.pair, log.*member, sizeof(T));
-  else if constexpr (isText<T>) keepString(in, nameOf<member>, log.*member);
-  else if constexpr (std::is_floating_point_v<T>) log.*member = realOf(in.pair);
-  else log.*member = integerOf(in.pair);
+  if constexpr (isChars<T>)
+    keepChars(in.pair, log.*member, sizeof(T));
+  else if constexpr (isText<T>)
+    keepString(in, nameOf<member>, log.*member);
+  else if constexpr (std::is_floating_point_v<T>)
+    log.*member = realOf(in.pair);
+  else
+    log.*member = integerOf(in.pair);
 }
 
 template <auto F, typename L>
@@ -245,8 +255,10 @@ void limitAttributes(PairWriter &io, const auto &log, const char *const *names) 
 template <auto M, typename L>
 void limitAttributes(PairTable &table, const L &, const char *const *names) {
   for (int i = 0; i < WMX_RLIM_NLIMITS; ++i)
-    addHandler(table, names[i],
-               [](PairReader &in, void *log, int slot) { (static_cast<L *>(log)->*M)[slot] = integerOf(in.pair); }, i);
+    addHandler(
+        table, names[i],
+        [](PairReader &in, void *log, int slot) { (static_cast<L *>(log)->*M)[slot] = integerOf(in.pair); },
+        i);
 }
 template <auto M>
 void limitAttributes(Releaser &, const auto &, const char *const *) {}
@@ -262,7 +274,8 @@ void limitAttributes(Describer &io, const auto &log, const char *const *names) {
 void putExecHosts(PairWriter &io, int32_t count, char *const *hosts, const int32_t *slots);
 void putAllocSlots(PairWriter &io, int32_t count, char *const *slots);
 void putHostUsage(PairWriter &io, int32_t count, const hostRusageEntry *entries, bool withEnergy);
-void putRangeGroup(PairWriter &io, int32_t count, const int32_t *start, const int32_t *end, const int32_t *step);
+void putRangeGroup(PairWriter &io, int32_t count, const int32_t *start, const int32_t *end,
+                   const int32_t *step);
 void putGpus(PairWriter &io, int32_t count, const gpuRusageEntry *entries);
 
 void takeExecHosts(PairReader &in, int32_t &count, char **&hosts, int32_t *&slots);
@@ -388,8 +401,8 @@ void gpuGroup(Releaser &io, L &log) {
 }
 template <typename L>
 void gpuGroup(Describer &io, const L &log) {
-  placeList<&L::numGPURusages, &L::gpuRusages>(io, log, always, "\"%d\"", "GPUhostname, numGPUkvs, raw pairs each",
-                                               "null", 0);
+  placeList<&L::numGPURusages, &L::gpuRusages>(io, log, always, "\"%d\"",
+                                               "GPUhostname, numGPUkvs, raw pairs each", "null", 0);
 }
 
 // ------------------------------------------------------------------ whole records

@@ -7,8 +7,8 @@
 //   given<&L::options>(0x8) || given<&L::options2>(0x80) one of them
 //   readWhen(...)                                        the condition is the reader's alone: always written
 //
-// Conditions hold for every codec but writer and reader whatever the bits are now: a caller who clears a bit must not
-// leak what it announced.
+// Conditions hold for every codec but writer and reader whatever the bits are now: a caller who clears a bit
+// must not leak what it announced.
 #ifndef WMQ_STREAM_PRESENCE_H
 #define WMQ_STREAM_PRESENCE_H
 
@@ -120,10 +120,10 @@ bool isOnLine(float lineVersion, const auto &log, const auto &when) {
 
 // How a record deals with its list of index ranges.
 enum class Ranges {
-  keptBlock,   // read unchecked into one block, which release keeps
-  block,       // read unchecked into one block
-  arrays,      // read unchecked into three arrays
-  checked,     // at least one; a range that does not convert is remembered as the error while the rest is read
+  keptBlock,  // read unchecked into one block, which release keeps
+  block,      // read unchecked into one block
+  arrays,     // read unchecked into three arrays
+  checked,    // at least one; a range that does not convert is remembered as the error while the rest is read
   writtenOnly  // never read back
 };
 

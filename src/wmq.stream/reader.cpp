@@ -213,7 +213,8 @@ void expand(Reader &io, const char *field, int32_t &count, char **&array) {
   if (io.error != 0) return;
   const int error = expandHosts(count, array, io.hostsLeft);
   if (error != 0)
-    return fail(io, error, field, error == WMQE_NO_MEM ? "memory for the hosts" : "no more than 16777216 hosts");
+    return fail(io, error, field,
+                error == WMQE_NO_MEM ? "memory for the hosts" : "no more than 16777216 hosts");
   if (count > 0) io.hostsLeft -= count;
 }
 
@@ -223,8 +224,9 @@ void readHosts(Reader &io, const char *countField, const char *field, int32_t &c
   if (count == 0 && rule.none == NoHosts::refused)
     return fail(io, WMQE_BAD_FORMAT, countField, "at least one host");
   if (count < 0 && rule.none == NoHosts::nullZeroCount) count = 0;
-  const bool allocates = count > 0 || rule.none == NoHosts::emptyArray ||
-                         (count < 0 && rule.none != NoHosts::nullArray && rule.none != NoHosts::nullZeroCount);
+  const bool allocates =
+      count > 0 || rule.none == NoHosts::emptyArray ||
+      (count < 0 && rule.none != NoHosts::nullArray && rule.none != NoHosts::nullZeroCount);
   const int32_t asRead = count;
   if (allocates) readStrings(io, field, count, array);
   if (rule.keepsCount && array != nullptr) count = asRead;
@@ -257,7 +259,8 @@ void readNamedValues(Reader &io, const char *field, namedValueList *&list) {
   int32_t count = 0;
   element(io, field, count);
   if (io.error != 0 || count <= 0) return;
-  if (!lineCanHold(io, count, 5)) return fail(io, WMQE_BAD_FORMAT, field, "as many elements as the count says");
+  if (!lineCanHold(io, count, 5))
+    return fail(io, WMQE_BAD_FORMAT, field, "as many elements as the count says");
   list = static_cast<namedValueList *>(std::calloc(1, sizeof *list));
   if (list != nullptr) {
     list->names = static_cast<char **>(std::calloc(static_cast<size_t>(count), sizeof(char *)));

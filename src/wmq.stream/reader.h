@@ -23,7 +23,7 @@ struct Reader {
   const char *line;    // for positions in messages
   const char *fields;  // behind the header
   const char *cursor;
-  const char *end;     // the terminating NUL
+  const char *end;  // the terminating NUL
   float version;
   int32_t eventTime;
   int error = 0;       // kStopped: the rest of the line is not read, with success
@@ -40,7 +40,8 @@ inline int resultOf(const Reader &io) {
   return io.error != 0 ? io.error : io.remembered;
 }
 
-// Fewest bytes of a line that an element of a list can take, the blank before it included: what bounds a count.
+// Fewest bytes of a line that an element of a list can take, the blank before it included: what bounds a
+// count.
 template <typename Element>
 inline constexpr size_t leastBytes = 2;
 template <>
@@ -75,8 +76,8 @@ void readNamedValues(Reader &io, const char *field, namedValueList *&list);
 void readAffinity(Reader &io, const char *field, affinityAlloc *&allocation);
 void readRanges(Reader &io, Ranges rule, int32_t &count, int32_t *&start, int32_t *&end, int32_t *&step);
 
-// A zeroed array for `count` elements; null after a failure, with the count set to 0. A count that the rest of the
-// line cannot hold is malformed. `noMemory` is the number that a failed allocation gives.
+// A zeroed array for `count` elements; null after a failure, with the count set to 0. A count that the rest
+// of the line cannot hold is malformed. `noMemory` is the number that a failed allocation gives.
 void *allocateElements(Reader &io, const char *field, int64_t count, size_t elementSize, size_t leastBytes,
                        int noMemory);
 
@@ -146,8 +147,8 @@ void number(Reader &io, auto &log, const When &when = always, const Absent &abse
   numbers<F>(io, log, when, absent);
 }
 
-// Only the end of the line means that no text remains: a line end or a blank is a malformed number. The cursor
-// stays: a quoted string follows, and that is found wherever it begins.
+// Only the end of the line means that no text remains: a line end or a blank is a malformed number. The
+// cursor stays: a quoted string follows, and that is found wherever it begins.
 template <auto F>
 void numberAgainIfTextRemains(Reader &io, auto &log, const auto &when) {
   if (io.error != 0 || !isOnLine(io.version, log, when) || io.cursor == io.end) return;
@@ -287,8 +288,8 @@ void elements(Reader &io, auto &log, int noMemory = WMQE_NO_MEM) {
     if (count > 0) readStrings(io, nameOf<Array>, count, array);
   } else {
     if (count <= 0) return;
-    array = static_cast<Element *>(allocateElements(io, nameOf<Array>, count, sizeof(Element),
-                                                    leastBytes<Element>, noMemory));
+    array = static_cast<Element *>(
+        allocateElements(io, nameOf<Array>, count, sizeof(Element), leastBytes<Element>, noMemory));
     if (array == nullptr) {
       count = 0;
       return;
@@ -303,8 +304,8 @@ void elements(Reader &io, auto &log, int noMemory = WMQE_NO_MEM) {
   }
 }
 
-// Arrays that travel side by side: their numbers are converted together, one of each at a time. The count is cut
-// to the complete ones.
+// Arrays that travel side by side: their numbers are converted together, one of each at a time. The count is
+// cut to the complete ones.
 template <auto Count, auto... Arrays>
 void parallelElements(Reader &io, auto &log, int noMemory) {
   if (io.error != 0 || log.*Count <= 0) return;
@@ -350,8 +351,8 @@ template <auto Count, auto Array>
 void completeNumbers(Reader &io, auto &log) {
   if (io.error != 0 || log.*Count <= 0) return;
   using Element = std::remove_pointer_t<TypeOf<Array>>;
-  auto *array = static_cast<Element *>(allocateElements(io, nameOf<Array>, log.*Count, sizeof(Element),
-                                                        leastBytes<Element>, WMQE_NO_MEM));
+  auto *array = static_cast<Element *>(
+      allocateElements(io, nameOf<Array>, log.*Count, sizeof(Element), leastBytes<Element>, WMQE_NO_MEM));
   for (int64_t i = 0; io.error == 0 && i < log.*Count; ++i) element(io, nameOf<Array>, array[i]);
   if (io.error == 0) {
     log.*Array = array;

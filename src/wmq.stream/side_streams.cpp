@@ -86,7 +86,9 @@ int putSideLine(Writer &io, eventRecord &record, const StreamKind &kind) {
 }
 
 int putStatusLine(Writer &io, eventRecord &record) { return putSideLine(io, record, statusKind); }
-int putPendingReasonsLine(Writer &io, eventRecord &record) { return putSideLine(io, record, pendingReasonsKind); }
+int putPendingReasonsLine(Writer &io, eventRecord &record) {
+  return putSideLine(io, record, pendingReasonsKind);
+}
 
 }  // namespace
 }  // namespace wmq
@@ -104,7 +106,9 @@ eventRecord *wmq_readstatus(int *lineNum) { return wmq::readRecord(wmq::status.f
 
 int wmq_closestatus(void) { return wmq::closeStream(wmq::status.file); }
 
-int wmq_checkstatusfilenum(const char *path, int32_t fileCount) { return wmq::checkstreamfilenum(path, fileCount); }
+int wmq_checkstatusfilenum(const char *path, int32_t fileCount) {
+  return wmq::checkstreamfilenum(path, fileCount);
+}
 
 int wmq_formatstatus(eventRecord *record, char **text, size_t *length) {
   return wmq::formatLine(record, text, length, wmq::putStatusLine);
@@ -116,11 +120,13 @@ int wmq_openpendingreasons(const streamParams *params) {
 
 int wmq_writependingreasons(eventRecord *record) {
   bool filesRemoved = false;
-  return wmq::writeRecord(wmq::pendingreasons.file, wmq::pendingreasons.writes, record, wmq::putPendingReasonsLine,
-                          filesRemoved);
+  return wmq::writeRecord(wmq::pendingreasons.file, wmq::pendingreasons.writes, record,
+                          wmq::putPendingReasonsLine, filesRemoved);
 }
 
-eventRecord *wmq_readpendingreasons(int *lineNum) { return wmq::readRecord(wmq::pendingreasons.file, lineNum); }
+eventRecord *wmq_readpendingreasons(int *lineNum) {
+  return wmq::readRecord(wmq::pendingreasons.file, lineNum);
+}
 
 int wmq_closependingreasons(void) { return wmq::closeStream(wmq::pendingreasons.file); }
 

@@ -110,8 +110,8 @@ int findOldFiles(const char *fileName, Suffixes &found) {
   const Directory directory = directoryOf(fileName);
   DIR *const listing = openDirectory(fileName, directory);
   if (listing == nullptr) return failSystem();
-  // Only "DIRECTORY/NAME" can equal the file name, so its last part is all that has to be compared. A bare name, or
-  // one whose directory ends in a backslash, equals no such path.
+  // Only "DIRECTORY/NAME" can equal the file name, so its last part is all that has to be compared. A bare
+  // name, or one whose directory ends in a backslash, equals no such path.
   const bool comparable = !directory.none && fileName[directory.length] == '/';
   const char *const base = comparable ? fileName + directory.length + 1 : nullptr;
   int result = 0;
@@ -131,7 +131,8 @@ int findOldFiles(const char *fileName, Suffixes &found) {
   return result;
 }
 
-// One pass: the smallest suffix that is left. Its equals are marked with it, though only one file bears the name.
+// One pass: the smallest suffix that is left. Its equals are marked with it, though only one file bears the
+// name.
 int removeOldest(const char *fileName, int32_t suffix) {
   std::snprintf(path, sizeof path, "%s.%ld", fileName, static_cast<long>(suffix));
   report(stream, "%s: Removing oldest stream file %s ", "deleteoldfiles()", path);
@@ -174,8 +175,8 @@ constinit streamFile *stream = nullptr;
 
 bool nextSuffix(const char *fileName, int64_t now, int64_t &suffix) {
   const char *const slash = std::strrchr(fileName, '/');
-  const Directory directory = slash == nullptr ? Directory{0, true}
-                                               : Directory{static_cast<size_t>(slash - fileName), false};
+  const Directory directory =
+      slash == nullptr ? Directory{0, true} : Directory{static_cast<size_t>(slash - fileName), false};
   DIR *const listing = openDirectory(fileName, directory);
   if (listing == nullptr) return false;
   suffix = now;
@@ -277,7 +278,8 @@ int resetstream(streamFile &file) {
   int64_t suffix = 0;
   if (!nextSuffix(file.fileName, currentTime(), suffix)) return failSystem();
   char rotated[sizeof path];
-  const int length = std::snprintf(rotated, sizeof rotated, "%s.%ld", file.fileName, static_cast<long>(suffix));
+  const int length =
+      std::snprintf(rotated, sizeof rotated, "%s.%ld", file.fileName, static_cast<long>(suffix));
   if (length < 0 || static_cast<size_t>(length) >= sizeof rotated) {
     errno = ENAMETOOLONG;
     return failSystem();

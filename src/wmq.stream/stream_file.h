@@ -1,5 +1,5 @@
-// A stream's file: opening, the size limit, rotation into old files, their removal, closing. Three streams stand side by side,
-// each with a descriptor of its own.
+// A stream's file: opening, the size limit, rotation into old files, their removal, closing. Three streams
+// stand side by side, each with a descriptor of its own.
 #ifndef WMQ_STREAM_STREAM_FILE_H
 #define WMQ_STREAM_STREAM_FILE_H
 
@@ -17,7 +17,7 @@ struct StreamKind {
   const char *openLabel;
   const char *resetLabel;
   const char *closeLabel;
-  int32_t type;          // the one type that a side stream carries; 0 for the event stream
+  int32_t type;           // the one type that a side stream carries; 0 for the event stream
   bool keepsDefaultPath;  // never copied when used, and a copy of it given by the caller is never released
 };
 
@@ -44,12 +44,13 @@ void closeFile(streamFile *file);
 // Appends the bytes to the file in one write. False with errno when not all of them could be written.
 bool append(const streamFile &file, const char *bytes, size_t length);
 
-// Rotates a file that has reached its size: 0 when nothing was to be done or all went well, else negative with
-// wmq_errno as set.
+// Rotates a file that has reached its size: 0 when nothing was to be done or all went well, else negative
+// with wmq_errno as set.
 int resetstream(streamFile &file);
 
 // Removes the oldest old files so that fewer than `maxFileNum` remain. 0; -1 for a null name, a limit below 1
-// (wmq_errno untouched), no memory or a directory that cannot be listed; -2 for a file that cannot be removed.
+// (wmq_errno untouched), no memory or a directory that cannot be listed; -2 for a file that cannot be
+// removed.
 int checkstreamfilenum(const char *fileName, int32_t maxFileNum);
 
 // The suffix for the file that is rotated now.

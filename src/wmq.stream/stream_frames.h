@@ -7,8 +7,8 @@
 
 namespace wmq {
 
-// Appends what `putLine` makes of the record, after the size check that every 100th write brings. `writes` counts
-// them. `filesRemoved` tells whether this call removed old files.
+// Appends what `putLine` makes of the record, after the size check that every 100th write brings. `writes`
+// counts them. `filesRemoved` tells whether this call removed old files.
 int writeRecord(streamFile *file, int &writes, eventRecord *record, PutLine *putLine, bool &filesRemoved);
 
 eventRecord *readRecord(streamFile *file, int *lineNum);

@@ -39,8 +39,8 @@ static const wmqLayout *describeEndOfStream() {
   return &layout;
 }
 
-static constexpr RecordCodec noFields{
-    [](Writer &, void *) {}, [](Reader &, void *) {}, [](Releaser &, void *) {}, describeNothing};
+static constexpr RecordCodec noFields{[](Writer &, void *) {}, [](Reader &, void *) {},
+                                      [](Releaser &, void *) {}, describeNothing};
 static constexpr RecordCodec endOfStream{[](Writer &, void *) {},
                                          [](Reader &, void *log) { *static_cast<int32_t *>(log) = 1; },
                                          [](Releaser &, void *) {}, describeEndOfStream};
@@ -128,11 +128,13 @@ static constexpr EventType kTypes[] = {
 };
 
 static_assert(std::size(kTypes) == WMQ_MAX_EVENT_TYPE + 1);
-static_assert([] {
-  for (size_t i = 0; i < std::size(kTypes); ++i)
-    if (kTypes[i].code != static_cast<int32_t>(i)) return false;
-  return true;
-}(), "the rows stand in the order of their codes");
+static_assert(
+    [] {
+      for (size_t i = 0; i < std::size(kTypes); ++i)
+        if (kTypes[i].code != static_cast<int32_t>(i)) return false;
+      return true;
+    }(),
+    "the rows stand in the order of their codes");
 
 // ---------------------------------------------------------------- lookup by name
 

@@ -1,7 +1,7 @@
 // The writing codec: a record's fields as the text of a line.
 //
-// The line is built in a buffer and handed to the file in one write. The first failure sticks: what follows writes nothing,
-// and what was built up to then is still handed over.
+// The line is built in a buffer and handed to the file in one write. The first failure sticks: what follows
+// writes nothing, and what was built up to then is still handed over.
 #ifndef WMQ_STREAM_WRITER_H
 #define WMQ_STREAM_WRITER_H
 
@@ -20,7 +20,8 @@ struct Writer {
   int error = 0;
 };
 
-// The buffer of this thread, emptied. It is kept between lines up to a bound; finishLine gives back a larger one.
+// The buffer of this thread, emptied. It is kept between lines up to a bound; finishLine gives back a larger
+// one.
 Writer &beginLine();
 void finishLine(Writer &io);
 
@@ -33,11 +34,11 @@ void fail(Writer &io, int error, const char *field, const char *expected);
 char *room(Writer &io, size_t bytes);  // null after a failure; `io.size` is the caller's to advance
 void put(Writer &io, const char *text, size_t length);
 inline void put(Writer &io, std::string_view text) { put(io, text.data(), text.size()); }
-void putInteger(Writer &io, int64_t value);                           // behind a blank
-void putFixed(Writer &io, double value, int width, int precision);    // behind a blank
-void putQuotedInteger(Writer &io, int64_t value);                     // behind a blank, in quotes
-void putQuotedFixed(Writer &io, double value, int precision);         // behind a blank, in quotes
-void putQuoted(Writer &io, const char *text);                         // behind a blank; null as ""
+void putInteger(Writer &io, int64_t value);                         // behind a blank
+void putFixed(Writer &io, double value, int width, int precision);  // behind a blank
+void putQuotedInteger(Writer &io, int64_t value);                   // behind a blank, in quotes
+void putQuotedFixed(Writer &io, double value, int precision);       // behind a blank, in quotes
+void putQuoted(Writer &io, const char *text);                       // behind a blank; null as ""
 void putHosts(Writer &io, int32_t count, char *const *hosts, const char *field, bool withCount = true);
 void putCompressedCount(Writer &io, int32_t count, char *const *hosts, const char *field);
 void putUsage(Writer &io, const wmxRusage &usage);
@@ -46,7 +47,8 @@ void putNamedValues(Writer &io, const namedValueList *list);
 void putAffinity(Writer &io, const affinityAlloc *allocation, const char *field);
 void putRanges(Writer &io, int32_t count, const int32_t *start, const int32_t *end, const int32_t *step);
 void putLimits(Writer &io, const int32_t *limits, int from, int to, bool converted);
-bool arrayGiven(Writer &io, int64_t count, const void *array, const char *field);  // fails for count without array
+bool arrayGiven(Writer &io, int64_t count, const void *array,
+                const char *field);  // fails for count without array
 
 // ----------------------------------------------------------------------- verbs
 
@@ -200,7 +202,8 @@ void slotsOrCopy(Writer &io, const auto &log, const auto & /*when*/) {
   if (!arrayGiven(io, log.*Count, log.*Array, nameOf<Array>)) return;
   for (int64_t i = 0; i < log.*Count; ++i) {
     const char *slot = (log.*Array)[i];
-    if (slot == nullptr || *slot == '\0') return fail(io, WMQE_SYS, nameOf<Array>, "a host name for every slot");
+    if (slot == nullptr || *slot == '\0')
+      return fail(io, WMQE_SYS, nameOf<Array>, "a host name for every slot");
     putQuoted(io, slot);
   }
 }

@@ -1,5 +1,5 @@
-// Resources accounted for and work sampled: JOB_RUN_RUSAGE, JOB_RESIZE, EVENT_ADRSV_FINISH, CPUPROFILE_STATUS,
-// SLA_RECOMPUTE, METRIC_LOG.
+// Resources accounted for and work sampled: JOB_RUN_RUSAGE, JOB_RESIZE, EVENT_ADRSV_FINISH,
+// CPUPROFILE_STATUS, SLA_RECOMPUTE, METRIC_LOG.
 #ifndef WMQ_RECORDS_ACCOUNTING_H
 #define WMQ_RECORDS_ACCOUNTING_H
 
@@ -111,8 +111,8 @@ typedef struct perfmonMetricsLog {
   int32_t metricInt16;
 } perfmonMetricsLog;
 
-// Conventions as for writeJobStatus and readJobStatus. writeRsvFinish and readRsvFinish return WMQE_SYS for a null argument, and
-// readRsvFinish WMQE_BAD_FORMAT when its entries cannot be allocated.
+// Conventions as for writeJobStatus and readJobStatus. writeRsvFinish and readRsvFinish return WMQE_SYS for a
+// null argument, and readRsvFinish WMQE_BAD_FORMAT when its entries cannot be allocated.
 WMQ_API int writeJobRunRusage(FILE *file, struct jobRunRusageLog *log);
 WMQ_API int readJobRunRusage(const char *fields, struct jobRunRusageLog *log);
 WMQ_API int writeJobResize(FILE *file, struct jobResizeLog *log);

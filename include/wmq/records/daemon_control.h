@@ -1,4 +1,5 @@
-// The scheduler itself: MBD_START, MBD_DIE, QUEUE_CTRL, HOST_CTRL, EVENT_HGHOST_CTRL, LOAD_INDEX and the calendars.
+// The scheduler itself: MBD_START, MBD_DIE, QUEUE_CTRL, HOST_CTRL, EVENT_HGHOST_CTRL, LOAD_INDEX and the
+// calendars.
 //
 // Names are refused when they are too long, texts are cut to 511 bytes.
 #ifndef WMQ_RECORDS_DAEMON_CONTROL_H
@@ -27,16 +28,16 @@ typedef struct mbdDieLog {
 
 typedef struct queueCtrlLog {
   int32_t ctrlValue;
-  char queue[WMQ_NAME_SIZE];  // 1 to 59 characters
-  int32_t userId;             // -1 in lines before 2.2
+  char queue[WMQ_NAME_SIZE];     // 1 to 59 characters
+  int32_t userId;                // -1 in lines before 2.2
   char userName[WMQ_NAME_SIZE];  // 1 to 59 characters; lines up to 4.0 lack it: looked up from userId
   char ctrlText[WMQ_TEXT_SIZE];
 } queueCtrlLog;
 
 typedef struct hostCtrlLog {
   int32_t ctrlValue;
-  char host[WMQ_HOST_SIZE];  // 0 to 63 characters
-  int32_t userId;            // -1 in lines before 2.2
+  char host[WMQ_HOST_SIZE];      // 0 to 63 characters
+  int32_t userId;                // -1 in lines before 2.2
   char userName[WMQ_NAME_SIZE];  // 1 to 59 characters; lines up to 4.0 lack it: looked up from userId
   char ctrlText[WMQ_TEXT_SIZE];
 } hostCtrlLog;
@@ -63,8 +64,8 @@ typedef struct calendarLog {
   char *calStr3;
 } calendarLog;
 
-// Conventions as for writeJobStatus and readJobStatus. Readers that look the user up return WMQE_NO_USER when that fails,
-// after a message to the system log.
+// Conventions as for writeJobStatus and readJobStatus. Readers that look the user up return WMQE_NO_USER when
+// that fails, after a message to the system log.
 WMQ_API int readMbdStart(const char *fields, struct mbdStartLog *log);
 WMQ_API int readMbdDie(const char *fields, struct mbdDieLog *log);
 WMQ_API int readQueueCtrl(const char *fields, struct queueCtrlLog *log);

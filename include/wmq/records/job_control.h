@@ -1,5 +1,5 @@
-// How a job was controlled after submission: JOB_SIGNAL, JOB_MOVE, JOB_SWITCH, JOB_SWITCH2, JOB_SIGACT, JOB_REQUEUE,
-// JOB_FORCE, CHKPNT, MIG.
+// How a job was controlled after submission: JOB_SIGNAL, JOB_MOVE, JOB_SWITCH, JOB_SWITCH2, JOB_SIGACT,
+// JOB_REQUEUE, JOB_FORCE, CHKPNT, MIG.
 #ifndef WMQ_RECORDS_JOB_CONTROL_H
 #define WMQ_RECORDS_JOB_CONTROL_H
 
@@ -33,7 +33,7 @@ typedef struct jobMoveLog {
   int32_t moveInt2;
   int32_t moveInt3;
   char userName[WMQ_NAME_SIZE];  // 1 to 59 characters; lines up to 4.0 lack it: looked up from userId
-  int32_t rmtCtrlInt;  // -1 in lines before 9.1
+  int32_t rmtCtrlInt;            // -1 in lines before 9.1
   int32_t numRmtJobCtrl;
   struct oldRmtJobCtrlRecord *rmtJobCtrls;
   int32_t indexRangeCnt;
@@ -68,7 +68,7 @@ typedef struct jobSwitch2Log {
   int32_t jobId;
   char queue[WMQ_NAME_SIZE];     // 1 to 59 characters
   char userName[WMQ_NAME_SIZE];  // 1 to 59 characters, never looked up
-  int32_t indexRangeCnt;  // at least 1 on a line that is read
+  int32_t indexRangeCnt;         // at least 1 on a line that is read
   int32_t *indexRangeStart;
   int32_t *indexRangeEnd;
   int32_t *indexRangeStep;
@@ -110,8 +110,8 @@ typedef struct jobForceLog {
   int32_t forceInt1;
   int32_t forceInt2;
   char userName[WMQ_NAME_SIZE];  // 1 to 59 characters; lines up to 4.0 lack it: looked up from userId
-  char *forceStr;  // lines up to 4.2 leave it as handed in
-  int32_t rmtCtrlInt;  // -1 in lines before 9.1
+  char *forceStr;                // lines up to 4.2 leave it as handed in
+  int32_t rmtCtrlInt;            // -1 in lines before 9.1
   int32_t numRmtJobCtrl;
   struct oldRmtJobCtrlRecord *rmtJobCtrls;
 } jobForceLog;
@@ -144,8 +144,8 @@ typedef struct migLog {
   int32_t migInt3;  // -1 when absent
 } migLog;
 
-// Conventions as for writeJobStatus and readJobStatus. Readers that look the user up return WMQE_NO_USER when that fails,
-// after a message to the system log.
+// Conventions as for writeJobStatus and readJobStatus. Readers that look the user up return WMQE_NO_USER when
+// that fails, after a message to the system log.
 WMQ_API int writeJobSignal(FILE *file, struct jobSignalLog *log);
 WMQ_API int readJobSignal(const char *fields, struct jobSignalLog *log);
 WMQ_API int writeJobMove(FILE *file, struct jobMoveLog *log);

@@ -19,7 +19,7 @@ typedef struct jobFinishLog {
   int64_t beginTime;
   int64_t termTime;
   int64_t startTime;
-  int64_t endTime;  // not on the line: the reader takes the event time of the header
+  int64_t endTime;            // not on the line: the reader takes the event time of the header
   char queue[WMQ_NAME_SIZE];  // 1 to 59 characters
   char *resReq;
   char fromHost[WMQ_HOST_SIZE];  // 1 to 63 characters
@@ -95,8 +95,8 @@ typedef struct jobFinishLog {
 // `allocSlots` counts as a failed write).
 WMQ_API int writeJobFinish(FILE *file, struct jobFinishLog *log);
 
-// `eventTime` is the time of the header. Conventions as for readJobStatus; WMCE_NO_MEM besides, when the array
-// of host usage entries cannot be allocated.
+// `eventTime` is the time of the header. Conventions as for readJobStatus; WMCE_NO_MEM besides, when the
+// array of host usage entries cannot be allocated.
 WMQ_API int readJobFinish(const char *fields, struct jobFinishLog *log, int32_t eventTime);
 
 #ifdef __cplusplus

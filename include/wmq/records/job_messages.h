@@ -1,4 +1,5 @@
-// Messages and data attached to jobs: JOB_MSG, JOB_MSG_ACK, JOB_EXT_MSG, JOB_ATTA_DATA; JOB_CHUNK: jobs run together.
+// Messages and data attached to jobs: JOB_MSG, JOB_MSG_ACK, JOB_EXT_MSG, JOB_ATTA_DATA; JOB_CHUNK: jobs run
+// together.
 #ifndef WMQ_RECORDS_JOB_MESSAGES_H
 #define WMQ_RECORDS_JOB_MESSAGES_H
 
@@ -41,8 +42,8 @@ typedef struct jobExternalMsgLog {
   int64_t extMsgLong2;  // low 32 bits on the line
   int32_t extMsgInt4;
   char userName[WMQ_NAME_SIZE];  // 1 to 59 characters; lines up to 4.0 lack it: looked up from userId
-  int32_t extMsgInt5;  // lines before 9.1 leave it as handed in
-  int32_t extMsgInt6;  // -1 when absent
+  int32_t extMsgInt5;            // lines before 9.1 leave it as handed in
+  int32_t extMsgInt6;            // -1 when absent
 } jobExternalMsgLog;
 
 typedef struct jobAttaDataLog {
@@ -62,7 +63,8 @@ typedef struct jobChunkLog {
   int32_t chunkInt;  // -1 when absent
 } jobChunkLog;
 
-// Conventions as for readJobStatus; readJobExternalMsg returns WMQE_NO_USER when it must look the user up and cannot.
+// Conventions as for readJobStatus; readJobExternalMsg returns WMQE_NO_USER when it must look the user up and
+// cannot.
 WMQ_API int readJobMsg(const char *fields, struct jobMsgLog *log);
 WMQ_API int readJobMsgAck(const char *fields, struct jobMsgAckLog *log);
 WMQ_API int readJobExternalMsg(const char *fields, struct jobExternalMsgLog *log);

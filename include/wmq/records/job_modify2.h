@@ -10,7 +10,7 @@ extern "C" {
 
 typedef struct jobModLog {
   char *modJobIdStr;
-  int32_t options;   // with options2 and options3: which fields stand on the line
+  int32_t options;  // with options2 and options3: which fields stand on the line
   int32_t options2;
   int32_t modInt1;
   int32_t modInt13;

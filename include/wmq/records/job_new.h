@@ -96,16 +96,16 @@ typedef struct jobNewLog {
 } jobNewLog;
 
 // Option bits that decide which fields stand on a submission line.
-#define JOB_OPTION_INT5 0x04000000      // options: newInt5 (first place)
-#define JOB_OPTION2_INT5 0x4            // options2: newInt5 (second place)
-#define JOB_OPTION2_INT8 0x2000         // options2: newInt8
-#define JOB_OPTION2_STR13 0x4000        // options2: newStr13
-#define JOB_OPTION2_RSV 0x8000          // options2: rsvId
-#define JOB_OPTION2_JGROUP 0x40000      // options2: jgroup
-#define JOB_OPTION2_SLA 0x80000         // options2: sla
-#define JOB_OPTION2_STR12 0x100000      // options2: newStr12
-#define JOB_OPTION2_LICENSE 0x200000    // options2: licenseProject
-#define JOB_INT13_NAME_LIST2 0x80       // newInt13: nameList2 is read
+#define JOB_OPTION_INT5 0x04000000    // options: newInt5 (first place)
+#define JOB_OPTION2_INT5 0x4          // options2: newInt5 (second place)
+#define JOB_OPTION2_INT8 0x2000       // options2: newInt8
+#define JOB_OPTION2_STR13 0x4000      // options2: newStr13
+#define JOB_OPTION2_RSV 0x8000        // options2: rsvId
+#define JOB_OPTION2_JGROUP 0x40000    // options2: jgroup
+#define JOB_OPTION2_SLA 0x80000       // options2: sla
+#define JOB_OPTION2_STR12 0x100000    // options2: newStr12
+#define JOB_OPTION2_LICENSE 0x200000  // options2: licenseProject
+#define JOB_INT13_NAME_LIST2 0x80     // newInt13: nameList2 is read
 
 // Writes the fields behind the header of a JOB_NEW or JOB_MODIFY line, line end included; returns 0 or
 // WMQE_SYS. Line ends inside `resReq`, `dependCond`, `preExecCmd`, `command`, `newStr4`, `newStr7`,

@@ -31,7 +31,7 @@ typedef struct jobStartLog {
   int32_t numNamedInts;
   struct namedInt *namedInts;
   struct affinityAlloc *affinityAlloc;
-  int32_t startInt7;      // -1 when the line has none
+  int32_t startInt7;  // -1 when the line has none
   int32_t startInt8;
   int32_t numAllocHosts;  // written only where it differs from numExHosts
   char **allocHosts;      // when the line has none: a copy of execHosts

@@ -10,15 +10,15 @@ extern "C" {
 
 typedef struct jobStatusLog {
   int32_t jobId;
-  int32_t jStatus;     // new state
+  int32_t jStatus;  // new state
   int32_t reason;
   int32_t subreasons;
-  float cpuTime;       // seconds
+  float cpuTime;  // seconds
   int64_t endTime;
-  int32_t ru;          // not 0: wmxRusage is given
+  int32_t ru;  // not 0: wmxRusage is given
   struct wmxRusage wmxRusage;
   int32_t jFlags;
-  int32_t idx;         // array index
+  int32_t idx;  // array index
   int32_t exitStatus;
   int32_t numhRusages;  // not on the line: 0 when read
   struct hostRusageEntry *hostRusage;
@@ -32,7 +32,7 @@ typedef struct jobStatusLog {
   int32_t *indexRangeStart;  // one block of 3 * indexRangeCnt when read; kept by the release
   int32_t *indexRangeEnd;
   int32_t *indexRangeStep;
-  int32_t numAttrGroups;  // set to 0 by the writer: groups are read, never written
+  int32_t numAttrGroups;         // set to 0 by the writer: groups are read, never written
   struct attrGroup *attrGroups;  // kept by the release
 } jobStatusLog;
 

@@ -1,8 +1,9 @@
-// The records whose lines are name/value pairs: JOB_FINISH2, JOB_STATUS2, JOB_PENDING_REASONS, JOB_STARTLIMIT.
+// The records whose lines are name/value pairs: JOB_FINISH2, JOB_STATUS2, JOB_PENDING_REASONS,
+// JOB_STARTLIMIT.
 //
-// A pair is two quoted strings. Members bear the names of their attributes; an attribute that a line lacks leaves
-// its member as it is in a zero-filled structure. Every 64-bit number but the leading job number is cut to 32 bits
-// when read.
+// A pair is two quoted strings. Members bear the names of their attributes; an attribute that a line lacks
+// leaves its member as it is in a zero-filled structure. Every 64-bit number but the leading job number is
+// cut to 32 bits when read.
 #ifndef WMQ_RECORDS_NAMED_RECORDS_H
 #define WMQ_RECORDS_NAMED_RECORDS_H
 
@@ -185,8 +186,8 @@ extern WMQ_API const char *const jobFinish2LogAttrNames[89];
 extern WMQ_API const char *const jobStatus2LogAttrNames[54];
 extern WMQ_API const char *const jobPendingReasonsLogAttrNames[22];
 
-// Conventions as for writeJobStatus and readJobStatus. A missing or empty host or slot name makes writing fail with
-// WMQE_SYS.
+// Conventions as for writeJobStatus and readJobStatus. A missing or empty host or slot name makes writing
+// fail with WMQE_SYS.
 WMQ_API int writeJobFinish2(FILE *file, struct jobFinish2Log *log);
 WMQ_API int readJobFinish2(const char *fields, struct jobFinish2Log *log);
 WMQ_API int writeJobStatus2(FILE *file, struct jobStatus2Log *log);

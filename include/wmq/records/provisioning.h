@@ -1,5 +1,5 @@
-// Preparing hosts for jobs, and the power of hosts: JOB_PROVISION_START, JOB_PROVISION_END, HOST_POWER_STATUS,
-// JOB_PROV_HOST.
+// Preparing hosts for jobs, and the power of hosts: JOB_PROVISION_START, JOB_PROVISION_END,
+// HOST_POWER_STATUS, JOB_PROV_HOST.
 #ifndef WMQ_RECORDS_PROVISIONING_H
 #define WMQ_RECORDS_PROVISIONING_H
 

@@ -40,9 +40,10 @@ typedef struct newRmtJobCtrlRecord {
 WMQ_API int writeRmtJobCtrlRecord2File(FILE *file, const struct oldRmtJobCtrlRecord *record);
 WMQ_API int writeNewRmtJobCtrlRecord2File(FILE *file, const struct newRmtJobCtrlRecord *record);
 
-// Readers take one record at `*position` of a NUL-terminated line and move `*position` behind it, as far as they came
-// also after a failure behind the two names. They return 0, WMQE_BAD_FORMAT (also when a pair array of an old record cannot be allocated)
-// or WMQE_NO_MEM. A new record that already holds a positive numEntries2 is refused with WMQE_BAD_FORMAT.
+// Readers take one record at `*position` of a NUL-terminated line and move `*position` behind it, as far as
+// they came also after a failure behind the two names. They return 0, WMQE_BAD_FORMAT (also when a pair array
+// of an old record cannot be allocated) or WMQE_NO_MEM. A new record that already holds a positive
+// numEntries2 is refused with WMQE_BAD_FORMAT.
 WMQ_API int readRmtJobCtrlRecordFromLine(char **position, struct oldRmtJobCtrlRecord *record);
 WMQ_API int readNewRmtJobCtrlRecordFromLine(char **position, struct newRmtJobCtrlRecord *record);
 
