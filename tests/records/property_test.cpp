@@ -71,6 +71,25 @@ void holds(const Property &property) {
   EXPECT_TRUE(rc::check(property));
 }
 
+// ----------------------------------------------------------------------------------- samples
+
+TEST(Samples, AreTheSameForTheSameSeed) {
+  for (const int32_t type : typesWithSchema()) {
+    const Seed seed = {.value = 4711, .size = 5};
+    EXPECT_EQ(jsonOf(*sampleRecord(type, seed)), jsonOf(*sampleRecord(type, seed)));
+  }
+}
+
+TEST(Samples, DifferFromSeedToSeed) {
+  for (const int32_t type : typesWithSchema())
+    EXPECT_NE(jsonOf(*sampleRecord(type, {.value = 1})), jsonOf(*sampleRecord(type, {.value = 2}))) << type;
+}
+
+TEST(Samples, AreNotThereForTypesWithoutASchema) {
+  EXPECT_EQ(sampleRecord(0, {}), nullptr);
+  EXPECT_EQ(sampleRecord(WMQ_MAX_EVENT_TYPE + 1, {}), nullptr);
+}
+
 // -------------------------------------------------------------------------------- there and back
 
 TEST_P(EveryLine, ReadsBackToARecordThatWritesTheSameBytes) {

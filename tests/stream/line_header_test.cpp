@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <cmath>
+#include <algorithm>
 #include <cstring>
 #include <limits>
 
@@ -251,11 +251,11 @@ TEST_F(ParsingALine, GivesForEachTypeNameWhatIsExpectedOfIt) {
     EXPECT_EQ(record->eventTime, kEventTime);
     EXPECT_STREQ(record->version, "10.1");
     EXPECT_EQ(wmq_errno, 0);
-    eventLog empty{};
-    empty.endOfStream = type.reading == Reading::marker ? 1 : 0;
-    if (type.reading != Reading::fields) {
-      EXPECT_EQ(std::memcmp(&record->eventLog, &empty, sizeof empty), 0);
-    }
+    if (type.reading == Reading::fields) continue;
+    const auto *bytes = reinterpret_cast<const char *>(&record->eventLog);
+    EXPECT_EQ(record->eventLog.endOfStream, type.reading == Reading::marker ? 1 : 0);
+    EXPECT_EQ(std::count(bytes + sizeof(int32_t), bytes + sizeof(eventLog), '\0'),
+              sizeof(eventLog) - sizeof(int32_t));
   }
 }
 
