@@ -50,9 +50,7 @@ int main(int argc, char **argv) {
     }
   }
 
-  for (const auto &[queue, count] : jobs)
-    std::printf("%-20s %6d\n", queue.c_str(), count);
-  if (last)
-    std::puts(json(*last).get());
+  for (const auto &[queue, count] : jobs) std::printf("%-20s %6d\n", queue.c_str(), count);
+  if (const auto text = last ? json(*last) : nullptr) std::puts(text.get());
   return 0;
 }

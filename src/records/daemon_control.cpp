@@ -25,13 +25,25 @@ static void layout(auto &io, mbdDieLog &log) {
   number<&L::mbdDieInt3>(io, log, atLeast(9.11F), unchanged);
 }
 
+// Empty in lines that lack it, whatever was handed in.
+template <typename L>
+static void controlText(auto &io, L &log) {
+  cutText<&L::ctrlText>(io, log, atLeast(6.0F));
+}
+
+template <typename L>
+static void controlText(Reader &io, L &log) {
+  if (io.error == 0) std::fill(log.ctrlText, log.ctrlText + WMQ_NAME_SIZE, '\0');
+  cutText<&L::ctrlText>(io, log, atLeast(6.0F));
+}
+
 static void layout(auto &io, queueCtrlLog &log) {
   using L = queueCtrlLog;
   number<&L::ctrlValue>(io, log);
   name<&L::queue>(io, log);
   number<&L::userId>(io, log, atLeast(2.2F), -1);
   userName<&L::userName, &L::userId>(io, log, "readQueueCtrl");
-  cutText<&L::ctrlText>(io, log, atLeast(6.0F));
+  controlText(io, log);
 }
 
 static void layout(auto &io, hostCtrlLog &log) {
@@ -40,7 +52,7 @@ static void layout(auto &io, hostCtrlLog &log) {
   nameOrEmpty<&L::host>(io, log);
   number<&L::userId>(io, log, atLeast(2.2F), -1);
   userName<&L::userName, &L::userId>(io, log, "readHostCtrl");
-  cutText<&L::ctrlText>(io, log, atLeast(6.0F));
+  controlText(io, log);
 }
 
 static void layout(auto &io, hgHostCtrlLog &log) {
@@ -50,7 +62,7 @@ static void layout(auto &io, hgHostCtrlLog &log) {
   nameOrEmpty<&L::ctrlName2>(io, log);
   number<&L::userId>(io, log);
   userName<&L::userName, &L::userId>(io, log, "readHostCtrl");
-  cutText<&L::ctrlText>(io, log, atLeast(6.0F));
+  controlText(io, log);
 }
 
 static void layout(auto &io, loadIndexLog &log) {

@@ -20,8 +20,9 @@ int readEmbedded(char **position, R *record) {
             .end = *position + std::strlen(*position),
             .version = version,
             .eventTime = 0};
+  record->ctrlName2 = nullptr;
   layout(io, *record);
-  *position += io.cursor - io.line;
+  if (record->ctrlName2 != nullptr) *position += io.cursor - io.line;  // behind the two names, or further
   return resultOf(io);
 }
 

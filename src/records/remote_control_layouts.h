@@ -47,7 +47,10 @@ void secondList(Writer &io, const R &record) {
 }
 template <typename R>
 void secondList(Reader &io, R &record) {
-  if (io.error == 0 && record.numEntries2 > 0) fail(io, WMQE_BAD_FORMAT, "numEntries2", "no second list");
+  if (io.error != 0) return;
+  if (record.numEntries2 > 0) return fail(io, WMQE_BAD_FORMAT, "numEntries2", "no second list");
+  record.entries2 = nullptr;
+  record.values2 = nullptr;
 }
 template <typename R>
 void secondList(Releaser &io, R &record) {

@@ -44,6 +44,10 @@ void noteForgotten(Describer &io, const char *name, Gate gate) {
 }
 
 void finishDescription(Description &out, std::string_view name, size_t size) {
+  for (const wmqField &array : out.fields)
+    if (array.shape == WMQ_SHAPE_COUNTED)
+      for (wmqField &field : out.fields)
+        if (field.offset == array.countOffset) field.flags |= WMQ_FIELD_COUNT;
   const std::string_view plain = name.substr(name.rfind(':') + 1);
   out.texts.emplace_back(plain);
   out.layout = {out.texts.back().c_str(), size, out.fields.size(), out.fields.data()};

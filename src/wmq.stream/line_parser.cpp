@@ -98,7 +98,7 @@ eventRecord *parsestreamlineMT(const char *line, size_t length) {
   }
   nameType(nullptr);
   Reader io{.line = line, .fields = line, .cursor = line, .end = line + length, .version = 0, .eventTime = 0};
-  Header header;
+  Header header{};
   if (std::memchr(line, '\0', length) != nullptr)
     fail(io, WMQE_BAD_FORMAT, nullptr, "a line without NUL bytes");
   if (io.error != 0 || !takeHeader(io, header)) {

@@ -223,7 +223,10 @@ void readHosts(Reader &io, const char *countField, const char *field, int32_t &c
   if (io.error != 0) return;
   if (count == 0 && rule.none == NoHosts::refused)
     return fail(io, WMQE_BAD_FORMAT, countField, "at least one host");
-  if (count < 0 && rule.none == NoHosts::nullZeroCount) count = 0;
+  if (count <= 0 && rule.none == NoHosts::nullZeroCount) {
+    count = 0;
+    array = nullptr;
+  }
   const bool allocates =
       count > 0 || rule.none == NoHosts::emptyArray ||
       (count < 0 && rule.none != NoHosts::nullArray && rule.none != NoHosts::nullZeroCount);

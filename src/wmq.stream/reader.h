@@ -284,6 +284,7 @@ void elements(Reader &io, auto &log, int noMemory = WMQE_NO_MEM) {
   if (io.error != 0) return;
   auto &count = log.*Count;
   auto &array = log.*Array;
+  array = nullptr;
   if constexpr (std::is_same_v<Element, char *>) {
     if (count > 0) readStrings(io, nameOf<Array>, count, array);
   } else {
@@ -308,7 +309,9 @@ void elements(Reader &io, auto &log, int noMemory = WMQE_NO_MEM) {
 // cut to the complete ones.
 template <auto Count, auto... Arrays>
 void parallelElements(Reader &io, auto &log, int noMemory) {
-  if (io.error != 0 || log.*Count <= 0) return;
+  if (io.error != 0) return;
+  ((log.*Arrays = nullptr), ...);
+  if (log.*Count <= 0) return;
   const int32_t count = log.*Count;
   ((log.*Arrays = static_cast<TypeOf<Arrays>>(allocateElements(
         io, nameOf<Arrays>, count, sizeof(*(log.*Arrays)), 2 * sizeof...(Arrays), noMemory))),
@@ -322,7 +325,12 @@ void parallelElements(Reader &io, auto &log, int noMemory) {
 
 template <auto Count, auto Array, typename When = Gate>
 void list(Reader &io, auto &log, const When &when = always, int noMemory = WMQE_NO_MEM) {
-  if (io.error != 0 || !isOnLine(io.version, log, when)) return;
+  if (io.error != 0) return;
+  if (!isOnLine(io.version, log, when)) {
+    log.*Count = 0;
+    log.*Array = nullptr;
+    return;
+  }
   number<Count>(io, log);
   elements<Count, Array>(io, log, noMemory);
 }
@@ -389,23 +397,34 @@ void usage(Reader &io, auto &log, const When &when = always) {
 
 template <auto M>
 void extension(Reader &io, auto &log, const auto &when) {
-  if (io.error == 0 && isOnLine(io.version, log, when)) readSubmitExt(io, nameOf<M>, log.*M);
+  if (io.error != 0) return;
+  log.*M = nullptr;
+  if (isOnLine(io.version, log, when)) readSubmitExt(io, nameOf<M>, log.*M);
 }
 
 template <auto M>
 void namedList(Reader &io, auto &log, const auto &when) {
-  if (io.error == 0 && isOnLine(io.version, log, when)) readNamedValues(io, nameOf<M>, log.*M);
+  if (io.error != 0) return;
+  log.*M = nullptr;
+  if (isOnLine(io.version, log, when)) readNamedValues(io, nameOf<M>, log.*M);
 }
 
 template <auto M>
 void affinity(Reader &io, auto &log, const auto &when) {
-  if (io.error == 0 && isOnLine(io.version, log, when)) readAffinity(io, nameOf<M>, log.*M);
+  if (io.error != 0) return;
+  log.*M = nullptr;
+  if (isOnLine(io.version, log, when)) readAffinity(io, nameOf<M>, log.*M);
 }
 
 template <Ranges Rule>
 void indexRanges(Reader &io, auto &log, const auto &when) {
-  if (Rule != Ranges::writtenOnly && io.error == 0 && isOnLine(io.version, log, when))
+  if (Rule == Ranges::writtenOnly || io.error != 0) return;
+  if (isOnLine(io.version, log, when)) {
     readRanges(io, Rule, log.indexRangeCnt, log.indexRangeStart, log.indexRangeEnd, log.indexRangeStep);
+  } else if (Rule != Ranges::arrays) {  // that one leaves them as handed in
+    log.indexRangeCnt = 0;
+    log.indexRangeStart = log.indexRangeEnd = log.indexRangeStep = nullptr;
+  }
 }
 
 template <auto M, int From, int To, typename When = Gate>
@@ -467,7 +486,9 @@ void embedded(Reader &io, auto &log, const auto &when) {
 template <auto M, int Elder, typename When>
 void fixedNumbers(Reader &io, auto &log, const When &when) {
   constexpr int all = std::extent_v<TypeOf<M>>;
+  if (io.error != 0) return;
   const int count = isOnLine(io.version, log, when) ? all : Elder;
+  std::fill(log.*M + count, log.*M + all, 0);
   for (int i = 0; i < count && io.error == 0; ++i) element(io, nameOf<M>, (log.*M)[i]);
 }
 

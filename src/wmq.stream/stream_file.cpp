@@ -131,10 +131,21 @@ int findOldFiles(const char *fileName, Suffixes &found) {
   return result;
 }
 
+// False, with errno, when the name is longer than any file's can be: a name cut short would be another file's.
+bool nameOldFile(char (&name)[sizeof path], const char *fileName, int64_t suffix) {
+  const int length = std::snprintf(name, sizeof path, "%s.%ld", fileName, static_cast<long>(suffix));
+  if (length >= 0 && static_cast<size_t>(length) < sizeof path) return true;
+  errno = ENAMETOOLONG;
+  return false;
+}
+
 // One pass: the smallest suffix that is left. Its equals are marked with it, though only one file bears the
 // name.
 int removeOldest(const char *fileName, int32_t suffix) {
-  std::snprintf(path, sizeof path, "%s.%ld", fileName, static_cast<long>(suffix));
+  if (!nameOldFile(path, fileName, suffix)) {
+    wmq_errno = WMQE_SYS;
+    return -2;
+  }
   report(stream, "%s: Removing oldest stream file %s ", "deleteoldfiles()", path);
   if (unlink(path) == 0) return 0;
   wmq_errno = WMQE_SYS;
@@ -269,21 +280,25 @@ bool append(const streamFile &file, const char *bytes, size_t length) {
   return true;
 }
 
+// Suffixes that count for nothing may still be taken.
+static bool nameRotated(const char *fileName, char (&rotated)[sizeof path]) {
+  int64_t suffix = 0;
+  if (!nextSuffix(fileName, currentTime(), suffix)) return false;
+  struct stat status;
+  do {
+    if (!nameOldFile(rotated, fileName, suffix++)) return false;
+  } while (lstat(rotated, &status) == 0);
+  return true;
+}
+
 int resetstream(streamFile &file) {
   struct stat status;
   if (fstat(fileno(file.fp), &status) != 0) return failSystem();
   if (status.st_size < file.maxStreamSize) return 0;
   if (const int result = checkstreamfilenum(file.fileName, file.maxStreamFileNum); result < 0) return result;
 
-  int64_t suffix = 0;
-  if (!nextSuffix(file.fileName, currentTime(), suffix)) return failSystem();
   char rotated[sizeof path];
-  const int length =
-      std::snprintf(rotated, sizeof rotated, "%s.%ld", file.fileName, static_cast<long>(suffix));
-  if (length < 0 || static_cast<size_t>(length) >= sizeof rotated) {
-    errno = ENAMETOOLONG;
-    return failSystem();
-  }
+  if (!nameRotated(file.fileName, rotated)) return failSystem();
   if (!writeEndOfStream(file)) return failSystem();
   std::fclose(file.fp);
   file.fp = nullptr;

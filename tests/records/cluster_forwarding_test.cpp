@@ -15,16 +15,21 @@ namespace {
 using ::testing::ElementsAre;
 using wmq::test::resultOnAFullDevice;
 
-const Fields kForward = {{"numbers", "1 2"},     {"fwdStr1", "\"s1\""}, {"hosts", "\"2*h\" \"i\""},
-                         {"fwdInt1", "3"},       {"fwdInt2", "4"},      {"fwdStr2", "\"s2\""},
-                         {"fwdLong1", "9000000000001"}, {"fwdLong2", "-9000000000002"}};
+const Fields kForward = {
+    {"numbers", "1 2"}, {"fwdStr1", "\"s1\""}, {"hosts", "\"2*h\" \"i\""},    {"fwdInt1", "3"},
+    {"fwdInt2", "4"},   {"fwdStr2", "\"s2\""}, {"fwdLong1", "9000000000001"}, {"fwdLong2", "-9000000000002"}};
 const Fields kAccept = {{"numbers", "1 9000000000001"}, {"jobAcceptStr1", "\"s1\""}, {"jobAcceptInt1", "3"},
                         {"jobAcceptInt2", "4"},         {"jobAcceptStr2", "\"s2\""}, {"jobAcceptLong", "5"}};
-const Fields kAcceptAck = {{"jobId", "1"},           {"acceptAckInt1", "2"},         {"acceptAckInt2", "3"},
-                           {"srcCluster", "\"src\""}, {"srcJobId", "9000000000001"}, {"dstCluster", "\"dst\""},
+const Fields kAcceptAck = {{"jobId", "1"},
+                           {"acceptAckInt1", "2"},
+                           {"acceptAckInt2", "3"},
+                           {"srcCluster", "\"src\""},
+                           {"srcJobId", "9000000000001"},
+                           {"dstCluster", "\"dst\""},
                            {"dstJobId", "9000000000002"}};
-const Fields kStatusAck = {{"numbers", "1 2"},         {"statusAckInt2", "3"},       {"srcCluster", "\"src\""},
-                           {"srcJobId", "9000000000001"}, {"dstCluster", "\"dst\""}, {"dstJobId", "9000000000002"}};
+const Fields kStatusAck = {{"numbers", "1 2"},        {"statusAckInt2", "3"},
+                           {"srcCluster", "\"src\""}, {"srcJobId", "9000000000001"},
+                           {"dstCluster", "\"dst\""}, {"dstJobId", "9000000000002"}};
 
 // ------------------------------------------------------------------------------- JOB_FORWARD
 
@@ -34,7 +39,8 @@ TEST(JobForward, PutsTheCompressedCountBeforeAStringAndTheNamesBehindIt) {
   jobForwardLog &log = record.eventLog.jobForwardLog;
   log.numHosts = hosts.count();
   log.hosts = hosts;
-  EXPECT_EQ(fieldsOf(record), R"( 0 2 "" "2*h" "i" 0 0 "" 0 0)" "\n");
+  EXPECT_EQ(fieldsOf(record), R"( 0 2 "" "2*h" "i" 0 0 "" 0 0)"
+                              "\n");
   const OwnedRecord back = readBack(record);
   ASSERT_NE(back, nullptr);
   EXPECT_THAT(listed(back->eventLog.jobForwardLog.numHosts, back->eventLog.jobForwardLog.hosts),
@@ -46,12 +52,14 @@ TEST(JobForward, PutsHostsDownAsTheyAreWhereNothingIsGained) {
   eventRecord record = bareRecord(EVENT_JOB_FORWARD);
   record.eventLog.jobForwardLog.numHosts = hosts.count();
   record.eventLog.jobForwardLog.hosts = hosts;
-  EXPECT_EQ(fieldsOf(record), R"( 0 3 "" "h" "i" "h" 0 0 "" 0 0)" "\n");
+  EXPECT_EQ(fieldsOf(record), R"( 0 3 "" "h" "i" "h" 0 0 "" 0 0)"
+                              "\n");
 }
 
 TEST(JobForward, OfNoHostsOrLessHasNone) {
   for (const char *numbers : {"1 0", "1 -3"}) {
-    const OwnedRecord record = parse(line("JOB_FORWARD", "10.1", kForward.with("numbers", numbers).without("hosts")));
+    const OwnedRecord record =
+        parse(line("JOB_FORWARD", "10.1", kForward.with("numbers", numbers).without("hosts")));
     ASSERT_NE(record, nullptr) << numbers;
     EXPECT_EQ(record->eventLog.jobForwardLog.numHosts, 0) << numbers;
     EXPECT_EQ(record->eventLog.jobForwardLog.hosts, nullptr) << numbers;
@@ -64,7 +72,8 @@ TEST(JobForward, CutsTheCountToTheHostsThatWereRead) {
   const OwnedRecord record = emptyRecord(EVENT_JOB_FORWARD);
   jobForwardLog &log = record->eventLog.jobForwardLog;
   EXPECT_EQ(readJobForward("1 3 \"s1\" \"2*h\" \"i\" none", &log), WMQE_BAD_FORMAT);
-  EXPECT_THAT(listed(log.numHosts, log.hosts), ElementsAre("2*h", "i")) << "not expanded before all are there";
+  EXPECT_THAT(listed(log.numHosts, log.hosts), ElementsAre("2*h", "i"))
+      << "not expanded before all are there";
 }
 
 TEST(JobForward, HasItsLateFieldsFromTheirVersionsOn) {
@@ -83,7 +92,8 @@ TEST(JobForward, HasItsLateFieldsFromTheirVersionsOn) {
 TEST(JobForward, MustHaveEveryFieldOfItsVersion) {
   const std::vector<std::string> names = kForward.names();
   for (size_t last = 0; last + 1 < names.size(); ++last)
-    EXPECT_EQ(faultOf(line("JOB_FORWARD", "10.1", kForward.upTo(names[last]))).error, WMQE_BAD_FORMAT) << names[last];
+    EXPECT_EQ(faultOf(line("JOB_FORWARD", "10.1", kForward.upTo(names[last]))).error, WMQE_BAD_FORMAT)
+        << names[last];
 }
 
 TEST(JobForward, CannotBeWrittenWithoutItsHosts) {

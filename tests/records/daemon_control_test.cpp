@@ -18,7 +18,8 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 const Fields kStart = {{"mbdStartHost", "\"host\""}, {"mbdStartName", "\"name\""}, {"numbers", "3 4"}};
-const Fields kDie = {{"mbdDieHost", "\"host\""}, {"numbers", "2 3"}, {"mbdDieText", "\"text\""}, {"mbdDieInt3", "5"}};
+const Fields kDie = {
+    {"mbdDieHost", "\"host\""}, {"numbers", "2 3"}, {"mbdDieText", "\"text\""}, {"mbdDieInt3", "5"}};
 const Fields kQueue = {{"ctrlValue", "1"},
                        {"queue", "\"night\""},
                        {"userId", "7"},
@@ -29,8 +30,8 @@ const Fields kHost = {{"ctrlValue", "1"},
                       {"userId", "7"},
                       {"userName", "\"anna\""},
                       {"ctrlText", "\"text\""}};
-const Fields kGroupHost = {{"ctrlValue", "1"},        {"ctrlName1", "\"one\""}, {"ctrlName2", "\"two\""}, {"userId", "7"},
-                           {"userName", "\"anna\""}, {"ctrlText", "\"text\""}};
+const Fields kGroupHost = {{"ctrlValue", "1"}, {"ctrlName1", "\"one\""}, {"ctrlName2", "\"two\""},
+                           {"userId", "7"},    {"userName", "\"anna\""}, {"ctrlText", "\"text\""}};
 
 std::string quoted(const std::string &text) { return '"' + text + '"'; }
 
@@ -102,15 +103,18 @@ TEST_F(DaemonControl, TakesAHostOfADeathOfUpTo63Characters) {
 TEST_F(DaemonControl, CutsTextsTo511Characters) {
   const std::string most(511, 't');
   for (const std::string &text : {most, most + 't', std::string(600, 't')}) {
-    EXPECT_EQ(parsed(line("QUEUE_CTRL", "10.1", kQueue.with("ctrlText", quoted(text))))->eventLog.queueCtrlLog.ctrlText,
+    EXPECT_EQ(parsed(line("QUEUE_CTRL", "10.1", kQueue.with("ctrlText", quoted(text))))
+                  ->eventLog.queueCtrlLog.ctrlText,
               most);
-    EXPECT_EQ(parsed(line("HOST_CTRL", "10.1", kHost.with("ctrlText", quoted(text))))->eventLog.hostCtrlLog.ctrlText,
+    EXPECT_EQ(parsed(line("HOST_CTRL", "10.1", kHost.with("ctrlText", quoted(text))))
+                  ->eventLog.hostCtrlLog.ctrlText,
               most);
     EXPECT_EQ(parsed(line("EVENT_HGHOST_CTRL", "10.1", kGroupHost.with("ctrlText", quoted(text))))
                   ->eventLog.hgHostCtrlLog.ctrlText,
               most);
-    EXPECT_EQ(parsed(line("MBD_DIE", "10.1", kDie.with("mbdDieText", quoted(text))))->eventLog.mbdDieLog.mbdDieText,
-              most);
+    EXPECT_EQ(
+        parsed(line("MBD_DIE", "10.1", kDie.with("mbdDieText", quoted(text))))->eventLog.mbdDieLog.mbdDieText,
+        most);
   }
 }
 
@@ -127,9 +131,24 @@ TEST_F(DaemonControl, HasControlTextsFrom6_0On) {
   ASSERT_TRUE(older != nullptr && newer != nullptr);
   EXPECT_STREQ(older->eventLog.queueCtrlLog.ctrlText, "");
   EXPECT_STREQ(newer->eventLog.queueCtrlLog.ctrlText, "text");
-  EXPECT_EQ(faultOf(line("QUEUE_CTRL", "6.0", kQueue.upTo("userName"))), (Fault{WMQE_BAD_FORMAT, "ctrlText"}));
+  EXPECT_EQ(faultOf(line("QUEUE_CTRL", "6.0", kQueue.upTo("userName"))),
+            (Fault{WMQE_BAD_FORMAT, "ctrlText"}));
   EXPECT_EQ(faultOf(line("HOST_CTRL", "6.0", kHost.upTo("userName"))), (Fault{WMQE_BAD_FORMAT, "ctrlText"}));
   EXPECT_EQ(faultOf(line("EVENT_HGHOST_CTRL", "5.0", kGroupHost.upTo("userName"))), Fault{});
+}
+
+TEST_F(DaemonControl, EmptiesControlTextsThatOlderLinesLack) {
+  wmq_setlineversion(5.0F);
+  queueCtrlLog queue{};
+  hostCtrlLog host{};
+  hgHostCtrlLog group{};
+  for (char *text : {queue.ctrlText, host.ctrlText, group.ctrlText}) std::strcpy(text, "left over");
+  EXPECT_EQ(readQueueCtrl(kQueue.upTo("userName").text().c_str(), &queue), 0);
+  EXPECT_EQ(readHostCtrl(kHost.upTo("userName").text().c_str(), &host), 0);
+  EXPECT_EQ(readHgHostCtrl(kGroupHost.upTo("userName").text().c_str(), &group), 0);
+  EXPECT_STREQ(queue.ctrlText, "");
+  EXPECT_STREQ(host.ctrlText, "");
+  EXPECT_STREQ(group.ctrlText, "");
 }
 
 // ------------------------------------------------------------------------------------ names
@@ -138,7 +157,8 @@ TEST_F(DaemonControl, TakesAnEmptyHostAndRefusesAnEmptyQueue) {
   const OwnedRecord record = parse(line("HOST_CTRL", "10.1", kHost.with("host", "\"\"")));
   ASSERT_NE(record, nullptr);
   EXPECT_STREQ(record->eventLog.hostCtrlLog.host, "");
-  EXPECT_EQ(faultOf(line("QUEUE_CTRL", "10.1", kQueue.with("queue", "\"\""))), (Fault{WMQE_BAD_FORMAT, "queue"}));
+  EXPECT_EQ(faultOf(line("QUEUE_CTRL", "10.1", kQueue.with("queue", "\"\""))),
+            (Fault{WMQE_BAD_FORMAT, "queue"}));
 }
 
 TEST_F(DaemonControl, TakesHostsOf63CharactersAndQueuesOf59) {
@@ -160,7 +180,8 @@ TEST_F(DaemonControl, RefusesUserNamesThatAreEmptyOrTooLong) {
   const std::pair<const char *, Fields> lines[] = {
       {"QUEUE_CTRL", kQueue}, {"HOST_CTRL", kHost}, {"EVENT_HGHOST_CTRL", kGroupHost}};
   for (const auto &[type, fields] : lines) {
-    EXPECT_EQ(faultOf(line(type, "10.1", fields.with("userName", quoted(std::string(59, 'u'))))), Fault{}) << type;
+    EXPECT_EQ(faultOf(line(type, "10.1", fields.with("userName", quoted(std::string(59, 'u'))))), Fault{})
+        << type;
     for (const size_t length : {0U, 60U})
       EXPECT_EQ(faultOf(line(type, "10.1", fields.with("userName", quoted(std::string(length, 'u'))))),
                 (Fault{WMQE_BAD_FORMAT, "userName"}))
@@ -182,7 +203,8 @@ TEST_F(DaemonControl, LooksUserMinus1UpForLinesOf2_1) {
 }
 
 TEST_F(DaemonControl, AlwaysHasTheUserIdOfAHostGroup) {
-  EXPECT_EQ(parsed(line("EVENT_HGHOST_CTRL", "2.1", kGroupHost.upTo("userId")))->eventLog.hgHostCtrlLog.userId, 7);
+  EXPECT_EQ(
+      parsed(line("EVENT_HGHOST_CTRL", "2.1", kGroupHost.upTo("userId")))->eventLog.hgHostCtrlLog.userId, 7);
   EXPECT_EQ(faultOf(line("EVENT_HGHOST_CTRL", "2.1", kGroupHost.upTo("ctrlName2"))),
             (Fault{WMQE_BAD_FORMAT, "userId"}));
 }
@@ -230,8 +252,9 @@ TEST_F(DaemonControl, NeitherCompressesNorExpandsLoadIndices) {
   const std::string names = "3 \"ut\" \"ut\" \"2*ut\"";
   const OwnedRecord record = parse(line("LOAD_INDEX", "10.1", names));
   ASSERT_NE(record, nullptr);
-  EXPECT_THAT(listed(record->eventLog.loadIndexLog.numLoadIndex, record->eventLog.loadIndexLog.loadIndexNames),
-              ElementsAre("ut", "ut", "2*ut"));
+  EXPECT_THAT(
+      listed(record->eventLog.loadIndexLog.numLoadIndex, record->eventLog.loadIndexLog.loadIndexNames),
+      ElementsAre("ut", "ut", "2*ut"));
   EXPECT_EQ(fieldsOf(*record), ' ' + names + '\n');
 }
 

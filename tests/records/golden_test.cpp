@@ -54,7 +54,9 @@ void checkReading(const GoldenCase &golden) {
       }
     } else if (golden.json) {
       EXPECT_NE(record, nullptr) << wmq_errno << ' ' << wmq_errdetail();
-      if (record) EXPECT_EQ(jsonDifference(*golden.json, jsonOf(*record)), "");
+      if (record) {
+        EXPECT_EQ(jsonDifference(*golden.json, jsonOf(*record)), "");
+      }
     }
   }
 }
@@ -77,7 +79,9 @@ std::string writtenLine(eventRecord &record) {
 void checkWriting(const GoldenCase &golden) {
   const Record record(wmq_json2record(golden.json->data(), golden.json->size()));
   EXPECT_NE(record, nullptr) << wmq_jsonerror();
-  if (record) EXPECT_EQ(writtenLine(*record), *golden.written);
+  if (record) {
+    EXPECT_EQ(writtenLine(*record), *golden.written);
+  }
 }
 
 TEST_P(Golden, LinesReadAndWriteAsTheyStand) {
@@ -88,8 +92,9 @@ TEST_P(Golden, LinesReadAndWriteAsTheyStand) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Files, Golden, ::testing::ValuesIn(goldenFiles()),
-                         [](const auto &info) { return std::filesystem::path(info.param).stem().string(); });
+INSTANTIATE_TEST_SUITE_P(Files, Golden, ::testing::ValuesIn(goldenFiles()), [](const auto &golden) {
+  return std::filesystem::path(golden.param).stem().string();
+});
 
 // A type that has no golden file is a type that nobody has written a line of by hand.
 TEST(GoldenFiles, ThereIsOneForEveryTypeWithALayout) {

@@ -14,8 +14,9 @@ using wmq::test::resultOnAFullDevice;
 
 // ------------------------------------------------------------------------ JOB_START_ACCEPT
 
-const Fields kAccept = {{"numbers", "1 2 3"},           {"acceptInt3", "4"},      {"srcCluster", "\"src\""},
-                        {"srcJobId", "9000000000006"},  {"dstCluster", "\"dst\""}, {"dstJobId", "-9000000000008"},
+const Fields kAccept = {{"numbers", "1 2 3"},      {"acceptInt3", "4"},
+                        {"srcCluster", "\"src\""}, {"srcJobId", "9000000000006"},
+                        {"dstCluster", "\"dst\""}, {"dstJobId", "-9000000000008"},
                         {"acceptInt4", "9"}};
 
 std::string accept(const std::string &version, const std::string &fields) {
@@ -166,7 +167,8 @@ TEST(JobExecute, WritesAMissingLastStringAsAnEmptyOne) {
 TEST(JobExecute, MustHaveEveryFieldOfItsVersion) {
   const std::vector<std::string> names = kExecute.names();
   for (size_t last = 0; last + 1 < names.size(); ++last)
-    EXPECT_EQ(faultOf(execute("10.1", kExecute.upTo(names[last]))), (Fault{WMQE_BAD_FORMAT, names[last + 1]}));
+    EXPECT_EQ(faultOf(execute("10.1", kExecute.upTo(names[last]))),
+              (Fault{WMQE_BAD_FORMAT, names[last + 1]}));
 }
 
 TEST(JobExecute, FailsToReachAFullFile) {

@@ -101,8 +101,12 @@ std::string quoted(const std::string &text) { return '"' + text + '"'; }
 
 jobFinishLog &logOf(const OwnedRecord &record) { return record->eventLog.jobFinishLog; }
 
-std::vector<std::string> execHostsOf(const jobFinishLog &log) { return listed(log.numExHosts, log.execHosts); }
-std::vector<std::string> slotsOf(const jobFinishLog &log) { return listed(log.numAllocSlots, log.allocSlots); }
+std::vector<std::string> execHostsOf(const jobFinishLog &log) {
+  return listed(log.numExHosts, log.execHosts);
+}
+std::vector<std::string> slotsOf(const jobFinishLog &log) {
+  return listed(log.numAllocSlots, log.allocSlots);
+}
 
 // A record that a test gives members of its own; nothing of it is released.
 class JobFinishWriting : public ::testing::Test {
@@ -139,17 +143,31 @@ TEST(JobFinish, Of2_1EndsBehindItsResourceUsage) {
   EXPECT_EQ(log.submitExt, nullptr);
   EXPECT_THAT(slotsOf(log), ElementsAre("hostA", "hostA", "hostB"));
   for (const char *text :
-       {log.preExecCmd, log.projectName, log.finStr5,  log.finStr6,  log.finStr7,    log.finStr8,   log.finStr9,
-        log.finStr10,   log.finStr11,    log.finStr12, log.finStr13, log.finStr14,   log.finStr15,  log.finStr16,
-        log.finStr17,   log.finStr18,    log.finStr19, log.finStr20, log.srcCluster, log.dstCluster, log.finStr21,
-        log.finStr22,   log.finStr23})
+       {log.preExecCmd, log.projectName, log.finStr5,  log.finStr6,  log.finStr7,  log.finStr8,
+        log.finStr9,    log.finStr10,    log.finStr11, log.finStr12, log.finStr13, log.finStr14,
+        log.finStr15,   log.finStr16,    log.finStr17, log.finStr18, log.finStr19, log.finStr20,
+        log.srcCluster, log.dstCluster,  log.finStr21, log.finStr22, log.finStr23})
     EXPECT_STREQ(text, "");
-  for (const int64_t number :
-       {int64_t{log.exitStatus}, int64_t{log.finInt1},     int64_t{log.finInt2},        int64_t{log.finInt3},
-        int64_t{log.finInt4},    int64_t{log.finInt5},     int64_t{log.finInt6},        int64_t{log.finInt7},
-        int64_t{log.finInt8},    int64_t{log.finInt9},     int64_t{log.finInt10},       int64_t{log.finInt11},
-        int64_t{log.finInt12},   int64_t{log.finInt13},    int64_t{log.numhRusages},    int64_t{log.numStrIntPairs},
-        log.srcJobId,            log.dstJobId,             log.forwardTime,             int64_t{log.numGPURusages}})
+  for (const int64_t number : {int64_t{log.exitStatus},
+                               int64_t{log.finInt1},
+                               int64_t{log.finInt2},
+                               int64_t{log.finInt3},
+                               int64_t{log.finInt4},
+                               int64_t{log.finInt5},
+                               int64_t{log.finInt6},
+                               int64_t{log.finInt7},
+                               int64_t{log.finInt8},
+                               int64_t{log.finInt9},
+                               int64_t{log.finInt10},
+                               int64_t{log.finInt11},
+                               int64_t{log.finInt12},
+                               int64_t{log.finInt13},
+                               int64_t{log.numhRusages},
+                               int64_t{log.numStrIntPairs},
+                               log.srcJobId,
+                               log.dstJobId,
+                               log.forwardTime,
+                               int64_t{log.numGPURusages}})
     EXPECT_EQ(number, 0);
   EXPECT_EQ(log.hostRusage, nullptr);
   EXPECT_EQ(log.strIntPairs, nullptr);
@@ -193,11 +211,11 @@ TEST(JobFinish, Of3_0KeepsTheThreeValuesAndHasNothingAbove3_0) {
 
 TEST(JobFinish, EndsWhereItsVersionEndsAndNotBefore) {
   const std::pair<const char *, const char *> lastFields[] = {
-      {"2.1", "wmxRusage"}, {"2.2", "exitStatus"}, {"3.0", "finStr5"},  {"3.01", "finInt3"},
-      {"4.0", "finStr8"},   {"5.0", "finStr9"},    {"6.0", "finStr14"}, {"7.0", "finStr15"},
-      {"7.02", "finStr17"}, {"7.03", "finStr18"},  {"7.04", "finInt8"}, {"7.06", "submitExt"},
-      {"8.0", "hostRusage"}, {"8.3", "finInt10"},  {"9.1", "finStr23"}, {"9.11", "strIntPairs"},
-      {"9.13", "finInt13"}, {"10.1", "gpuRusages"}};
+      {"2.1", "wmxRusage"},  {"2.2", "exitStatus"}, {"3.0", "finStr5"},  {"3.01", "finInt3"},
+      {"4.0", "finStr8"},    {"5.0", "finStr9"},    {"6.0", "finStr14"}, {"7.0", "finStr15"},
+      {"7.02", "finStr17"},  {"7.03", "finStr18"},  {"7.04", "finInt8"}, {"7.06", "submitExt"},
+      {"8.0", "hostRusage"}, {"8.3", "finInt10"},   {"9.1", "finStr23"}, {"9.11", "strIntPairs"},
+      {"9.13", "finInt13"},  {"10.1", "gpuRusages"}};
   const std::vector<std::string> names = kFinish.names();
   for (const auto &[version, last] : lastFields) {
     EXPECT_EQ(faultOf(finish(version, kFinish.upTo(last))), Fault{}) << version;
@@ -275,8 +293,10 @@ TEST(JobFinish, MustHaveStatusAndHostFactorTogether) {
 }
 
 TEST(JobFinish, MustHaveNineteenNumbersOfResourceUsage) {
-  EXPECT_EQ(faultOf(finish("2.1", kFinish.upTo("wmxRusage").with("wmxRusage", "1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 "
-                                                                              "16 17 18"))),
+  EXPECT_EQ(faultOf(finish("2.1", kFinish.upTo("wmxRusage")
+                                      .with("wmxRusage",
+                                            "1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 "
+                                            "16 17 18"))),
             (Fault{WMQE_BAD_FORMAT, "wmxRusage"}));
 }
 
@@ -306,8 +326,8 @@ TEST(JobFinish, NeedsNoBlankOfItsOwnBehindItsEighthNumberWhenRead) {
 TEST_F(JobFinishWriting, WritesNullStringsAsEmptyOnes) {
   const OwnedRecord read = readBack(record);
   ASSERT_NE(read, nullptr) << wmq_errdetail();
-  for (const char *text : {logOf(read).resReq, logOf(read).finStr11, logOf(read).finStr12, logOf(read).finStr13,
-                           logOf(read).finStr20, logOf(read).finStr23})
+  for (const char *text : {logOf(read).resReq, logOf(read).finStr11, logOf(read).finStr12,
+                           logOf(read).finStr13, logOf(read).finStr20, logOf(read).finStr23})
     EXPECT_STREQ(text, "");
 }
 
@@ -434,7 +454,8 @@ TEST_F(JobFinishWriting, NeverWritesExtraAttributesOfHostUsage) {
 }
 
 TEST(JobFinish, ReadsExtraAttributesOfHostUsageThatALineCarries) {
-  const OwnedRecord record = parse(finish("10.1", kFinish.with("hostRusage", "1 host 1 2 3 4 2 n1 v1 n2 v2")));
+  const OwnedRecord record =
+      parse(finish("10.1", kFinish.with("hostRusage", "1 host 1 2 3 4 2 n1 v1 n2 v2")));
   ASSERT_NE(record, nullptr) << wmq_errdetail();
   const hostRusageEntry &entry = logOf(record).hostRusage[0];
   ASSERT_EQ(entry.numAttrs, 2);
@@ -455,7 +476,8 @@ TEST(JobFinish, DoesNotQuoteTheHostNamesOfHostUsage) {
 
 TEST(JobFinish, RefusesAHostNameOfHostUsageOf64Characters) {
   const auto faultWith = [](size_t length) {
-    return faultOf(finish("10.1", kFinish.with("hostRusage", "1 " + std::string(length, 'h') + " 1 2 3 4 0")));
+    return faultOf(
+        finish("10.1", kFinish.with("hostRusage", "1 " + std::string(length, 'h') + " 1 2 3 4 0")));
   };
   EXPECT_EQ(faultWith(63), Fault{});
   EXPECT_EQ(faultWith(64), (Fault{WMQE_BAD_FORMAT, "name"}));
@@ -490,7 +512,8 @@ TEST_F(JobFinishWriting, WritesTheUsageOfGpusToTheEndOfTheLine) {
   gpuRusageEntry entries[] = {{text, 1, &pair}, {nullptr, 0, nullptr}};
   log.numGPURusages = 2;
   log.gpuRusages = entries;
-  EXPECT_THAT(fieldsOf(record), EndsWith(R"( 0 0 2 "x" 1 "x" "x" "" 0)" "\n"));
+  EXPECT_THAT(fieldsOf(record), EndsWith(R"( 0 0 2 "x" 1 "x" "x" "" 0)"
+                                         "\n"));
 }
 
 TEST(JobFinish, Of10_0HasNoUsageOfGpusEvenIfTheLineCarriesIt) {
@@ -574,8 +597,9 @@ TEST(JobFinishRelease, FreesEverythingThatReadingAllocates) {
   EXPECT_EQ(log.strIntPairs, nullptr);
   EXPECT_EQ(log.allocSlots, nullptr);
   EXPECT_EQ(log.gpuRusages, nullptr);
-  for (const char *text : {log.resReq, log.cwd, log.inFile, log.outFile, log.jobName, log.command, log.preExecCmd,
-                           log.projectName, log.finStr1, log.finStr12, log.finStr23, log.srcCluster, log.dstCluster})
+  for (const char *text :
+       {log.resReq, log.cwd, log.inFile, log.outFile, log.jobName, log.command, log.preExecCmd,
+        log.projectName, log.finStr1, log.finStr12, log.finStr23, log.srcCluster, log.dstCluster})
     EXPECT_EQ(text, nullptr);
 }
 

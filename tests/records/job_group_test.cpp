@@ -12,17 +12,17 @@ namespace {
 
 using ::testing::StartsWith;
 
-const Fields kAdded = {{"grpField1", "101"},      {"grpTime", "1600000102"}, {"grpOptions", "0"},
-                       {"grpStr1", "\"str 1\""},  {"grpStr2", "\"str 2\""},  {"grpName", "\"/group\""},
-                       {"grpStr4", "\"str 4\""},  {"grpStr5", "\"str 5\""},  {"grpField9", "109"},
-                       {"grpField10", "110"},     {"grpStr6", "\"str 6\""},  {"grpField12", "112"},
+const Fields kAdded = {{"grpField1", "101"},     {"grpTime", "1600000102"}, {"grpOptions", "0"},
+                       {"grpStr1", "\"str 1\""}, {"grpStr2", "\"str 2\""},  {"grpName", "\"/group\""},
+                       {"grpStr4", "\"str 4\""}, {"grpStr5", "\"str 5\""},  {"grpField9", "109"},
+                       {"grpField10", "110"},    {"grpStr6", "\"str 6\""},  {"grpField12", "112"},
                        {"grpField13", "113"}};
 
-const Fields kModified = {{"grpField1", "101"},      {"grpTime", "1600000102"}, {"grpOptions", "4"},
-                          {"grpStr1", "\"str 1\""},  {"grpStr2", "\"str 2\""},  {"grpName", "\"/group\""},
-                          {"grpStr4", "\"str 4\""},  {"grpStr5", "\"str 5\""},  {"grpField9", "109"},
-                          {"grpField10", "110"},     {"grpStr6", "\"str 6\""},  {"grpField12", "112"},
-                          {"grpField13", "113"},     {"grpField14", "114"},     {"grpName2", "\"/renamed\""}};
+const Fields kModified = {{"grpField1", "101"},     {"grpTime", "1600000102"}, {"grpOptions", "4"},
+                          {"grpStr1", "\"str 1\""}, {"grpStr2", "\"str 2\""},  {"grpName", "\"/group\""},
+                          {"grpStr4", "\"str 4\""}, {"grpStr5", "\"str 5\""},  {"grpField9", "109"},
+                          {"grpField10", "110"},    {"grpStr6", "\"str 6\""},  {"grpField12", "112"},
+                          {"grpField13", "113"},    {"grpField14", "114"},     {"grpName2", "\"/renamed\""}};
 
 const std::string kLongestName(59, 'n');
 const std::string kTooLongName(60, 'n');
@@ -148,7 +148,8 @@ TEST(GroupAdd, CutsItsTimeTo32BitsAndWidensItWithItsSign) {
 TEST(GroupAdd, WritesAnEmptyNameThatItCannotReadBack) {
   eventRecord record = bareRecord(EVENT_GRP_ADD);
   record.eventLog.jgrpAddLog.grpName[0] = '\0';
-  EXPECT_EQ(fieldsOf(record), R"( 0 0 0 "" "" "" "" "" 0 0 "" 0 0)" "\n");
+  EXPECT_EQ(fieldsOf(record), R"( 0 0 0 "" "" "" "" "" 0 0 "" 0 0)"
+                              "\n");
   EXPECT_EQ(readBack(record), nullptr);
 }
 
@@ -160,8 +161,9 @@ TEST(GroupMod, WritesItsNewNameWhateverItsOptions) {
   std::strcpy(record.eventLog.jgrpModLog.grpName2, "/new");
   for (const int32_t options : {0, GRP_OPTION_RENAMED, ~GRP_OPTION_RENAMED}) {
     record.eventLog.jgrpModLog.grpOptions = options;
-    EXPECT_EQ(fieldsOf(record),
-              " 0 0 " + std::to_string(options) + R"( "" "" "/group" "" "" 0 0 "" 0 0 14 "/new")" "\n");
+    EXPECT_EQ(fieldsOf(record), " 0 0 " + std::to_string(options) +
+                                    R"( "" "" "/group" "" "" 0 0 "" 0 0 14 "/new")"
+                                    "\n");
   }
 }
 
@@ -205,7 +207,8 @@ TEST(GroupMod, RefusesANewNameOf60Characters) {
 }
 
 TEST(GroupMod, RefusesAnEmptyNameOfTheGroupItself) {
-  EXPECT_EQ(faultOf(modified("10.1", kModified.with("grpName", "\"\""))), (Fault{WMQE_BAD_FORMAT, "grpName"}));
+  EXPECT_EQ(faultOf(modified("10.1", kModified.with("grpName", "\"\""))),
+            (Fault{WMQE_BAD_FORMAT, "grpName"}));
 }
 
 TEST(GroupMod, SharesTheVersionsOfGroupAdd) {
@@ -241,7 +244,8 @@ TEST(GroupCtrl, HasItsNameLast) {
   EXPECT_EQ(log.grpCtrlField3, 3);
   EXPECT_STREQ(log.grpCtrlStr, "text");
   EXPECT_STREQ(log.grpName, "/group");
-  EXPECT_EQ(fieldsOf(*record), R"( 1 2 3 "text" "/group")" "\n");
+  EXPECT_EQ(fieldsOf(*record), R"( 1 2 3 "text" "/group")"
+                               "\n");
 }
 
 TEST(GroupCtrl, RefusesANameThatIsEmptyOrOf60Characters) {
@@ -267,7 +271,8 @@ TEST(GroupStatus, HasItsStringFirst) {
   EXPECT_STREQ(log.grpStatusStr, "text");
   EXPECT_EQ(log.grpStatusField2, 2);
   EXPECT_EQ(log.grpStatusField3, 3);
-  EXPECT_EQ(fieldsOf(*record), R"( "text" 2 3)" "\n");
+  EXPECT_EQ(fieldsOf(*record), R"( "text" 2 3)"
+                               "\n");
 }
 
 TEST(GroupStatus, MustHaveAStringAndTwoNumbers) {

@@ -16,7 +16,10 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::StartsWith;
 
-const Fields kMessage = {{"numbers", "1 2 3 4"}, {"msgStr1", "\"s1\""}, {"msgStr2", "\"s2\""}, {"msgStr3", "\"s3\""},
+const Fields kMessage = {{"numbers", "1 2 3 4"},
+                         {"msgStr1", "\"s1\""},
+                         {"msgStr2", "\"s2\""},
+                         {"msgStr3", "\"s3\""},
                          {"msgInt5", "5"}};
 const Fields kExternal = {{"numbers", "1 2 3 7 9000000000001 5 6"},
                           {"extMsgStr", "\"text\""},
@@ -31,8 +34,10 @@ TEST(JobMessages, HaveTheirLastNumberAbove3_0Only) {
   for (const char *type : {"JOB_MSG", "JOB_MSG_ACK"}) {
     EXPECT_EQ(parsed(line(type, "3.0", kMessage))->eventLog.jobMsgLog.msgInt5, 0) << type;
     EXPECT_EQ(parsed(line(type, "3.01", kMessage))->eventLog.jobMsgLog.msgInt5, 5) << type;
-    EXPECT_EQ(faultOf(line(type, "3.01", kMessage.upTo("msgStr3"))), (Fault{WMQE_BAD_FORMAT, "msgInt5"})) << type;
-    EXPECT_EQ(faultOf(line(type, "10.1", kMessage.with("numbers", "1 2 3"))), (Fault{WMQE_BAD_FORMAT, "msgInt4"}))
+    EXPECT_EQ(faultOf(line(type, "3.01", kMessage.upTo("msgStr3"))), (Fault{WMQE_BAD_FORMAT, "msgInt5"}))
+        << type;
+    EXPECT_EQ(faultOf(line(type, "10.1", kMessage.with("numbers", "1 2 3"))),
+              (Fault{WMQE_BAD_FORMAT, "msgInt4"}))
         << type;
   }
 }
@@ -112,7 +117,8 @@ TEST_F(JobExternalMessage, OfTheCurrentVersionCarriesAllItsFields) {
 }
 
 TEST_F(JobExternalMessage, HasItsFifthNumberFrom9_1AndItsSixthFrom9_11On) {
-  EXPECT_EQ(faultOf(line("JOB_EXT_MSG", "9.1", kExternal.upTo("userName"))), (Fault{WMQE_BAD_FORMAT, "extMsgInt5"}));
+  EXPECT_EQ(faultOf(line("JOB_EXT_MSG", "9.1", kExternal.upTo("userName"))),
+            (Fault{WMQE_BAD_FORMAT, "extMsgInt5"}));
   EXPECT_EQ(faultOf(line("JOB_EXT_MSG", "9.1", kExternal.upTo("extMsgInt5"))), Fault{});
   EXPECT_EQ(faultOf(line("JOB_EXT_MSG", "9.11", kExternal.upTo("extMsgInt5"))),
             (Fault{WMQE_BAD_FORMAT, "extMsgInt6"}));
@@ -165,7 +171,8 @@ class JobChunk : public ::testing::Test {
 
 TEST_F(JobChunk, HasItsIdsInOrderAndItsHostsExpanded) {
   EXPECT_EQ(read(kChunk), 0);
-  EXPECT_THAT(std::vector<int64_t>(log.chunkIds, log.chunkIds + log.numChunkIds), ElementsAre(9000000000001, -2, 3));
+  EXPECT_THAT(std::vector<int64_t>(log.chunkIds, log.chunkIds + log.numChunkIds),
+              ElementsAre(9000000000001, -2, 3));
   EXPECT_EQ(log.numHosts, 3);
   EXPECT_THAT(listed(3, log.hosts), ElementsAre("h", "h", "i"));
   EXPECT_EQ(fieldsOf(*record), ' ' + kChunk.text() + '\n');

@@ -171,16 +171,17 @@ TEST(JobModify2, WithoutBitsCarriesNoneOfTheFieldsThatBitsAnnounce) {
   ASSERT_NE(record, nullptr) << wmq_errdetail();
   const jobModLog &log = logOf(record);
   for (const char *text :
-       {log.modStr2, log.modStr3, log.modStr4, log.modStr5, log.modStr6, log.modStr7, log.modStr9, log.modStr10,
-        log.modStr11, log.modStr12, log.modStr13, log.modStr17, log.modStr18, log.modStr19, log.modStr20,
-        log.modStr22, log.modStr23, log.modStr24, log.modStr25, log.rsvId, log.jgroup, log.sla, log.newStr12,
-        log.newStr13, log.licenseProject, log.modStr26, log.modStr27, log.modStr28, log.modStr29})
+       {log.modStr2,        log.modStr3,  log.modStr4,  log.modStr5,  log.modStr6,  log.modStr7,
+        log.modStr9,        log.modStr10, log.modStr11, log.modStr12, log.modStr13, log.modStr17,
+        log.modStr18,       log.modStr19, log.modStr20, log.modStr22, log.modStr23, log.modStr24,
+        log.modStr25,       log.rsvId,    log.jgroup,   log.sla,      log.newStr12, log.newStr13,
+        log.licenseProject, log.modStr26, log.modStr27, log.modStr28, log.modStr29})
     EXPECT_STREQ(text, "");
   EXPECT_EQ(log.nameList, nullptr);
   EXPECT_EQ(log.strPairs, nullptr);
   EXPECT_EQ(log.nameList2, nullptr);
-  for (const int32_t value : {log.numNameList, log.modInt10, log.numStrPairs, log.modInt14, log.modInt17,
-                              log.numNameList2})
+  for (const int32_t value :
+       {log.numNameList, log.modInt10, log.numStrPairs, log.modInt14, log.modInt17, log.numNameList2})
     EXPECT_EQ(value, 0);
   for (const int32_t value : {log.newInt8, log.modInt16, log.modInt18}) EXPECT_EQ(value, -1);
   EXPECT_EQ(fieldsOf(*record), ' ' + fields + '\n');
@@ -221,7 +222,8 @@ TEST(JobModify2, HasTwoBitsForTheNinthString) {
     const OwnedRecord record = parse(modify("10.1", fieldsWith(bits)));
     ASSERT_NE(record, nullptr);
     EXPECT_STREQ(logOf(record).modStr9, "s9");
-    EXPECT_STREQ(logOf(record).modStr24, bits.options2 != 0 ? "s24" : "") << "announced by the second bit too";
+    EXPECT_STREQ(logOf(record).modStr24, bits.options2 != 0 ? "s24" : "")
+        << "announced by the second bit too";
   }
 }
 
@@ -352,7 +354,8 @@ TEST_F(JobModify2Writing, EscapesNothingInPairsOfStrings) {
 }
 
 TEST_F(JobModify2Writing, WritesMissingStringsAsEmptyOnes) {
-  EXPECT_THAT(fieldsOf(record), EndsWith(R"( "" "" "" 0 0 0 "" "" 0 0)" "\n"));
+  EXPECT_THAT(fieldsOf(record), EndsWith(R"( "" "" "" 0 0 0 "" "" 0 0)"
+                                         "\n"));
 }
 
 // ------------------------------------------------------------------------------------ lists
@@ -361,8 +364,8 @@ TEST(JobModify2, CutsTheCountOfAListToTheNamesThatAreComplete) {
   wmq_setlineversion(10.1F);
   const OwnedRecord record = emptyRecord(EVENT_JOB_MODIFY2);
   jobModLog &log = record->eventLog.jobModLog;
-  const std::string fields =
-      fieldsWith({.options = 0x4}, {{"nameList", "3 \"n1\" \"n2\" none and no more quotes"}, {"modStr8", ""}});
+  const std::string fields = fieldsWith(
+      {.options = 0x4}, {{"nameList", "3 \"n1\" \"n2\" none and no more quotes"}, {"modStr8", ""}});
   EXPECT_EQ(readJobMod(fields.substr(0, fields.find("none")).c_str(), &log), WMQE_BAD_FORMAT);
   EXPECT_THAT(listed(log.numNameList, log.nameList), ::testing::ElementsAre("n1", "n2"));
 }

@@ -118,14 +118,15 @@ struct Optional {
   char *jobNewLog::*text;
   const char *value;
 };
-const Optional kOptionalTexts[] = {{"rsvId", JOB_OPTION2_RSV, &jobNewLog::rsvId, "rsv"},
-                                   {"jgroup", JOB_OPTION2_JGROUP, &jobNewLog::jgroup, "job group"},
-                                   {"sla", JOB_OPTION2_SLA, &jobNewLog::sla, "sla"},
-                                   {"newStr12", JOB_OPTION2_STR12, &jobNewLog::newStr12, "new str 12"},
-                                   {"newStr13", JOB_OPTION2_STR13, &jobNewLog::newStr13, "new str 13"},
-                                   {"licenseProject", JOB_OPTION2_LICENSE, &jobNewLog::licenseProject, "license"}};
-const std::vector<std::string> kOptional = {"newInt5", "newInt5 again", "rsvId",    "jgroup",        "sla",
-                                            "newStr12", "newStr13",     "newInt8", "licenseProject"};
+const Optional kOptionalTexts[] = {
+    {"rsvId", JOB_OPTION2_RSV, &jobNewLog::rsvId, "rsv"},
+    {"jgroup", JOB_OPTION2_JGROUP, &jobNewLog::jgroup, "job group"},
+    {"sla", JOB_OPTION2_SLA, &jobNewLog::sla, "sla"},
+    {"newStr12", JOB_OPTION2_STR12, &jobNewLog::newStr12, "new str 12"},
+    {"newStr13", JOB_OPTION2_STR13, &jobNewLog::newStr13, "new str 13"},
+    {"licenseProject", JOB_OPTION2_LICENSE, &jobNewLog::licenseProject, "license"}};
+const std::vector<std::string> kOptional = {"newInt5",  "newInt5 again", "rsvId",   "jgroup",        "sla",
+                                            "newStr12", "newStr13",      "newInt8", "licenseProject"};
 
 // The submission with these bits of options2 and no bit of options, and of the fields that stand under a bit only `present`.
 Fields under(int32_t bits, const std::string &present = "") {
@@ -205,12 +206,13 @@ TEST(JobNew, Of2_1OwnsAnEmptyStringForEveryOneThatIsAbsent) {
   const OwnedRecord record = parse(submission("2.1", kSubmission.upTo("strPairs")));
   ASSERT_NE(record, nullptr);
   const jobNewLog &log = logOf(record);
-  for (char *text : {log.newStr4,  log.projectName,    log.newStr5,        log.newStr6,    log.newStr7,
-                     log.userGroup, log.newStr8,        log.newStr9,        log.newStr10,   log.newStr11,
-                     log.rsvId,    log.jgroup,         log.sla,            log.newStr12,   log.newStr13,
-                     log.licenseProject, log.app,       log.postExecCmd,    log.requeueEValues,
-                     log.jobDescription, log.srcCluster, log.dstCluster,    log.newStr14,   log.newStr15,
-                     log.newStr16, log.newStr17,       log.newStr18,       log.newStr20,   log.newStr21})
+  for (char *text :
+       {log.newStr4,        log.projectName, log.newStr5,     log.newStr6,        log.newStr7,
+        log.userGroup,      log.newStr8,     log.newStr9,     log.newStr10,       log.newStr11,
+        log.rsvId,          log.jgroup,      log.sla,         log.newStr12,       log.newStr13,
+        log.licenseProject, log.app,         log.postExecCmd, log.requeueEValues, log.jobDescription,
+        log.srcCluster,     log.dstCluster,  log.newStr14,    log.newStr15,       log.newStr16,
+        log.newStr17,       log.newStr18,    log.newStr20,    log.newStr21})
     EXPECT_STREQ(text, "");
 }
 
@@ -239,9 +241,9 @@ TEST(JobNew, Of3_05IsAbove3_0) {
 
 TEST(JobNew, EndsWhereItsVersionEndsAndNotBefore) {
   const std::pair<const char *, const char *> lastFields[] = {
-      {"2.1", "strPairs"},  {"2.2", "projectName"}, {"3.0", "newStr6"},   {"3.01", "newInt6"},
-      {"4.0", "newInt7"},   {"6.0", "newInt9"},     {"7.0", "app"},       {"7.02", "newInt10"},
-      {"7.03", "newInt12"}, {"7.06", "submitExt"},  {"9.1", "newStr18"},  {"9.11", "newStr19"},
+      {"2.1", "strPairs"},  {"2.2", "projectName"}, {"3.0", "newStr6"},  {"3.01", "newInt6"},
+      {"4.0", "newInt7"},   {"6.0", "newInt9"},     {"7.0", "app"},      {"7.02", "newInt10"},
+      {"7.03", "newInt12"}, {"7.06", "submitExt"},  {"9.1", "newStr18"}, {"9.11", "newStr19"},
       {"9.13", "newStr21"}, {"10.1", "newStr21"},   {"10.2", "newStr21"}};
   const std::vector<std::string> names = kPlain.names();
   for (const auto &[version, last] : lastFields) {
@@ -307,7 +309,8 @@ TEST_F(JobNewReading, CutsTheCountOfNamesToThoseThatAreComplete) {
 }
 
 TEST_F(JobNewReading, CutsTheCountOfPairsToThoseThatAreComplete) {
-  const Fields fields = kSubmission.upTo("strPairs").with("strPairs", R"(2 "first" "second" 3 "fourth" "fifth")");
+  const Fields fields =
+      kSubmission.upTo("strPairs").with("strPairs", R"(2 "first" "second" 3 "fourth" "fifth")");
   EXPECT_EQ(read(fields), WMQE_BAD_FORMAT);
   ASSERT_EQ(log.numStrPairs, 1);
   EXPECT_STREQ(log.strPairs[0].second, "second");
@@ -375,19 +378,43 @@ TEST_F(JobNewWriting, WritesANullStringOfAPairAsAnEmptyOne) {
 // --------------------------------------------------------------------------- newlines
 
 char *jobNewLog::*const kWithoutNewlines[] = {
-    &jobNewLog::resReq,  &jobNewLog::dependCond,  &jobNewLog::preExecCmd,     &jobNewLog::command, &jobNewLog::newStr4,
-    &jobNewLog::newStr7, &jobNewLog::postExecCmd, &jobNewLog::requeueEValues, &jobNewLog::newStr14};
+    &jobNewLog::resReq,      &jobNewLog::dependCond,     &jobNewLog::preExecCmd,
+    &jobNewLog::command,     &jobNewLog::newStr4,        &jobNewLog::newStr7,
+    &jobNewLog::postExecCmd, &jobNewLog::requeueEValues, &jobNewLog::newStr14};
 
-char *jobNewLog::*const kWithNewlines[] = {
-    &jobNewLog::cwd,         &jobNewLog::newStr1,        &jobNewLog::inFile,         &jobNewLog::outFile,
-    &jobNewLog::newStr2,     &jobNewLog::newStr9,        &jobNewLog::newStr10,       &jobNewLog::newStr11,
-    &jobNewLog::newStr3,     &jobNewLog::jobFile,        &jobNewLog::jobName,        &jobNewLog::projectName,
-    &jobNewLog::newStr5,     &jobNewLog::newStr6,        &jobNewLog::userGroup,      &jobNewLog::newStr8,
-    &jobNewLog::rsvId,       &jobNewLog::jgroup,         &jobNewLog::newStr12,       &jobNewLog::newStr13,
-    &jobNewLog::sla,         &jobNewLog::licenseProject, &jobNewLog::app,            &jobNewLog::newStr21,
-    &jobNewLog::srcCluster,  &jobNewLog::dstCluster,     &jobNewLog::jobDescription, &jobNewLog::newStr15,
-    &jobNewLog::newStr16,    &jobNewLog::newStr17,       &jobNewLog::newStr18,       &jobNewLog::newStr19,
-    &jobNewLog::newStr20};
+char *jobNewLog::*const kWithNewlines[] = {&jobNewLog::cwd,
+                                           &jobNewLog::newStr1,
+                                           &jobNewLog::inFile,
+                                           &jobNewLog::outFile,
+                                           &jobNewLog::newStr2,
+                                           &jobNewLog::newStr9,
+                                           &jobNewLog::newStr10,
+                                           &jobNewLog::newStr11,
+                                           &jobNewLog::newStr3,
+                                           &jobNewLog::jobFile,
+                                           &jobNewLog::jobName,
+                                           &jobNewLog::projectName,
+                                           &jobNewLog::newStr5,
+                                           &jobNewLog::newStr6,
+                                           &jobNewLog::userGroup,
+                                           &jobNewLog::newStr8,
+                                           &jobNewLog::rsvId,
+                                           &jobNewLog::jgroup,
+                                           &jobNewLog::newStr12,
+                                           &jobNewLog::newStr13,
+                                           &jobNewLog::sla,
+                                           &jobNewLog::licenseProject,
+                                           &jobNewLog::app,
+                                           &jobNewLog::newStr21,
+                                           &jobNewLog::srcCluster,
+                                           &jobNewLog::dstCluster,
+                                           &jobNewLog::jobDescription,
+                                           &jobNewLog::newStr15,
+                                           &jobNewLog::newStr16,
+                                           &jobNewLog::newStr17,
+                                           &jobNewLog::newStr18,
+                                           &jobNewLog::newStr19,
+                                           &jobNewLog::newStr20};
 
 TEST(JobNew, TurnsNewlinesToBlanksInNineOfTheCallersStrings) {
   const OwnedRecord record = emptyRecord(EVENT_JOB_NEW);
@@ -406,7 +433,8 @@ TEST(JobNew, LeavesNewlinesInAllOtherStrings) {
   record->eventLog = bareRecord(EVENT_JOB_NEW).eventLog;
   logOf(record).options2 = std::atoi(kAllBits);
   for (const auto member : kWithNewlines) logOf(record).*member = ownedCopy("a\nb");
-  for (char *name : {logOf(record).userName, logOf(record).newHost, logOf(record).queue, logOf(record).fromHost})
+  for (char *name :
+       {logOf(record).userName, logOf(record).newHost, logOf(record).queue, logOf(record).fromHost})
     std::strcpy(name, "a\nb");
   const OwnedRecord read = readBack(*record);
   ASSERT_NE(read, nullptr) << wmq_errdetail();
@@ -414,7 +442,8 @@ TEST(JobNew, LeavesNewlinesInAllOtherStrings) {
     EXPECT_STREQ(logOf(record).*member, "a\nb");
     EXPECT_STREQ(logOf(read).*member, "a\nb");
   }
-  for (const char *name : {logOf(read).userName, logOf(read).newHost, logOf(read).queue, logOf(read).fromHost})
+  for (const char *name :
+       {logOf(read).userName, logOf(read).newHost, logOf(read).queue, logOf(read).fromHost})
     EXPECT_STREQ(name, "a\nb");
 }
 
@@ -454,8 +483,7 @@ class JobNewLimits : public ::testing::Test {
 };
 
 TEST_F(JobNewLimits, AreAllConvertedWhenWriting) {
-  EXPECT_THAT(written(),
-              ElementsAre("1100 1101 1102 1103 1104 1105 1106 1107 1108 1109 1110", "1111"));
+  EXPECT_THAT(written(), ElementsAre("1100 1101 1102 1103 1104 1105 1106 1107 1108 1109 1110", "1111"));
 }
 
 TEST_F(JobNewLimits, AreConvertedWhenReadingButForTheLast) {
@@ -524,9 +552,11 @@ TEST(JobNew, TakesNoNoticeOfOptionBitsInVersionsBeforeTheirFields) {
   const OwnedRecord record = parse(submission("4.9", under(JOB_OPTION2_RSV).upTo("newInt7")));
   ASSERT_NE(record, nullptr) << wmq_errdetail();
   EXPECT_STREQ(logOf(record).rsvId, "");
-  EXPECT_EQ(faultOf(submission("5.0", under(JOB_OPTION2_RSV).upTo("newInt7"))), (Fault{WMQE_BAD_FORMAT, "rsvId"}));
+  EXPECT_EQ(faultOf(submission("5.0", under(JOB_OPTION2_RSV).upTo("newInt7"))),
+            (Fault{WMQE_BAD_FORMAT, "rsvId"}));
 
-  const int32_t sixth = JOB_OPTION2_JGROUP | JOB_OPTION2_SLA | JOB_OPTION2_STR12 | JOB_OPTION2_STR13 | JOB_OPTION2_INT8;
+  const int32_t sixth =
+      JOB_OPTION2_JGROUP | JOB_OPTION2_SLA | JOB_OPTION2_STR12 | JOB_OPTION2_STR13 | JOB_OPTION2_INT8;
   EXPECT_EQ(faultOf(submission("5.9", under(sixth).upTo("newInt7"))), Fault{});
 }
 
@@ -557,7 +587,8 @@ TEST(JobNew, TakesNewInt5FromItsSecondPlace) {
 }
 
 TEST(JobNew, LetsTheSecondPlaceOfNewInt5Win) {
-  const OwnedRecord record = parse(submission("10.1", kSubmission.with("newInt5", "6").with("newInt5 again", "7")));
+  const OwnedRecord record =
+      parse(submission("10.1", kSubmission.with("newInt5", "6").with("newInt5 again", "7")));
   ASSERT_NE(record, nullptr) << wmq_errdetail();
   EXPECT_EQ(logOf(record).newInt5, 7);
   EXPECT_EQ(fieldsOf(*record),
@@ -606,7 +637,8 @@ TEST(JobNew, FindsTheStringBehindTheSecondPlaceOfNewInt5WhateverStandsBetween) {
 
 TEST(JobNew, NeitherReadsNorNeedsTheCountOfSecondNamesWithoutItsBit) {
   for (const char *count : {"0", "77", "rubbish"}) {
-    const OwnedRecord record = parse(submission("10.1", kSubmission.with("newInt13", "127").with("nameList2", count)));
+    const OwnedRecord record =
+        parse(submission("10.1", kSubmission.with("newInt13", "127").with("nameList2", count)));
     ASSERT_NE(record, nullptr) << count;
     EXPECT_EQ(logOf(record).numNameList2, 0);
     EXPECT_STREQ(logOf(record).srcCluster, "src");
@@ -655,7 +687,8 @@ TEST(JobNew, WidensItsTimesWithTheirSign) {
 
 TEST(JobNew, MustHaveItsTenNumbersAtTheHead) {
   EXPECT_EQ(faultOf(submission("2.1", kSubmission.upTo("newInt2"))), (Fault{WMQE_BAD_FORMAT, "newInt3"}));
-  EXPECT_EQ(faultOf(submission("2.1", kSubmission.with("newInt1", "x"))), (Fault{WMQE_BAD_FORMAT, "newInt1"}));
+  EXPECT_EQ(faultOf(submission("2.1", kSubmission.with("newInt1", "x"))),
+            (Fault{WMQE_BAD_FORMAT, "newInt1"}));
 }
 
 TEST(JobNew, MustHaveItsElevenLimits) {
@@ -664,7 +697,8 @@ TEST(JobNew, MustHaveItsElevenLimits) {
 }
 
 TEST(JobNew, MustHaveAllThreeOfItsLateNumbers) {
-  EXPECT_EQ(faultOf(submission("10.1", kSubmission.without("newInt16"))), (Fault{WMQE_BAD_FORMAT, "newInt16"}));
+  EXPECT_EQ(faultOf(submission("10.1", kSubmission.without("newInt16"))),
+            (Fault{WMQE_BAD_FORMAT, "newInt16"}));
 }
 
 TEST(JobNew, RefusesNamesThatAreEmptyOrTooLong) {
@@ -688,7 +722,8 @@ TEST(JobNew, RefusesNamesThatAreEmptyOrTooLong) {
 
 TEST_F(JobNewWriting, WritesANullNewStr19AsAnEmptyStringThatReadsBackAsOne) {
   ASSERT_EQ(log.newStr19, nullptr);
-  EXPECT_THAT(fieldsOf(record), EndsWith(R"( 0 0 0 "" "" 0 "")" "\n"));
+  EXPECT_THAT(fieldsOf(record), EndsWith(R"( 0 0 0 "" "" 0 "")"
+                                         "\n"));
   const OwnedRecord read = readBack(record);
   ASSERT_NE(read, nullptr);
   EXPECT_STREQ(logOf(read).newStr19, "");
@@ -704,11 +739,14 @@ TEST_F(JobNewWriting, TakesNamedValuesForEmptyUnlessBothArraysAreThere) {
   int32_t values[] = {1};
   namedValueList list = {1, names, nullptr};
   log.namedValues = &list;
-  EXPECT_THAT(fieldsOf(record), EndsWith(R"( "" 0 "")" "\n"));
+  EXPECT_THAT(fieldsOf(record), EndsWith(R"( "" 0 "")"
+                                         "\n"));
   list = {1, nullptr, values};
-  EXPECT_THAT(fieldsOf(record), EndsWith(R"( "" 0 "")" "\n"));
+  EXPECT_THAT(fieldsOf(record), EndsWith(R"( "" 0 "")"
+                                         "\n"));
   list = {1, names, values};
-  EXPECT_THAT(fieldsOf(record), EndsWith(R"( "" 1 "one" 1 "")" "\n"));
+  EXPECT_THAT(fieldsOf(record), EndsWith(R"( "" 1 "one" 1 "")"
+                                         "\n"));
 }
 
 TEST(JobNew, HasNoNamedValuesForACountOf0) {
@@ -773,7 +811,8 @@ TEST(JobNewRelease, FreesWhatOptionBitsAnnouncedEvenIfTheyAreClearedNow) {
   ASSERT_NE(record, nullptr);
   logOf(record).options = logOf(record).options2 = logOf(record).newInt13 = 0;
   freeLogRec(record.get());
-  for (const Optional &optional : kOptionalTexts) EXPECT_EQ(logOf(record).*optional.text, nullptr) << optional.field;
+  for (const Optional &optional : kOptionalTexts)
+    EXPECT_EQ(logOf(record).*optional.text, nullptr) << optional.field;
   EXPECT_EQ(logOf(record).nameList2, nullptr);
 }
 

@@ -123,11 +123,12 @@ TEST(JobStart, Of2_1EndsBehindItsHosts) {
   const OwnedRecord record = parse(start("2.1", kStart.upTo("execHosts")));
   ASSERT_NE(record, nullptr) << wmq_errdetail();
   const jobStartLog &log = logOf(record);
-  for (const char *text :
-       {log.startStr1, log.startStr2, log.startStr3, log.startStr4, log.startStr5, log.srcCluster, log.dstCluster})
+  for (const char *text : {log.startStr1, log.startStr2, log.startStr3, log.startStr4, log.startStr5,
+                           log.srcCluster, log.dstCluster})
     EXPECT_STREQ(text, "");
-  for (const int64_t number : {int64_t{log.startInt4}, int64_t{log.startInt5}, int64_t{log.startInt8},
-                               int64_t{log.startInt9}, log.srcJobId, log.dstJobId, log.startLong1, log.startLong2})
+  for (const int64_t number :
+       {int64_t{log.startInt4}, int64_t{log.startInt5}, int64_t{log.startInt8}, int64_t{log.startInt9},
+        log.srcJobId, log.dstJobId, log.startLong1, log.startLong2})
     EXPECT_EQ(number, 0);
   EXPECT_EQ(log.startInt6, INT32_MAX);
   EXPECT_EQ(log.startInt7, -1);
@@ -138,9 +139,9 @@ TEST(JobStart, Of2_1EndsBehindItsHosts) {
 
 TEST(JobStart, EndsWhereItsVersionEndsAndNotBefore) {
   const std::pair<const char *, const char *> lastFields[] = {
-      {"2.1", "execHosts"}, {"2.2", "startStr2"}, {"3.0", "startInt4"},  {"3.01", "startInt5"},
-      {"6.0", "startStr4"}, {"6.11", "startInt6"}, {"9.1", "dstJobId"},   {"9.11", "startInt7"},
-      {"9.13", "startInt9"}};
+      {"2.1", "execHosts"},  {"2.2", "startStr2"},  {"3.0", "startInt4"},
+      {"3.01", "startInt5"}, {"6.0", "startStr4"},  {"6.11", "startInt6"},
+      {"9.1", "dstJobId"},   {"9.11", "startInt7"}, {"9.13", "startInt9"}};
   const std::vector<std::string> names = kStart.names();
   for (const auto &[version, last] : lastFields) {
     EXPECT_EQ(faultOf(start(version, kStart.upTo(last))), Fault{}) << version;
@@ -161,7 +162,8 @@ TEST_F(JobStartWriting, Writes0ForASecondListOfAsManyHosts) {
   Names second = {"host"};
   log.numAllocHosts = second.count();
   log.allocHosts = second;
-  EXPECT_EQ(fieldsOf(record), R"( 0 0 0 0 0.0 1 "host" "" "" 0 "" 0 "" 0 "" "" 0 "" 0 0 "" 0 0 0 0 0 0)" "\n");
+  EXPECT_EQ(fieldsOf(record), R"( 0 0 0 0 0.0 1 "host" "" "" 0 "" 0 "" 0 "" "" 0 "" 0 0 "" 0 0 0 0 0 0)"
+                              "\n");
   const OwnedRecord read = readBack(record);
   ASSERT_NE(read, nullptr);
   EXPECT_THAT(allocHostsOf(logOf(read)), ElementsAre("host"));
@@ -181,7 +183,8 @@ TEST_F(JobStartWriting, WritesASecondListOfAnotherCount) {
   Names second = {"other", "other", "host"};
   log.numAllocHosts = second.count();
   log.allocHosts = second;
-  EXPECT_THAT(fieldsOf(record), EndsWith(R"( 2 "2*other" "host" 0 0 0)" "\n"));
+  EXPECT_THAT(fieldsOf(record), EndsWith(R"( 2 "2*other" "host" 0 0 0)"
+                                         "\n"));
   const OwnedRecord read = readBack(record);
   ASSERT_NE(read, nullptr);
   EXPECT_THAT(allocHostsOf(logOf(read)), ElementsAre("other", "other", "host"));
@@ -364,9 +367,8 @@ TEST_F(JobStartReading, OverwritesLenientNumbersThatDoNotConvertWith0) {
 }
 
 TEST(JobStart, IsStrictAboutEveryOtherNumber) {
-  for (const char *field :
-       {"jobId", "startInt1", "startInt2", "startInt3", "hostFactor", "startInt4", "startInt5", "startInt6",
-        "srcJobId", "dstJobId", "startInt7", "startInt9"})
+  for (const char *field : {"jobId", "startInt1", "startInt2", "startInt3", "hostFactor", "startInt4",
+                            "startInt5", "startInt6", "srcJobId", "dstJobId", "startInt7", "startInt9"})
     EXPECT_EQ(faultOf(start("10.1", kStart.with(field, "x"))), (Fault{WMQE_BAD_FORMAT, field}));
 }
 
@@ -468,7 +470,8 @@ TEST_F(JobStartReading, GoesByTheVersionThatItIsGiven) {
 }
 
 TEST_F(JobStartReading, LeavesWhatItHasReadBeforeAFailure) {
-  EXPECT_EQ(read(kStart.upTo("namedInts").with("namedInts", R"(2 "one" 1 "without value")")), WMQE_BAD_FORMAT);
+  EXPECT_EQ(read(kStart.upTo("namedInts").with("namedInts", R"(2 "one" 1 "without value")")),
+            WMQE_BAD_FORMAT);
   EXPECT_THAT(execHostsOf(log), ElementsAre("hostA", "hostA", "hostB"));
   EXPECT_STREQ(log.dstCluster, "dst");
   ASSERT_EQ(log.numNamedInts, 1);
@@ -506,8 +509,8 @@ TEST(JobStartRelease, FreesEverythingThatReadingAllocates) {
   EXPECT_EQ(log.numNamedInts, 0);
   EXPECT_EQ(log.namedInts, nullptr);
   EXPECT_EQ(log.affinityAlloc, nullptr);
-  for (const char *text :
-       {log.startStr1, log.startStr2, log.startStr3, log.startStr4, log.startStr5, log.srcCluster, log.dstCluster})
+  for (const char *text : {log.startStr1, log.startStr2, log.startStr3, log.startStr4, log.startStr5,
+                           log.srcCluster, log.dstCluster})
     EXPECT_EQ(text, nullptr);
 }
 

@@ -19,14 +19,22 @@ using ::testing::HasSubstr;
 using ::testing::Not;
 using ::testing::StrEq;
 
-const Fields kStatus = {{"jobId", "101"},         {"jStatus", "64"},
-                        {"reason", "103"},        {"subreasons", "-104"},
-                        {"cpuTime", "105.5000"},  {"endTime", "1600000106"},
-                        {"ru", "0"},              {"jFlags", "109"},
-                        {"idx", "110"},           {"exitStatus", "111"},
-                        {"srcCluster", "\"src\""}, {"srcJobId", "9000000000113"},
-                        {"dstCluster", "\"dst\""}, {"dstJobId", "-9000000000115"},
-                        {"dcJobFlags", "116"},    {"indexRanges", "2 1 10 2 30 40 5"},
+const Fields kStatus = {{"jobId", "101"},
+                        {"jStatus", "64"},
+                        {"reason", "103"},
+                        {"subreasons", "-104"},
+                        {"cpuTime", "105.5000"},
+                        {"endTime", "1600000106"},
+                        {"ru", "0"},
+                        {"jFlags", "109"},
+                        {"idx", "110"},
+                        {"exitStatus", "111"},
+                        {"srcCluster", "\"src\""},
+                        {"srcJobId", "9000000000113"},
+                        {"dstCluster", "\"dst\""},
+                        {"dstJobId", "-9000000000115"},
+                        {"dcJobFlags", "116"},
+                        {"indexRanges", "2 1 10 2 30 40 5"},
                         {"attrGroups", "0"}};
 
 constexpr char kNineteen[] = "1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19";
@@ -177,7 +185,8 @@ TEST_F(JobStatusWriting, GivesTheCpuTimeFourDecimals) {
 
 TEST_F(JobStatusWriting, LeavesResourceUsageOutWhenRuIs0) {
   log.wmxRusage.ru_utime = 42;
-  EXPECT_EQ(fieldsOf(record), R"( 0 0 0 0 0.0000 0 0 0 0 0 "" 0 "" 0 0 0 0)" "\n");
+  EXPECT_EQ(fieldsOf(record), R"( 0 0 0 0 0.0000 0 0 0 0 0 "" 0 "" 0 0 0 0)"
+                              "\n");
 }
 
 TEST_F(JobStatusWriting, GivesResourceUsageForAnyOtherRu) {
@@ -186,7 +195,8 @@ TEST_F(JobStatusWriting, GivesResourceUsageForAnyOtherRu) {
   for (const int32_t ru : {1, -1, INT32_MIN}) {
     log.ru = ru;
     EXPECT_EQ(fieldsOf(record), " 0 0 0 0 0.0000 0 " + std::to_string(ru) +
-                                    R"( 42.5 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 43 0 0 0 "" 0 "" 0 0 0 0)" "\n");
+                                    R"( 42.5 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 43 0 0 0 "" 0 "" 0 0 0 0)"
+                                    "\n");
   }
 }
 
@@ -312,7 +322,8 @@ TEST(JobStatus, EndsWithSuccessAtACountOfGroupsBelow1) {
 }
 
 TEST(JobStatus, MustHaveACountOfGroups) {
-  EXPECT_EQ(faultOf(status("10.1", kStatus.without("attrGroups"))), (Fault{WMQE_BAD_FORMAT, "numAttrGroups"}));
+  EXPECT_EQ(faultOf(status("10.1", kStatus.without("attrGroups"))),
+            (Fault{WMQE_BAD_FORMAT, "numAttrGroups"}));
 }
 
 TEST(JobStatus, MustHaveEveryStringOfItsGroups) {

@@ -63,7 +63,8 @@ std::string difference(const std::string &expected, const std::string &actual) {
   if (at == expected.end() && end == actual.end()) return "";
   const auto byte = static_cast<size_t>(at - expected.begin());
   const size_t from = byte - std::min<size_t>(byte, 40);
-  return "at byte " + std::to_string(byte) + ":\n" + expected.substr(from, 120) + '\n' + actual.substr(from, 120);
+  return "at byte " + std::to_string(byte) + ":\n" + expected.substr(from, 120) + '\n' +
+         actual.substr(from, 120);
 }
 
 template <typename Property>
@@ -206,10 +207,12 @@ void damage(std::string &line) {
 }
 
 std::string damaged(std::string line) {
-  static const char *const versions[] = {"2.1", "2.2", "3.0", "3.01", "3.1", "4.0", "4.1",  "5.0",  "6.0",
-                                         "6.11", "7.0", "7.02", "8.0", "9.1", "9.11", "9.12", "9.13", "10.0"};
+  static const char *const versions[] = {"2.1", "2.2", "3.0",  "3.01", "3.1",  "4.0",
+                                         "4.1", "5.0", "6.0",  "6.11", "7.0",  "7.02",
+                                         "8.0", "9.1", "9.11", "9.12", "9.13", "10.0"};
   if (*rc::gen::arbitrary<bool>())
-    line.replace(line.find("10.1"), 4, *rc::gen::elementOf(std::vector<std::string>(std::begin(versions), std::end(versions))));
+    line.replace(line.find("10.1"), 4,
+                 *rc::gen::elementOf(std::vector<std::string>(std::begin(versions), std::end(versions))));
   for (int times = *rc::gen::inRange(0, 4); times > 0; --times) damage(line);
   return line;
 }

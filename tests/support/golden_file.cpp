@@ -36,14 +36,16 @@ std::string difference(const std::string &path, const Value &expected, const Val
   if (expected.IsArray()) {
     if (expected.Size() != actual.Size()) return differs;
     for (rapidjson::SizeType i = 0; i < expected.Size(); ++i)
-      if (auto found = difference(path + '[' + std::to_string(i) + ']', expected[i], actual[i]); !found.empty())
+      if (auto found = difference(path + '[' + std::to_string(i) + ']', expected[i], actual[i]);
+          !found.empty())
         return found;
   }
   if (expected.IsObject()) {
     for (const auto &member : expected.GetObject()) {
       const auto other = actual.FindMember(member.name);
       if (other == actual.MemberEnd()) return path + '.' + member.name.GetString() + ": missing";
-      if (auto found = difference(path + '.' + member.name.GetString(), member.value, other->value); !found.empty())
+      if (auto found = difference(path + '.' + member.name.GetString(), member.value, other->value);
+          !found.empty())
         return found;
     }
     for (const auto &member : actual.GetObject())

@@ -54,9 +54,11 @@ class Random {
 // ---------------------------------------------------------------------------------- values
 
 constexpr const char *kPieces[] = {
-    "a",  "B7", " ",    "\"",  "\"\"", "\"n", "\n",       "\r",     "\t",  "\\",   "\\n",          "'",    "name",
-    "/",  "%d", "3*h",  "1*",  "0*h",  ":",   "=",        ";",      ",",   "#",    "-12",          "0.5",  "NULL",
-    "ä",  "€",  "\x01", "\xfe", "\xc3", "\xed\xb2\x80", "\U0001F600", "\x7f", "long long long text"};
+    "a",    "B7",   " ",    "\"",           "\"\"",       "\"n",  "\n",
+    "\r",   "\t",   "\\",   "\\n",          "'",          "name", "/",
+    "%d",   "3*h",  "1*",   "0*h",          ":",          "=",    ";",
+    ",",    "#",    "-12",  "0.5",          "NULL",       "ä",    "€",
+    "\x01", "\xfe", "\xc3", "\xed\xb2\x80", "\U0001F600", "\x7f", "long long long text"};
 
 class Sampler {
  public:
@@ -167,8 +169,7 @@ void Sampler::fillChars(char *array, size_t size, size_t minLength) {
 submitExt *Sampler::extension() {
   if (random_.oneIn(4)) return nullptr;
   auto *created = static_cast<submitExt *>(std::calloc(1, sizeof(submitExt)));
-  for (size_t pairs = length(); pairs > 0; --pairs)
-    add_pair2submit_ext(&created, number32(), text().c_str());
+  for (size_t pairs = length(); pairs > 0; --pairs) add_pair2submit_ext(&created, number32(), text().c_str());
   return created;
 }
 
@@ -202,7 +203,8 @@ affinityAlloc *Sampler::affinity() {
     host.numCpus = static_cast<int32_t>(numCpus);
     host.cpus = static_cast<int32_t *>(std::calloc(numCpus, sizeof(int32_t)));
     auto cpu = static_cast<int32_t>(random_.below(4));
-    for (size_t k = 0; k < numCpus; ++k, cpu += 1 + static_cast<int32_t>(random_.below(3))) host.cpus[k] = cpu;
+    for (size_t k = 0; k < numCpus; ++k, cpu += 1 + static_cast<int32_t>(random_.below(3)))
+      host.cpus[k] = cpu;
   }
   return allocation;
 }
@@ -279,11 +281,13 @@ void Sampler::fillStructure(const wmqLayout &layout, char *base) {
   std::map<size_t, std::vector<const wmqField *>> arraysByCount;
   for (size_t i = 0; i < layout.numFields; ++i) {
     const wmqField &field = layout.fields[i];
-    if (field.shape == WMQ_SHAPE_COUNTED && isStatedFirst(field)) arraysByCount[field.countOffset].push_back(&field);
+    if (field.shape == WMQ_SHAPE_COUNTED && isStatedFirst(field))
+      arraysByCount[field.countOffset].push_back(&field);
   }
   for (size_t i = 0; i < layout.numFields; ++i) {
     const wmqField &field = layout.fields[i];
-    if (field.shape == WMQ_SHAPE_COUNTED || !isStatedFirst(field) || arraysByCount.contains(field.offset)) continue;
+    if (field.shape == WMQ_SHAPE_COUNTED || !isStatedFirst(field) || arraysByCount.contains(field.offset))
+      continue;
     for (size_t k = 0; k < field.length; ++k) fillValue(field, base + field.offset + k * field.size);
   }
   for (const auto &[countOffset, arrays] : arraysByCount) {
@@ -319,7 +323,8 @@ void findOwned(const wmqLayout &layout, const char *base, Owned wanted, const st
       else if (isPointer(field) && load<const void *>(at) != nullptr)
         found.push_back(path + field.name);
     }
-    if (field.shape == WMQ_SHAPE_COUNTED && loadCount(field, base) != 0) found.push_back(path + field.countName);
+    if (field.shape == WMQ_SHAPE_COUNTED && loadCount(field, base) != 0)
+      found.push_back(path + field.countName);
   }
 }
 
@@ -360,7 +365,8 @@ std::vector<int32_t> typesWithLine() {
   std::erase_if(types, [](int32_t type) {
     const wmqLayout &layout = *wmq_schema(type);
     const auto onLine = [](const wmqField &field) { return field.position > 0; };
-    return wmq_typename(type) == nullptr || std::none_of(layout.fields, layout.fields + layout.numFields, onLine);
+    return wmq_typename(type) == nullptr ||
+           std::none_of(layout.fields, layout.fields + layout.numFields, onLine);
   });
   return types;
 }

@@ -36,7 +36,9 @@ int UserDirectory::lookUp(int32_t userId, char *name, size_t size) {
   return 0;
 }
 
-void UserDirectory::hear(int priority, const char *message) { current->messages.push_back({priority, message}); }
+void UserDirectory::hear(int priority, const char *message) {
+  current->messages.push_back({priority, message});
+}
 
 UserDirectory::Message UserDirectory::failureOf(const std::string &reader) const {
   return {LOG_ERR, reader + ": getWMXUserByUid_() failed. " + std::strerror(reason) + "."};

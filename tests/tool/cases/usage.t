@@ -75,9 +75,13 @@ Help and version go to standard output.
     FILE:LINE: error NUMBER NAME: what is wrong
   
   nothing is written for it and the next one goes on; the exit status is 1 then.
+  The status stream carries JOB_STATUS2 records, the pending-reasons stream
+  JOB_PENDING_REASONS records; each drops most others without a word.
   
   Options:
     -h, --help          print this help and end
+        --kind=KIND     write as this stream does: events (default), status or
+                        pending
     -o, --output=FILE   append to this stream file, which rotates into
                         FILE.SECONDS, instead of writing to standard output
         --max-size=N    rotate FILE when it has N bytes or more, K, M and G
@@ -87,6 +91,7 @@ Help and version go to standard output.
   Examples:
     wmq decode stream.1700000000 | jq -c 'del(.eventLog.command)' | wmq encode
     wmq encode -o events/stream --max-size 4M --max-files 3 < records.json
+    wmq encode --kind status -o ./wmq.status < samples.json
   $ wmq replay --help
   Usage: wmq replay [OPTION]... -o FILE TRACE
   
