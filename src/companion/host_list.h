@@ -13,8 +13,8 @@ constexpr int64_t maxHosts = int64_t{1} << 24;
 // True when `name` is "N*plain" with a decimal N of at least 1 without leading zeros; `times` saturates.
 bool compressedName(const char *name, int64_t &times, const char *&plain);
 
-// uncompressHostList with at most `limit` names afterwards: 0, WMQE_NO_MEM or WMQE_BAD_FORMAT. After a failure
-// nothing has changed. Null names are plain names.
+// uncompressHostList with at most `limit` names afterwards: 0, WMQE_NO_MEM or WMQE_BAD_FORMAT. After a
+// failure nothing has changed. Null names are plain names.
 int expandHosts(int32_t &count, char **&hosts, int64_t limit);
 
 // The field that writeHostList writes, built in memory: room that is always enough, and the end of the text,

@@ -62,7 +62,8 @@ struct LevelMemory {
   static void Free(void *) {}
 };
 
-// Beyond the integers that the type holds exactly, plain notation would show digits that the value does not have.
+// Beyond the integers that the type holds exactly, plain notation would show digits that the value does not
+// have.
 template <typename T>
 std::to_chars_result shortest(char *first, char *last, T value) {
   if constexpr (std::is_floating_point_v<T>) {

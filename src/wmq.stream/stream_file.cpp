@@ -131,7 +131,8 @@ int findOldFiles(const char *fileName, Suffixes &found) {
   return result;
 }
 
-// False, with errno, when the name is longer than any file's can be: a name cut short would be another file's.
+// False, with errno, when the name is longer than any file's can be: a name cut short would be another
+// file's.
 bool nameOldFile(char (&name)[sizeof path], const char *fileName, int64_t suffix) {
   const int length = std::snprintf(name, sizeof path, "%s.%ld", fileName, static_cast<long>(suffix));
   if (length >= 0 && static_cast<size_t>(length) < sizeof path) return true;

@@ -61,7 +61,8 @@ void checkReading(const GoldenCase &golden) {
   }
 }
 
-// Two writers set a count of the caller's record to 0 and leave the array: whoever releases the record needs it.
+// Two writers set a count of the caller's record to 0 and leave the array: whoever releases the record needs
+// it.
 int32_t *clearedCount(eventRecord &record) {
   if (record.type == EVENT_JOB_STATUS) return &record.eventLog.jobStatusLog.numAttrGroups;
   if (record.type == EVENT_JOB_STATUS2) return &record.eventLog.jobStatus2Log.numGPURusages;

@@ -128,7 +128,8 @@ const Optional kOptionalTexts[] = {
 const std::vector<std::string> kOptional = {"newInt5",  "newInt5 again", "rsvId",   "jgroup",        "sla",
                                             "newStr12", "newStr13",      "newInt8", "licenseProject"};
 
-// The submission with these bits of options2 and no bit of options, and of the fields that stand under a bit only `present`.
+// The submission with these bits of options2 and no bit of options, and of the fields that stand under a bit
+// only `present`.
 Fields under(int32_t bits, const std::string &present = "") {
   Fields fields = kSubmission.with("options", "0").with("options2", std::to_string(bits));
   for (const std::string &name : kOptional)

@@ -26,7 +26,8 @@ std::string textOf(const Pairs &pairs) {
   return text;
 }
 
-// A line that was written: the numbers before its pairs, and the pairs. No value in here holds a double quote.
+// A line that was written: the numbers before its pairs, and the pairs. No value in here holds a double
+// quote.
 struct Written {
   explicit Written(const std::string &line) {
     size_t quote = line.find('"');

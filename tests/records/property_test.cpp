@@ -32,8 +32,8 @@ rc::Gen<Seed> anySeed() {
   return rc::gen::build<Seed>(rc::gen::set(&Seed::value), rc::gen::set(&Seed::size, rc::gen::inRange(0, 6)));
 }
 
-// The whole line on the stream of its type. Writers change counts of the record that they are given: a copy takes
-// that.
+// The whole line on the stream of its type. Writers change counts of the record that they are given: a copy
+// takes that.
 std::string written(const eventRecord &record) {
   const auto format = record.type == EVENT_JOB_STATUS2           ? wmq_formatstatus
                       : record.type == EVENT_JOB_PENDING_REASONS ? wmq_formatpendingreasons

@@ -20,8 +20,8 @@ namespace {
 
 using ::testing::AnyOf;
 
-// What a failed allocation gives beside WMQE_NO_MEM: a host usage array has the number of the base library, an
-// allocation without a parsed form is malformed, and so are entries that two kinds of records cannot hold.
+// What a failed allocation gives beside WMQE_NO_MEM: a host usage array has the number of the base library,
+// an allocation without a parsed form is malformed, and so are entries that two kinds of records cannot hold.
 const std::map<int32_t, std::set<int>> kOtherNumbers = {
     {EVENT_JOB_FINISH, {WMCE_NO_MEM}},
     {EVENT_JOB_START, {WMQE_BAD_FORMAT}},
@@ -55,8 +55,8 @@ class EveryAllocation : public ::testing::TestWithParam<int32_t> {
     if (!allocationsCanFail()) GTEST_SKIP() << "allocations cannot be made to fail here";
   }
 
-  // Reads the line with its first allocation failing, then with its second, until none fails any more. Returns
-  // the error numbers that this gave.
+  // Reads the line with its first allocation failing, then with its second, until none fails any more.
+  // Returns the error numbers that this gave.
   static std::set<int> errorsOf(const std::string &line) {
     std::set<int> errors;
     for (int nth = 1;; ++nth) {

@@ -121,8 +121,8 @@ TEST_F(SampledStream, IsReadFromItsFileWithoutAFault) {
   EXPECT_EQ(types, expected) << "every type was drawn";
 }
 
-// The first pass fills what the allocator keeps for quick reuse. From then on each pass leaves the process with
-// exactly the bytes that it had: even one string lost in all of them shows.
+// The first pass fills what the allocator keeps for quick reuse. From then on each pass leaves the process
+// with exactly the bytes that it had: even one string lost in all of them shows.
 TEST_F(SampledStream, LeavesNothingInMemory) {
   const std::vector<const std::string *> drawn = sample(kLines);
   EXPECT_EQ(decode(drawn), 0U);

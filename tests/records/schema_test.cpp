@@ -19,8 +19,8 @@ using ::testing::IsEmpty;
 
 using Names = std::vector<std::string>;
 
-// By structure, what is no plain statement of one member. Written by hand from the public headers: a member that
-// a layout forgets shows up as a gap that is not listed here.
+// By structure, what is no plain statement of one member. Written by hand from the public headers: a member
+// that a layout forgets shows up as a gap that is not listed here.
 
 // The members behind which the compiler leaves room, so that the next one stands where its type wants it.
 const std::map<std::string, Names> kPaddingBehind = {

@@ -12,8 +12,8 @@ namespace wmq::testing {
 struct Asymmetry {
   std::vector<int32_t> types;
   const char *loss;
-  // Changes a sampled record as little as it takes for nothing of this kind to be lost. It stays a record that
-  // the library can release.
+  // Changes a sampled record as little as it takes for nothing of this kind to be lost. It stays a record
+  // that the library can release.
   void (*avoid)(eventLog &log);
 };
 

@@ -1,5 +1,6 @@
-// Allocations that fail when a test wants it. This defines malloc and its kin for the whole program: one file of
-// a test program includes it, and no other. Sanitizers bring an allocator of their own; there nothing is defined.
+// Allocations that fail when a test wants it. This defines malloc and its kin for the whole program: one file
+// of a test program includes it, and no other. Sanitizers bring an allocator of their own; there nothing is
+// defined.
 #ifndef WMQ_TESTS_FAILING_ALLOCATIONS_H
 #define WMQ_TESTS_FAILING_ALLOCATIONS_H
 
@@ -19,7 +20,8 @@
 
 namespace wmq::testing {
 
-// Of this thread: the allocation to fail, counted from 1 (0: none), and how many more there were than releases.
+// Of this thread: the allocation to fail, counted from 1 (0: none), and how many more there were than
+// releases.
 inline thread_local int allocationToFail = 0;
 inline thread_local int allocationsLeft = 0;
 

@@ -6,8 +6,8 @@
 //   ! NUMBER [FIELD]  instead: the error number, and the field at which reading fails
 //   < LINE            what writing the JSON gives, without the line end; alone: the bytes of the ">" line
 //
-// A case begins with ">" (then "=" or "!", perhaps "<") or, for writing only, with "=" (then "<"). Lines are bytes: some are
-// deliberately not UTF-8.
+// A case begins with ">" (then "=" or "!", perhaps "<") or, for writing only, with "=" (then "<"). Lines are
+// bytes: some are deliberately not UTF-8.
 #ifndef WMQ_TESTS_GOLDEN_FILE_H
 #define WMQ_TESTS_GOLDEN_FILE_H
 

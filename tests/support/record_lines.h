@@ -15,8 +15,9 @@ namespace wmq::testing {
 // A line of kEventTime, without its line end.
 std::string line(const std::string &type, const std::string &version, const std::string &fields);
 
-// The fields of a line in their order, each under its name and as it stands there. What belongs together, such
-// as a count and its list, is one field. A name that is not among them is a mistake of the test, and thrown.
+// The fields of a line in their order, each under its name and as it stands there. What belongs together,
+// such as a count and its list, is one field. A name that is not among them is a mistake of the test, and
+// thrown.
 class Fields {
  public:
   Fields(std::initializer_list<std::pair<std::string, std::string>> fields) : fields_(fields) {}

@@ -19,14 +19,14 @@ struct Seed {
 };
 std::ostream &operator<<(std::ostream &out, const Seed &seed);
 
-// A record with numbers small, huge and negative, reals that are not finite too, strings that are null, empty,
-// with quotes, newlines and bytes beyond ASCII, and lists of any length up to the seed's size. Counts and arrays
-// agree, inline texts are as long as readers want them, allocations have a text form. Null for a type without a
-// schema.
+// A record with numbers small, huge and negative, reals that are not finite too, strings that are null,
+// empty, with quotes, newlines and bytes beyond ASCII, and lists of any length up to the seed's size. Counts
+// and arrays agree, inline texts are as long as readers want them, allocations have a text form. Null for a
+// type without a schema.
 OwnedRecord sampleRecord(int32_t type, Seed seed);
 
-// The members that own something or count it, by name: those of embedded structures behind that one's name and a dot.
-// What release keeps is among them only with `kept`, what it frees only with `freed`.
+// The members that own something or count it, by name: those of embedded structures behind that one's name
+// and a dot. What release keeps is among them only with `kept`, what it frees only with `freed`.
 struct Owned {
   bool freed = true;
   bool kept = true;
