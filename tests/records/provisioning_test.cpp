@@ -18,9 +18,8 @@ using ::testing::HasSubstr;
 using wmq::test::resultOnAFullDevice;
 
 // A start as it stands inside of another record.
-constexpr char kStart[] =
-    R"(31 32 33 34 1.5 2 "hA" "hB" "j1" "j2" 35 "j3" 36 "j4" 37 "j5" )"
-    R"("src" 38 "dst" 39 0 "" 40 41 0 42 43 44)";
+constexpr char kStart[] = R"(31 32 33 34 1.5 2 "hA" "hB" "j1" "j2" 35 "j3" 36 "j4" 37 "j5" )"
+                          R"("src" 38 "dst" 39 0 "" 40 41 0 42 43 44)";
 
 // ------------------------------------------------------------------------ JOB_PROVISION_START
 
