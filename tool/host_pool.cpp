@@ -57,4 +57,13 @@ void HostPool::listNames(const std::vector<HostShare> &shares, std::vector<char 
   for (const HostShare &share : shares) list.insert(list.end(), share.processors, names[share.host].data());
 }
 
+void HostPool::listHosts(const std::vector<HostShare> &shares, HostSlots &list) {
+  list.hosts.clear();
+  list.slots.clear();
+  for (const HostShare &share : shares) {
+    list.hosts.push_back(names[share.host].data());
+    list.slots.push_back(static_cast<int32_t>(share.processors));
+  }
+}
+
 }  // namespace wmq::tool

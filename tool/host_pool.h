@@ -17,6 +17,12 @@ struct HostShare {
   uint32_t processors = 0;
 };
 
+// Hosts by name, and the slots that are used on each.
+struct HostSlots {
+  std::vector<char *> hosts;
+  std::vector<int32_t> slots;
+};
+
 class HostPool {
  public:
   // Hosts like those of a machine of `hosts` hosts with `processors` in all; 0 where one is not known. There
@@ -31,6 +37,9 @@ class HostPool {
 
   // Replaces `list` by the shares' host names, one for each processor. The names belong to the pool.
   void listNames(const std::vector<HostShare> &shares, std::vector<char *> &list);
+
+  // Replaces `list` by the hosts of the shares, each with its processors.
+  void listHosts(const std::vector<HostShare> &shares, HostSlots &list);
 
   uint32_t processorsOfHost() const { return perHost; }
   size_t numHosts() const { return names.size(); }

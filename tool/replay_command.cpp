@@ -1,4 +1,5 @@
 // wmq replay: a workload trace becomes the events that a scheduler would have logged.
+#include <algorithm>
 #include <deque>
 #include <memory>
 #include <optional>
@@ -14,10 +15,11 @@
 #include "options.h"
 #include "output.h"
 #include "progress.h"
-#include "record_sink.h"
 #include "swf_trace.h"
 #include "text.h"
 #include "trace_events.h"
+#include "trace_output.h"
+#include "trace_sampler.h"
 
 namespace wmq::tool {
 
@@ -25,7 +27,9 @@ namespace {
 
 struct ReplayOptions {
   std::string trace;
-  SinkOptions sink;
+  SinkOptions events;
+  std::string statusFile;   // "": not wanted
+  std::string pendingFile;  // likewise
   uint64_t limit = UINT64_MAX;  // jobs
 };
 
@@ -49,24 +53,82 @@ struct Step {
   }
 };
 
+// The streams of a replay.
+class ReplayOutputs {
+ public:
+  ReplayOutputs(const ReplayOptions &options, Faults &faults);
+
+  // False when one cannot be opened, which is reported.
+  bool open();
+
+  bool failed() const;
+  void flush();
+  void close();
+
+  // "22 records, 5 status samples".
+  std::string written() const;
+
+  TraceOutput events;
+  std::optional<TraceOutput> status;
+  std::optional<TraceOutput> pending;
+
+ private:
+  std::vector<TraceOutput *> all{&events};
+};
+
+ReplayOutputs::ReplayOutputs(const ReplayOptions &options, Faults &faults)
+    : events(options.trace, options.events, faults) {
+  auto add = [&](std::optional<TraceOutput> &output, const std::string &file, const StreamOperations &stream) {
+    if (file.empty()) return;
+    SinkOptions sink = options.events;
+    sink.file = file;
+    sink.stream = &stream;
+    all.push_back(&output.emplace(options.trace, sink, faults));
+  };
+  add(status, options.statusFile, statusStream);
+  add(pending, options.pendingFile, pendingReasonsStream);
+}
+
+bool ReplayOutputs::open() {
+  return std::all_of(all.begin(), all.end(), [](TraceOutput *output) { return output->open(); });
+}
+
+bool ReplayOutputs::failed() const {
+  return std::any_of(all.begin(), all.end(), [](const TraceOutput *output) { return output->failed(); });
+}
+
+void ReplayOutputs::flush() {
+  for (TraceOutput *output : all) output->flush();
+}
+
+void ReplayOutputs::close() {
+  for (TraceOutput *output : all) output->close();
+}
+
+std::string ReplayOutputs::written() const {
+  std::string text = counted(events.numRecords(), "record");
+  if (status) text += ", " + counted(status->numRecords(), "status sample");
+  if (pending) text += ", " + counted(pending->numRecords(), "pending sample");
+  return text;
+}
+
 // Reads jobs in order of submission and writes their events in order of time. Only jobs that have not ended
 // are kept.
 class Replay {
  public:
-  Replay(const ReplayOptions &given, RecordSink &writeTo, Faults &reportTo)
-      : options(given), sink(writeTo), faults(reportTo) {}
+  Replay(const ReplayOptions &given, ReplayOutputs &writeTo, Faults &reportTo)
+      : options(given), outputs(writeTo), faults(reportTo) {}
 
   // Takes a line of the trace. False when no more is wanted.
   bool takeLine(const Lines &line);
 
   // Writes what is left when the trace has ended.
-  void finish() { writeUntil(INT64_MAX); }
+  void finish();
 
-  bool outputFailed() const { return failed; }
   uint64_t numJobs() const { return jobsTaken; }
-  uint64_t numRecords() const { return recordsWritten; }
 
  private:
+  void begin(int64_t time);
   void takeJob(TraceJob job);
   void schedule(Step::Kind kind, int64_t time, size_t slot);
   void writeUntil(int64_t time);
@@ -74,22 +136,25 @@ class Replay {
   void submit(const TraceJob &job);
   void startJob(TraceJob &job);
   void finishJob(size_t slot);
-  void write(const TraceJob &job, eventRecord &record);
+  void write(const TraceJob &job, eventRecord &record) { outputs.events.write(record, job.line); }
 
   const ReplayOptions &options;
-  RecordSink &sink;
+  ReplayOutputs &outputs;
   Faults &faults;
   SwfHeader header;
   EventMaker events{header};
-  std::optional<HostPool> pool;  // made for the first job, when the header has been read
+  // Made for the first job, when the header has been read.
+  std::optional<HostPool> pool;
+  std::optional<TraceSampler> sampler;
   std::deque<TraceJob> jobs;
   std::vector<size_t> freeSlots;
   std::priority_queue<Step, std::vector<Step>, std::greater<>> steps;
-  std::vector<char *> hosts;  // of the job at hand
+  std::vector<char *> hosts;  // of the job at hand, one for each processor
+  HostSlots hostSlots;        // of the job at hand
   int64_t lastSubmission = 0;
+  int64_t lastEvent = 0;
+  uint64_t lastLine = 0;
   uint64_t jobsTaken = 0;
-  uint64_t recordsWritten = 0;
-  bool failed = false;
 };
 
 bool Replay::takeLine(const Lines &line) {
@@ -112,12 +177,25 @@ bool Replay::takeLine(const Lines &line) {
     return true;
   }
   takeJob(std::move(job));
-  return !failed && jobsTaken < options.limit;
+  return !outputs.failed() && jobsTaken < options.limit;
+}
+
+void Replay::begin(int64_t time) {
+  pool.emplace(header.maxNodes, header.maxProcessors);
+  sampler.emplace(header, *pool, outputs.status ? &*outputs.status : nullptr,
+                  outputs.pending ? &*outputs.pending : nullptr);
+  outputs.events.write(events.schedulerStart(time), lastLine);
+}
+
+void Replay::finish() {
+  writeUntil(INT64_MAX);
+  if (jobsTaken > 0) outputs.events.write(events.schedulerEnd(lastEvent), lastLine);
 }
 
 void Replay::takeJob(TraceJob job) {
   lastSubmission = job.submitTime;
-  ++jobsTaken;
+  lastLine = job.line;
+  if (jobsTaken++ == 0) begin(job.submitTime);
   writeUntil(job.submitTime);
   size_t slot = jobs.size();
   if (freeSlots.empty()) {
@@ -143,10 +221,12 @@ void Replay::schedule(Step::Kind kind, int64_t time, size_t slot) {
 }
 
 void Replay::writeUntil(int64_t time) {
-  while (!failed && !steps.empty() && steps.top().time < time) {
+  while (!outputs.failed() && !steps.empty() && steps.top().time < time) {
     Step step = steps.top();
     steps.pop();
+    sampler->sampleUntil(step.time);
     carryOut(step);
+    lastEvent = step.time;
   }
 }
 
@@ -170,64 +250,62 @@ void Replay::carryOut(const Step &step) {
 void Replay::submit(const TraceJob &job) {
   write(job, events.submission(job));
   write(job, events.stateChange(job, job.submitTime, statePending));
+  sampler->submitted(job);
 }
 
 void Replay::startJob(TraceJob &job) {
-  if (!pool) pool.emplace(header.maxNodes, header.maxProcessors);
   job.hosts = pool->take(job.processors());
   pool->listNames(job.hosts, hosts);
   write(job, events.start(job, hosts));
+  write(job, events.startAccepted(job));
+  write(job, events.execution(job));
   write(job, events.stateChange(job, job.startTime, stateRunning));
+  sampler->started(job);
 }
 
 void Replay::finishJob(size_t slot) {
   TraceJob &job = jobs[slot];
-  hosts.clear();
-  if (job.started()) pool->listNames(job.hosts, hosts);
+  pool->listNames(job.hosts, hosts);
+  pool->listHosts(job.hosts, hostSlots);
+  if (job.columns.status == swfCancelled) write(job, events.cancellation(job));
   write(job, events.stateChange(job, job.endTime, finalState(job.columns)));
   write(job, events.finish(job, hosts));
+  write(job, events.namedFinish(job, hostSlots));
+  sampler->ended(job);
   if (job.started() && job.endTime == job.startTime) pool->giveBack(job.hosts);
   job = {};
   freeSlots.push_back(slot);
 }
 
-void Replay::write(const TraceJob &job, eventRecord &record) {
-  if (failed) return;
-  switch (sink.write(record)) {
-    case RecordSink::Result::written:
-      ++recordsWritten;
-      break;
-    case RecordSink::Result::refused:
-      faults.refused(options.trace, job.line, wmq_errno);
-      break;
-    case RecordSink::Result::failed:
-      failed = true;
-      break;
-  }
-}
-
 int replayTrace(const ReplayOptions &options) {
-  bool toOutput = options.sink.file == "-";
+  bool toOutput = options.events.file == "-" || options.statusFile == "-" || options.pendingFile == "-";
   Progress progress({options.trace}, toOutput);
   Faults faults(&progress);
-  RecordSink sink(options.sink, faults);
-  if (!sink.open()) return faults.exitStatus();
+  ReplayOutputs outputs(options, faults);
+  if (!outputs.open()) return faults.exitStatus();
 
-  Replay replay(options, sink, faults);
+  Replay replay(options, outputs, faults);
   eachLine(
-      {options.trace}, faults, progress, [&] { sink.flush(); },
+      {options.trace}, faults, progress, [&] { outputs.flush(); },
       [&](const Lines &line) { return replay.takeLine(line); });
   replay.finish();
-  sink.close();
+  outputs.close();
   progress.erase();
 
-  if (!toOutput && !replay.outputFailed()) {
+  if (!toOutput && !outputs.failed()) {
     Output output;
-    output.write(counted(replay.numJobs(), "job") + ", " + counted(replay.numRecords(), "record") + ", " +
+    output.write(counted(replay.numJobs(), "job") + ", " + outputs.written() + ", " +
                  counted(faults.badInputs(), "fault") + "\n");
     output.finish(faults);
   }
   return faults.exitStatus();
+}
+
+void refuseSharedOutput(const ReplayOptions &options) {
+  int outputs = 0;
+  for (const std::string *file : {&options.events.file, &options.statusFile, &options.pendingFile})
+    outputs += *file == "-" ? 1 : 0;
+  if (outputs > 1) throw CLI::ValidationError("only one stream can go to standard output");
 }
 
 }  // namespace
@@ -238,15 +316,25 @@ void addReplayCommand(CLI::App &program, Run &run) {
       "replay",
       "Turn a workload trace into the events that a scheduler would have logged.\n"
       "TRACE is in the Standard Workload Format, plain, gzip or zstd; - is standard\n"
-      "input. Its jobs become JOB_NEW, JOB_START, JOB_STATUS and JOB_FINISH records in\n"
-      "order of time. A bad line is reported on standard error as\n"
+      "input. Its jobs become JOB_NEW, JOB_START, JOB_START_ACCEPT, JOB_EXECUTE,\n"
+      "JOB_STATUS, JOB_SIGNAL, JOB_FINISH and JOB_FINISH2 records in order of time,\n"
+      "between the MBD_START and the MBD_DIE of the scheduler. A bad line is reported\n"
+      "on standard error as\n"
       "\n"
       "  FILE:LINE: error NUMBER NAME: what is wrong\n"
       "\n"
       "and skipped; the exit status is 1 then.");
   command->add_option("TRACE", options->trace)->required();
-  addSinkOptions(*command, options->sink,
+  addSinkOptions(*command, options->events,
                  "append to this stream file, which rotates into FILE.SECONDS; - is standard output", true);
+  command
+      ->add_option("--status", options->statusFile,
+                   "append a JOB_STATUS2 of each running job, every 300 seconds, to this stream file")
+      ->type_name("FILE");
+  command
+      ->add_option("--pending", options->pendingFile,
+                   "append JOB_PENDING_REASONS of the waiting jobs, every 300 seconds, to this stream file")
+      ->type_name("FILE");
   command->add_option("--limit", options->limit, "stop after N jobs of the trace")
       ->type_name("N")
       ->check(CLI::Range(uint64_t{1}, UINT64_MAX).description(""));
@@ -261,10 +349,20 @@ void addReplayCommand(CLI::App &program, Run &run) {
       "because the line of the whole job stands before them. Exit statuses are those of\n"
       "wait(2): 0 for completed jobs, 256 for failed and 15 for cancelled ones.\n"
       "\n"
+      "Samples tell of the jobs that run or wait at the full 5 minutes of the trace's\n"
+      "time, after all that happens in that second; all three files rotate alike. CPU\n"
+      "time is spread evenly over a job's run. Jobs wait for other jobs on which they\n"
+      "depend (reason 1), for processors (2, where the trace tells how many there are)\n"
+      "or for their turn (3), and are put together by user, queue and reason.\n"
+      "\n"
       "Examples:\n"
       "  wmq replay trace.swf.gz -o events/stream --max-size 4M --max-files 3\n"
+      "  wmq replay trace.swf -o events/stream --status status/stream --pending pending/stream\n"
       "  wmq replay --limit 100 trace.swf -o - | wmq decode --type JOB_FINISH");
-  command->callback([options, &run] { run = [options] { return replayTrace(*options); }; });
+  command->callback([options, &run] {
+    refuseSharedOutput(*options);
+    run = [options] { return replayTrace(*options); };
+  });
 }
 
 }  // namespace wmq::tool

@@ -16,6 +16,8 @@ constexpr int64_t mostHosts = 16777216;
 // Time 0 of a trace that does not tell when it began: a start time of 0 means that a job has not started.
 constexpr int64_t inventedStart = 86400;
 
+constexpr const char *schedulerHost = "master";
+
 // As wait(2) would have it: exit code 1, and ended by SIGTERM.
 constexpr int32_t exitStatusFailed = 256;
 constexpr int32_t exitStatusCancelled = 15;
@@ -50,14 +52,25 @@ int32_t exitStatusOf(const SwfJob &job) {
   return job.status == swfCancelled ? exitStatusCancelled : 0;
 }
 
+// CPU seconds of all processors together.
+double cpuTimeOf(const TraceJob &job) {
+  if (!job.started() || job.columns.averageCpuTime <= 0) return 0;
+  return job.columns.averageCpuTime * static_cast<double>(job.processors());
+}
+
 wmxRusage usageOf(const TraceJob &job) {
   wmxRusage usage{};
   if (!job.started()) return usage;
-  if (job.columns.averageCpuTime > 0)
-    usage.ru_utime = job.columns.averageCpuTime * static_cast<double>(job.processors());
+  usage.ru_utime = cpuTimeOf(job);
   if (job.columns.usedMemory > 0) usage.ru_maxrss = static_cast<double>(job.columns.usedMemory);
   usage.ru_elapsed = static_cast<double>(job.endTime - job.startTime);
   return usage;
+}
+
+// KB of all processors together; 0: unknown.
+int32_t memoryOf(const TraceJob &job) {
+  int64_t each = std::clamp<int64_t>(job.columns.usedMemory, 0, most32);
+  return narrowed(each * std::min(job.processors(), most32));
 }
 
 void setLimits(int32_t (&limits)[WMX_RLIM_NLIMITS], const SwfJob &job) {
@@ -65,6 +78,20 @@ void setLimits(int32_t (&limits)[WMX_RLIM_NLIMITS], const SwfJob &job) {
   if (job.requestedTime > 0) limits[WMX_RLIMIT_RUN] = narrowed(job.requestedTime);
   if (job.requestedMemory > 0) limits[WMX_RLIMIT_RSS] = narrowed(job.requestedMemory);
 }
+
+const char *textOf(WaitReason reason) {
+  switch (reason) {
+    case WaitReason::dependency:
+      return "the dependency condition does not hold";
+    case WaitReason::processors:
+      return "too few processors are free";
+    case WaitReason::turn:
+      return "other jobs come first";
+  }
+  return "";
+}
+
+int32_t userIdOf(const SwfJob &job) { return narrowed(std::max<int64_t>(job.user, 0)); }
 
 }  // namespace
 
@@ -122,12 +149,28 @@ void EventMaker::describe(const TraceJob &job) {
   userGroup = nameOf(columns.group, "group", "");
 }
 
+eventRecord &EventMaker::schedulerStart(int64_t time) {
+  begin(EVENT_MBD_START, time);
+  mbdStartLog &log = record.eventLog.mbdStartLog;
+  copyName(log.mbdStartHost, schedulerHost);
+  copyName(log.mbdStartName, "replay");
+  return record;
+}
+
+eventRecord &EventMaker::schedulerEnd(int64_t time) {
+  begin(EVENT_MBD_DIE, time);
+  mbdDieLog &log = record.eventLog.mbdDieLog;
+  copyName(log.mbdDieHost, schedulerHost);
+  copyName(log.mbdDieText, "end of the trace");
+  return record;
+}
+
 eventRecord &EventMaker::submission(const TraceJob &job) {
   begin(EVENT_JOB_NEW, job.submitTime);
   describe(job);
   jobNewLog &log = record.eventLog.jobNewLog;
   log.jobId = narrowed(job.columns.number);
-  log.userId = narrowed(std::max<int64_t>(job.columns.user, 0));
+  log.userId = userIdOf(job.columns);
   copyName(log.userName, userName);
   log.numProcessors = narrowed(std::max<int64_t>(job.columns.requestedProcessors, 0));
   log.maxNumProcessors = log.numProcessors;
@@ -164,6 +207,26 @@ eventRecord &EventMaker::start(const TraceJob &job, std::vector<char *> &hosts) 
   return record;
 }
 
+eventRecord &EventMaker::startAccepted(const TraceJob &job) {
+  begin(EVENT_JOB_START_ACCEPT, job.startTime);
+  jobStartAcceptLog &log = record.eventLog.jobStartAcceptLog;
+  log.jobId = narrowed(job.columns.number);
+  // What a line without this field means.
+  log.acceptInt4 = -1;
+  return record;
+}
+
+eventRecord &EventMaker::execution(const TraceJob &job) {
+  begin(EVENT_JOB_EXECUTE, job.startTime);
+  jobExecuteLog &log = record.eventLog.jobExecuteLog;
+  log.jobId = narrowed(job.columns.number);
+  // What a line without these fields means.
+  log.execInt5 = -1;
+  log.execInt7 = std::numeric_limits<int32_t>::max();
+  log.execInt8 = -1;
+  return record;
+}
+
 eventRecord &EventMaker::stateChange(const TraceJob &job, int64_t time, JobState state) {
   begin(EVENT_JOB_STATUS, time);
   jobStatusLog &log = record.eventLog.jobStatusLog;
@@ -179,12 +242,23 @@ eventRecord &EventMaker::stateChange(const TraceJob &job, int64_t time, JobState
   return record;
 }
 
+eventRecord &EventMaker::cancellation(const TraceJob &job) {
+  begin(EVENT_JOB_SIGNAL, job.endTime);
+  describe(job);
+  jobSignalLog &log = record.eventLog.jobSignalLog;
+  log.jobId = narrowed(job.columns.number);
+  log.userId = userIdOf(job.columns);
+  copyName(log.userName, userName);
+  log.signalStr = signal.data();
+  return record;
+}
+
 eventRecord &EventMaker::finish(const TraceJob &job, std::vector<char *> &hosts) {
   begin(EVENT_JOB_FINISH, job.endTime);
   describe(job);
   jobFinishLog &log = record.eventLog.jobFinishLog;
   log.jobId = narrowed(job.columns.number);
-  log.userId = narrowed(std::max<int64_t>(job.columns.user, 0));
+  log.userId = userIdOf(job.columns);
   copyName(log.userName, userName);
   log.numProcessors = narrowed(std::max<int64_t>(job.columns.requestedProcessors, 0));
   log.maxNumProcessors = log.numProcessors;
@@ -202,6 +276,89 @@ eventRecord &EventMaker::finish(const TraceJob &job, std::vector<char *> &hosts)
   log.cpuTime = static_cast<float>(log.wmxRusage.ru_utime);
   log.hostFactor = 1;
   log.exitStatus = exitStatusOf(job.columns);
+  return record;
+}
+
+eventRecord &EventMaker::namedFinish(const TraceJob &job, HostSlots &hosts) {
+  begin(EVENT_JOB_FINISH2, job.endTime);
+  describe(job);
+  jobFinish2Log &log = record.eventLog.jobFinish2Log;
+  log.jobId = job.columns.number;
+  log.userId = userIdOf(job.columns);
+  copyName(log.userName, userName);
+  log.numProcessors = narrowed(std::max<int64_t>(job.columns.requestedProcessors, 0));
+  log.maxNumProcessors = log.numProcessors;
+  log.jStatus = finalState(job.columns);
+  log.submitTime = job.submitTime;
+  log.startTime = job.startTime;
+  log.endTime = job.endTime;
+  copyName(log.queue, queue);
+  copyName(log.fromHost, submitHost);
+  log.resReq = resources.data();
+  log.dependCond = dependency.data();
+  log.command = command.data();
+  log.userGroup = userGroup.data();
+  log.numExHosts = countOf(hosts.hosts);
+  log.execHosts = hosts.hosts.data();
+  log.slotUsages = hosts.slots.data();
+  wmxRusage usage = usageOf(job);
+  log.cpuTime = usage.ru_utime;
+  log.ru_utime = usage.ru_utime;
+  log.ru_maxrss = usage.ru_maxrss;
+  log.exitStatus = exitStatusOf(job.columns);
+  if (!job.started()) return record;
+  log.runtime = narrowed(job.endTime - job.startTime);
+  log.maxMem = memoryOf(job);
+  log.avgMem = log.maxMem;
+  return record;
+}
+
+eventRecord &EventMaker::runningSample(const TraceJob &job, HostSlots &hosts, int64_t time,
+                                       int64_t interval) {
+  begin(EVENT_JOB_STATUS2, time);
+  describe(job);
+  jobStatus2Log &log = record.eventLog.jobStatus2Log;
+  log.jobId = job.columns.number;
+  log.expectedLogTime = narrowed(time);
+  log.sampleInterval = narrowed(interval);
+  copyName(log.userName, userName);
+  log.numProcessors = narrowed(std::max<int64_t>(job.columns.requestedProcessors, 0));
+  log.num_processors = narrowed(job.processors());
+  log.jStatus = stateRunning;
+  log.submitTime = job.submitTime;
+  log.startTime = job.startTime;
+  copyName(log.queue, queue);
+  log.resReq = resources.data();
+  log.numExHosts = countOf(hosts.hosts);
+  log.execHosts = hosts.hosts.data();
+  log.slotUsages = hosts.slots.data();
+  // The trace knows the whole only.
+  double share = static_cast<double>(time - job.startTime) / static_cast<double>(job.endTime - job.startTime);
+  log.ru_utime = cpuTimeOf(job) * share;
+  log.ru_maxrss = usageOf(job).ru_maxrss;
+  log.userGroup = userGroup.data();
+  log.runtimeDelta = narrowed(std::min(time - job.startTime, interval));
+  log.maxMem = memoryOf(job);
+  log.avgMem = log.maxMem;
+  return record;
+}
+
+eventRecord &EventMaker::waitingSample(const TraceJob &job, const WaitingJobs &jobs, int64_t time,
+                                       int64_t interval) {
+  begin(EVENT_JOB_PENDING_REASONS, time);
+  describe(job);
+  jobPendingReasonsLog &log = record.eventLog.jobPendingReasonsLog;
+  copyName(log.userName, userName);
+  copyName(log.queue, queue);
+  log.num_processors = narrowed(jobs.processors);
+  log.mainReason = static_cast<int32_t>(jobs.reason);
+  reason = textOf(jobs.reason);
+  log.detail = reason.data();
+  log.numJobs = narrowed(jobs.jobs);
+  log.pendingTime = narrowed(jobs.seconds);
+  log.averagePendingTime = narrowed(jobs.seconds / jobs.jobs);
+  log.sampleInterval = narrowed(interval);
+  log.expectedLogTime = time;
   return record;
 }
 

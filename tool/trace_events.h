@@ -34,6 +34,17 @@ enum JobState : int32_t { statePending = 1, stateRunning = 4, stateExited = 32, 
 // State in which a job ends.
 JobState finalState(const SwfJob &job);
 
+// Why jobs wait.
+enum class WaitReason : int32_t { dependency = 1, processors = 2, turn = 3 };
+
+// Jobs that wait for the same reason.
+struct WaitingJobs {
+  WaitReason reason;
+  int64_t jobs = 0;
+  int64_t processors = 0;  // that they ask for
+  int64_t seconds = 0;     // that they have waited, in all
+};
+
 // Makes records. Each stands until the next one is made; its strings belong to the maker.
 class EventMaker {
  public:
@@ -41,11 +52,23 @@ class EventMaker {
   EventMaker(const EventMaker &) = delete;
   EventMaker &operator=(const EventMaker &) = delete;
 
+  eventRecord &schedulerStart(int64_t time);
+  eventRecord &schedulerEnd(int64_t time);
+
   eventRecord &submission(const TraceJob &job);
   // `hosts`: one name for each processor.
   eventRecord &start(const TraceJob &job, std::vector<char *> &hosts);
+  eventRecord &startAccepted(const TraceJob &job);
+  eventRecord &execution(const TraceJob &job);
   eventRecord &stateChange(const TraceJob &job, int64_t time, JobState state);
+  eventRecord &cancellation(const TraceJob &job);
   eventRecord &finish(const TraceJob &job, std::vector<char *> &hosts);
+  eventRecord &namedFinish(const TraceJob &job, HostSlots &hosts);
+
+  // A job that runs at `time`, where one is looked at every `interval` seconds.
+  eventRecord &runningSample(const TraceJob &job, HostSlots &hosts, int64_t time, int64_t interval);
+  // Jobs that wait at `time`. One of them stands for what they have in common.
+  eventRecord &waitingSample(const TraceJob &job, const WaitingJobs &jobs, int64_t time, int64_t interval);
 
  private:
   void begin(int32_t type, int64_t time);
@@ -58,6 +81,8 @@ class EventMaker {
   std::string userName;
   std::string queue;
   std::string submitHost = "submit";
+  std::string signal = "TERM";
+  std::string reason;
   std::string resources;
   std::string dependency;
   std::string command;
