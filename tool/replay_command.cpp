@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <queue>
+#include <set>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -28,8 +29,8 @@ namespace {
 struct ReplayOptions {
   std::string trace;
   SinkOptions events;
-  std::string statusFile;   // "": not wanted
-  std::string pendingFile;  // likewise
+  std::string statusFile;       // "": not wanted
+  std::string pendingFile;      // likewise
   uint64_t limit = UINT64_MAX;  // jobs
 };
 
@@ -78,7 +79,8 @@ class ReplayOutputs {
 
 ReplayOutputs::ReplayOutputs(const ReplayOptions &options, Faults &faults)
     : events(options.trace, options.events, faults) {
-  auto add = [&](std::optional<TraceOutput> &output, const std::string &file, const StreamOperations &stream) {
+  auto add = [&](std::optional<TraceOutput> &output, const std::string &file,
+                 const StreamOperations &stream) {
     if (file.empty()) return;
     SinkOptions sink = options.events;
     sink.file = file;
@@ -302,10 +304,11 @@ int replayTrace(const ReplayOptions &options) {
 }
 
 void refuseSharedOutput(const ReplayOptions &options) {
-  int outputs = 0;
-  for (const std::string *file : {&options.events.file, &options.statusFile, &options.pendingFile})
-    outputs += *file == "-" ? 1 : 0;
-  if (outputs > 1) throw CLI::ValidationError("only one stream can go to standard output");
+  std::set<std::string> files{options.events.file};
+  for (const std::string &file : {options.statusFile, options.pendingFile})
+    if (!file.empty() && !files.insert(file).second)
+      throw CLI::ValidationError("two streams cannot share " +
+                                 std::string(file == "-" ? "standard output" : "a file"));
 }
 
 }  // namespace
@@ -357,7 +360,7 @@ void addReplayCommand(CLI::App &program, Run &run) {
       "\n"
       "Examples:\n"
       "  wmq replay trace.swf.gz -o events/stream --max-size 4M --max-files 3\n"
-      "  wmq replay trace.swf -o events/stream --status status/stream --pending pending/stream\n"
+      "  wmq replay trace.swf -o events --status status --pending pending\n"
       "  wmq replay --limit 100 trace.swf -o - | wmq decode --type JOB_FINISH");
   command->callback([options, &run] {
     refuseSharedOutput(*options);

@@ -22,6 +22,7 @@ using NamedGroup = std::pair<std::string, const JobGroup *>;
 // Groups with the most core-hours first; where these are equal, with the most jobs, then by name.
 std::vector<NamedGroup> ranked(const std::unordered_map<std::string, JobGroup> &groups, size_t most) {
   std::vector<NamedGroup> order;
+  order.reserve(groups.size());
   for (const auto &[name, group] : groups) order.emplace_back(name, &group);
   std::sort(order.begin(), order.end(), [](const NamedGroup &left, const NamedGroup &right) {
     if (left.second->coreSeconds != right.second->coreSeconds)
@@ -33,12 +34,42 @@ std::vector<NamedGroup> ranked(const std::unordered_map<std::string, JobGroup> &
   return order;
 }
 
-std::string coreHours(const JobGroup &group) {
-  std::array<char, 400> text{};
-  std::snprintf(text.data(), text.size(), "%.1f", group.coreSeconds / 3600);
-  std::string number = text.data();
-  for (size_t end = number.find('.'); end > 3; end -= 3) number.insert(end - 3, ",");
-  return number;
+// 1234567.89 as "1,234,567.9".
+std::string tenths(double number) {
+  std::array<char, 400> digits{};
+  std::snprintf(digits.data(), digits.size(), "%.1f", number);
+  std::string text = digits.data();
+  for (size_t end = text.find('.'); end > 3; end -= 3) text.insert(end - 3, ",");
+  return text;
+}
+
+std::string coreHours(const JobGroup &group) { return tenths(group.coreSeconds / 3600); }
+
+constexpr double kilobytesOfGibibyte = 1048576;
+
+std::string gibibytes(double kilobytes) {
+  return kilobytes > 0 ? tenths(kilobytes / kilobytesOfGibibyte) : "-";
+}
+
+double meanOf(double sum, uint64_t count) { return count > 0 ? sum / static_cast<double>(count) : 0; }
+
+using RankedReason = std::pair<PendingReasons::Key, const PendingReasons::Reason *>;
+
+// Reasons with the most waiting time first, then with the most jobs, then by number.
+std::vector<RankedReason> ranked(const PendingReasons &reasons) {
+  std::vector<RankedReason> order;
+  order.reserve(reasons.reasons().size());
+  for (const auto &[key, reason] : reasons.reasons()) order.emplace_back(key, &reason);
+  std::stable_sort(order.begin(), order.end(), [](const RankedReason &left, const RankedReason &right) {
+    if (left.second->waitSeconds != right.second->waitSeconds)
+      return left.second->waitSeconds > right.second->waitSeconds;
+    return left.second->jobSum > right.second->jobSum;
+  });
+  return order;
+}
+
+std::string reasonText(const PendingReasons::Key &key) {
+  return std::to_string(key.first) + (key.second != 0 ? "." + std::to_string(key.second) : "");
 }
 
 std::string quantileText(const Quantiles &waits, double share) {
@@ -113,6 +144,50 @@ struct Report {
       table.row({printable(name), grouped(group->jobs), quantileText(group->waits, 0.5),
                  quantileText(group->waits, 0.95), coreHours(*group),
                  bar(shareOf(group->coreSeconds, stats.jobs.coreSeconds))});
+    text += "\n" + table.text(coloured);
+  }
+
+  void runningJobs() {
+    using enum Table::Align;
+    const RunningJobs &running = stats.runningJobs;
+    Table table({{"Running jobs from"},
+                 {"Samples", right},
+                 {"Jobs", right},
+                 {"Peak", right},
+                 {"Cores", right},
+                 {"Peak", right},
+                 {"GiB", right},
+                 {"Peak", right},
+                 {""}});
+    auto row = [&](const std::string &title, const RunningJobs::Span &span) {
+      table.row({title, grouped(span.samples), tenths(meanOf(span.sum.jobs, span.samples)),
+                 grouped(static_cast<uint64_t>(span.peak.jobs)), tenths(meanOf(span.sum.cores, span.samples)),
+                 grouped(static_cast<uint64_t>(span.peak.cores)),
+                 gibibytes(meanOf(span.sum.memory, span.samples)), gibibytes(span.peak.memory),
+                 bar(shareOf(meanOf(span.sum.cores, span.samples), running.whole().peak.cores))});
+    };
+    for (const auto &[start, span] : running.spans()) row(timeText(start), span);
+    row("all, " + clockText(running.spanSeconds()) + " each", running.whole());
+    text += "\n" + table.text(coloured);
+  }
+
+  void pendingReasons() {
+    using enum Table::Align;
+    Table table({{"Pending for", right},
+                 {"Detail"},
+                 {"Samples", right},
+                 {"Jobs", right},
+                 {"Peak", right},
+                 {"Longest average wait", right},
+                 {"Job-hours", right},
+                 {""}});
+    double whole = 0;
+    for (const auto &[key, reason] : stats.pendingReasons.reasons()) whole += reason.waitSeconds;
+    for (const auto &[key, reason] : ranked(stats.pendingReasons))
+      table.row({reasonText(key), printable(reason->detail), grouped(reason->samples),
+                 tenths(meanOf(static_cast<double>(reason->jobSum), reason->samples)),
+                 std::to_string(reason->peakJobs), clockText(reason->longestAverage),
+                 tenths(reason->waitSeconds / 3600), bar(shareOf(reason->waitSeconds, whole))});
     text += "\n" + table.text(coloured);
   }
 
@@ -246,6 +321,74 @@ void jobMembers(JsonPrinter &json, const StreamStatistics &stats) {
   json.endArray();
 }
 
+void usageMember(JsonPrinter &json, const char *name, double sum, double peak, uint64_t samples) {
+  json.key(name);
+  json.beginObject();
+  json.key("mean");
+  json.real(meanOf(sum, samples));
+  json.key("peak");
+  json.real(peak);
+  json.endObject();
+}
+
+void spanMembers(JsonPrinter &json, const RunningJobs::Span &span) {
+  json.key("samples");
+  json.count(span.samples);
+  usageMember(json, "jobs", span.sum.jobs, span.peak.jobs, span.samples);
+  usageMember(json, "cores", span.sum.cores, span.peak.cores, span.samples);
+  usageMember(json, "memory", span.sum.memory, span.peak.memory, span.samples);
+}
+
+void runningJobsMember(JsonPrinter &json, const RunningJobs &running) {
+  json.key("runningJobs");
+  json.beginObject();
+  spanMembers(json, running.whole());
+  json.key("spanSeconds");
+  json.integer(running.spanSeconds());
+  json.key("spans");
+  json.beginArray();
+  for (const auto &[start, span] : running.spans()) {
+    json.beginObject();
+    json.key("time");
+    json.integer(start);
+    spanMembers(json, span);
+    json.endObject();
+  }
+  json.endArray();
+  json.endObject();
+}
+
+void pendingReasonsMember(JsonPrinter &json, const PendingReasons &reasons) {
+  json.key("pendingReasons");
+  json.beginArray();
+  for (const auto &[key, reason] : ranked(reasons)) {
+    json.beginObject();
+    json.key("mainReason");
+    json.integer(key.first);
+    json.key("subReason");
+    json.integer(key.second);
+    json.key("detail");
+    json.string(reason->detail);
+    json.key("records");
+    json.count(reason->records);
+    json.key("samples");
+    json.count(reason->samples);
+    json.key("jobs");
+    json.beginObject();
+    json.key("mean");
+    json.real(meanOf(static_cast<double>(reason->jobSum), reason->samples));
+    json.key("peak");
+    json.integer(reason->peakJobs);
+    json.endObject();
+    json.key("longestAverageWait");
+    json.integer(reason->longestAverage);
+    json.key("jobHours");
+    json.real(reason->waitSeconds / 3600);
+    json.endObject();
+  }
+  json.endArray();
+}
+
 }  // namespace
 
 std::string statsText(const StreamStatistics &statistics, size_t numFiles, bool coloured) {
@@ -258,6 +401,8 @@ std::string statsText(const StreamStatistics &statistics, size_t numFiles, bool 
     report.groups("User", statistics.users, biggestUsers);
   }
   if (statistics.finished > 0) report.exits();
+  if (statistics.runningJobs.samples() > 0) report.runningJobs();
+  if (!statistics.pendingReasons.reasons().empty()) report.pendingReasons();
   report.accuracy();
   return report.text;
 }
@@ -267,6 +412,8 @@ std::string statsJson(const StreamStatistics &statistics, size_t numFiles) {
   json.beginObject();
   streamMembers(json, statistics, numFiles);
   jobMembers(json, statistics);
+  if (statistics.runningJobs.samples() > 0) runningJobsMember(json, statistics.runningJobs);
+  if (!statistics.pendingReasons.reasons().empty()) pendingReasonsMember(json, statistics.pendingReasons);
   json.endObject();
   return json.text();
 }

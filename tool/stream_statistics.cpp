@@ -21,6 +21,9 @@ void StreamStatistics::add(const eventRecord &record, uint64_t bytes) {
   if (record.type == EVENT_JOB_NEW) addNew(record.eventLog.jobNewLog);
   if (record.type == EVENT_JOB_START) addStart(record.eventLog.jobStartLog, record.eventTime);
   if (record.type == EVENT_JOB_FINISH) addFinish(record.eventLog.jobFinishLog);
+  if (record.type == EVENT_JOB_STATUS2) runningJobs.add(record.eventLog.jobStatus2Log, record.eventTime);
+  if (record.type == EVENT_JOB_PENDING_REASONS)
+    pendingReasons.add(record.eventLog.jobPendingReasonsLog, record.eventTime);
 }
 
 void StreamStatistics::addNew(const jobNewLog &log) {
@@ -65,6 +68,8 @@ void StreamStatistics::finish() {
     if (job.startTime > 0) addWait(job);
   }
   openJobs.clear();
+  runningJobs.finish();
+  pendingReasons.finish();
 }
 
 std::string exitMeaning(int32_t exitStatus) {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "quantiles.h"
+#include "sample_statistics.h"
 #include "wmq/wmq.h"
 
 namespace wmq::tool {
@@ -35,7 +36,8 @@ class StreamStatistics {
   // A record and the length of its line.
   void add(const eventRecord &record, uint64_t bytes);
 
-  // To be called once, after the last record: jobs that have not ended are counted with their groups.
+  // To be called once, after the last record: jobs that have not ended are counted with their groups, and the
+  // last sample is.
   void finish();
 
   uint64_t otherLines = 0;
@@ -58,6 +60,9 @@ class StreamStatistics {
   std::unordered_map<std::string, JobGroup> users;
   std::unordered_map<std::string, JobGroup> queues;
   std::map<int32_t, uint64_t> exitStatuses;
+
+  RunningJobs runningJobs;        // of a status stream
+  PendingReasons pendingReasons;  // of a pending-reasons stream
 
  private:
   struct OpenJob {

@@ -43,8 +43,8 @@ void TraceSampler::sampleWaiting(int64_t time) {
   std::map<std::tuple<int64_t, int64_t, WaitReason>, Group> groups;  // user, queue, reason
   for (const auto &[order, job] : waiting) {
     WaitReason reason = reasonOf(*job);
-    Group &group =
-        groups.try_emplace({job->columns.user, job->columns.queue, reason}, Group{job, {reason}}).first->second;
+    Group &group = groups.try_emplace({job->columns.user, job->columns.queue, reason}, Group{job, {reason}})
+                       .first->second;
     ++group.jobs.jobs;
     group.jobs.processors += std::max<int64_t>(job->columns.requestedProcessors, 1);
     group.jobs.seconds += time - job->submitTime;

@@ -1,5 +1,5 @@
-// Looks at the jobs of a trace at fixed intervals: at those that run for the status stream, at those that wait
-// for the pending-reasons stream.
+// Looks at the jobs of a trace at fixed intervals: at those that run for the status stream, at those that
+// wait for the pending-reasons stream.
 #ifndef WMQ_TOOL_TRACE_SAMPLER_H
 #define WMQ_TOOL_TRACE_SAMPLER_H
 

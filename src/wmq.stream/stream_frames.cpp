@@ -1,5 +1,7 @@
 #include "wmq.stream/stream_frames.h"
 
+#include <sys/stat.h>
+
 #include "wmq.stream/line_parser.h"
 
 namespace wmq {
@@ -44,13 +46,23 @@ eventRecord *readRecord(streamFile *file, int *lineNum) {
   return keepRecord(parsestreamlineMT(line.text, line.length));
 }
 
+// What others have appended in the meantime is read, too. A pipe or a device has no end to move to: reading
+// it could wait, or go on, for ever.
+static void readToEnd(streamFile &file) {
+  const int fd = fileno(file.fp);
+  struct stat status {};
+  if (fstat(fd, &status) != 0 || !S_ISREG(status.st_mode)) {
+    wmq_errno = WMQE_EOF;
+    return;
+  }
+  skipToEnd(file.lines, fd);
+  for (int lineNum = 0; readRecord(&file, &lineNum) != nullptr;) {
+  }
+}
+
 int closeStream(streamFile *&file) {
   if (file == nullptr) return -1;
-  if (file->fp != nullptr) {
-    skipToEnd(file->lines, fileno(file->fp));
-    for (int lineNum = 0; readRecord(file, &lineNum) != nullptr;) {
-    }
-  }
+  if (file->fp != nullptr) readToEnd(*file);
   closeFile(file);
   file = nullptr;
   return 0;

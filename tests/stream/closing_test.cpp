@@ -1,4 +1,5 @@
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include "support/stream_fixture.h"
 #include "support/text_files.h"
@@ -23,6 +24,13 @@ TEST_F(ClosingAStream, Succeeds) {
   ASSERT_EQ(open(), 0);
   EXPECT_EQ(close(), 0);
   EXPECT_EQ(stream, nullptr);
+}
+
+TEST_F(ClosingAStream, DoesNotWaitForAPipe) {
+  ASSERT_EQ(mkfifo(path.c_str(), 0644), 0);
+  ASSERT_EQ(open(), 0);
+  EXPECT_EQ(close(), 0);
+  EXPECT_EQ(wmq_errno, WMQE_EOF);
 }
 
 TEST_F(ClosingAStream, FailsTheSecondTime) {

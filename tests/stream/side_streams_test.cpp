@@ -1,5 +1,6 @@
 // What the status stream and the pending-reasons stream have in common.
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -32,7 +33,13 @@ class SideStreams : public SideStreamTest, public ::testing::WithParamInterface<
 INSTANTIATE_TEST_SUITE_P(Streams, SideStreams, ::testing::Values(&kStatus, &kPendingReasons),
                          [](const auto &kind) { return kind.param->noun; });
 
-// ---------------------------------------------------------------------------------- opening
+// ---------------------------------------------------------------------------------- opening and closing
+
+TEST_P(SideStreams, AreClosedWithoutWaitingForAPipe) {
+  ASSERT_EQ(mkfifo(path.c_str(), 0644), 0);
+  ASSERT_EQ(open(), 0);
+  EXPECT_EQ(GetParam()->close(), 0);
+}
 
 TEST_P(SideStreams, CreateTheirFileWithPermissions0644) {
   EXPECT_EQ(open(), 0);

@@ -29,6 +29,15 @@ TEST(HostPool, GivesWholeHostsFirstAndNamesThemOnceForEachProcessor) {
   EXPECT_EQ(namesOf(pool, pool.take(5)), "node00001 node00001 node00002 node00002 node00003");
 }
 
+TEST(HostPool, ListsHostsWithTheirSlots) {
+  HostPool pool(10, 20);
+  HostSlots list;
+  pool.listHosts(pool.take(5), list);
+  ASSERT_EQ(list.hosts.size(), 3U);
+  EXPECT_STREQ(list.hosts[2], "node00003");
+  EXPECT_EQ(list.slots, (std::vector<int32_t>{2, 2, 1}));
+}
+
 TEST(HostPool, PutsARestWhereItFitsBest) {
   HostPool pool(10, 40);
   pool.take(2);

@@ -233,5 +233,82 @@ TEST_F(TraceEvents, LeaveStatesOnTheWayWithoutAnEnd) {
   EXPECT_EQ(record.eventLog.jobStatusLog.ru, 0);
 }
 
+TEST_F(TraceEvents, FrameTheTraceByTheLifeOfTheScheduler) {
+  EXPECT_EQ(events.schedulerStart(1'000'000).type, EVENT_MBD_START);
+  const eventRecord &end = events.schedulerEnd(2'000'000);
+  EXPECT_EQ(end.type, EVENT_MBD_DIE);
+  EXPECT_EQ(end.eventTime, 2'000'000);
+  EXPECT_STREQ(end.eventLog.mbdDieLog.mbdDieHost, "master");
+}
+
+TEST_F(TraceEvents, NameTheUserWhoCancelsAJob) {
+  SwfJob columns = swfJob();
+  columns.status = swfCancelled;
+  columns.user = 17;
+  ASSERT_EQ(place(columns), "");
+  const eventRecord &record = events.cancellation(job);
+  EXPECT_EQ(record.type, EVENT_JOB_SIGNAL);
+  EXPECT_EQ(record.eventTime, 1'000'160);
+  EXPECT_EQ(record.eventLog.jobSignalLog.jobId, 7);
+  EXPECT_EQ(record.eventLog.jobSignalLog.userId, 17);
+  EXPECT_STREQ(record.eventLog.jobSignalLog.userName, "user17");
+  EXPECT_STREQ(record.eventLog.jobSignalLog.signalStr, "TERM");
+}
+
+TEST_F(TraceEvents, AreTheSameInBothFormsOfAJobsEnd) {
+  SwfJob columns = swfJob();
+  columns.averageCpuTime = 4.5;
+  columns.usedMemory = 640;
+  columns.queue = 3;
+  ASSERT_EQ(place(columns), "");
+  char host[] = "node00001";
+  HostSlots hosts{{host}, {2}};
+  const eventRecord &record = events.namedFinish(job, hosts);
+  EXPECT_EQ(record.type, EVENT_JOB_FINISH2);
+  const jobFinish2Log &log = record.eventLog.jobFinish2Log;
+  EXPECT_EQ(log.jobId, 7);
+  EXPECT_STREQ(log.queue, "normal");
+  EXPECT_EQ(log.jStatus, 64);
+  EXPECT_EQ(log.startTime, 1'000'150);
+  EXPECT_EQ(log.endTime, 1'000'160);
+  EXPECT_EQ(log.runtime, 10);
+  EXPECT_EQ(log.numExHosts, 1);
+  EXPECT_EQ(log.slotUsages[0], 2);
+  EXPECT_EQ(log.cpuTime, 9);
+  EXPECT_EQ(log.ru_maxrss, 640);
+  EXPECT_EQ(log.maxMem, 1280);
+}
+
+TEST_F(TraceEvents, SpreadTheUsageOfASampledJobOverItsRun) {
+  SwfJob columns = swfJob();
+  columns.runTime = 1000;
+  columns.averageCpuTime = 400;
+  columns.usedMemory = INT64_MAX;
+  ASSERT_EQ(place(columns), "");
+  HostSlots hosts;
+  const jobStatus2Log &log =
+      events.runningSample(job, hosts, job.startTime + 100, 300).eventLog.jobStatus2Log;
+  EXPECT_EQ(log.ru_utime, 80);
+  EXPECT_EQ(log.runtimeDelta, 100);
+  EXPECT_EQ(log.sampleInterval, 300);
+  EXPECT_EQ(log.maxMem, INT32_MAX);
+  EXPECT_EQ(events.runningSample(job, hosts, job.startTime + 700, 300).eventLog.jobStatus2Log.runtimeDelta,
+            300);
+}
+
+TEST_F(TraceEvents, TellWhyJobsWait) {
+  ASSERT_EQ(place(swfJob()), "");
+  WaitingJobs jobs{WaitReason::processors, 4, 64, 1000};
+  const jobPendingReasonsLog &log =
+      events.waitingSample(job, jobs, 1'000'200, 300).eventLog.jobPendingReasonsLog;
+  EXPECT_STREQ(log.userName, "unknown");
+  EXPECT_EQ(log.mainReason, 2);
+  EXPECT_STREQ(log.detail, "too few processors are free");
+  EXPECT_EQ(log.numJobs, 4);
+  EXPECT_EQ(log.num_processors, 64);
+  EXPECT_EQ(log.pendingTime, 1000);
+  EXPECT_EQ(log.averagePendingTime, 250);
+}
+
 }  // namespace
 }  // namespace wmq::tool

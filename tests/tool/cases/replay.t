@@ -13,30 +13,44 @@ the submission comes before the start and the start before the end; then the low
   >  4 10  0   0   1   -1   -1   1   -1    -1  5  5 -1 -1  1 -1 -1 -1
   > END
   $ wmq replay trace.swf -o stream
-  4 jobs, 22 records, 0 faults
+  4 jobs, 36 records, 0 faults
   $ wmq decode stream | jq -r '[.eventTime - 1000000, .type, .eventLog.jobId, .eventLog.jStatus // ""] | @tsv'
+  0	MBD_START		
   0	JOB_NEW	1	
   0	JOB_STATUS	1	1
   0	JOB_NEW	2	
   0	JOB_STATUS	2	1
   0	JOB_START	1	
+  0	JOB_START_ACCEPT	1	
+  0	JOB_EXECUTE	1	
   0	JOB_STATUS	1	4
   5	JOB_NEW	3	
   5	JOB_STATUS	3	1
   10	JOB_NEW	4	
   10	JOB_STATUS	4	1
   10	JOB_START	2	
+  10	JOB_START_ACCEPT	2	
+  10	JOB_EXECUTE	2	
   10	JOB_STATUS	2	4
   10	JOB_START	4	
+  10	JOB_START_ACCEPT	4	
+  10	JOB_EXECUTE	4	
   10	JOB_STATUS	4	4
   10	JOB_STATUS	1	64
   10	JOB_FINISH	1	64
+  10	JOB_FINISH2	1	64
+  10	JOB_SIGNAL	3	
   10	JOB_STATUS	3	32
   10	JOB_FINISH	3	32
+  10	JOB_FINISH2	3	32
+  10	JOB_SIGNAL	4	
   10	JOB_STATUS	4	32
   10	JOB_FINISH	4	32
+  10	JOB_FINISH2	4	32
   15	JOB_STATUS	2	32
   15	JOB_FINISH	2	32
+  15	JOB_FINISH2	2	32
+  15	MBD_DIE		
 
 This is all that is said of the first job.
 
@@ -77,6 +91,67 @@ The same trace gives the same events, wherever they go.
   $ wmq replay --limit 2 trace.swf -o - | wmq decode --type JOB_NEW | wc -l
   2
 
+Those that run and those that wait can be sampled every 300 seconds, into streams of their own. A sample tells of all
+that has happened in its second. Jobs wait for those on which they depend, for processors, or for their turn.
+
+  $ cat > waiting.swf <<'END'
+  > ; UnixStartTime: 1000200
+  > ; MaxProcs: 8
+  >  1   0    0 600 8 3 100  8 -1 -1 1 5 -1 -1 1 -1 -1 -1
+  >  2   0  600 400 4 -1 -1  4 -1 -1 1 5 -1 -1 1 -1  1 -1
+  >  3  10  590 300 4 -1 -1  4 -1 -1 1 5 -1 -1 1 -1 -1 -1
+  >  4  20  580  20 4 -1 -1  4 -1 -1 1 5 -1 -1 1 -1 -1 -1
+  >  5 700  500  -1 2 -1 -1  2 -1 -1 5 6 -1 -1 1 -1 -1 -1
+  > END
+  $ wmq replay waiting.swf -o waiting --status status --pending pending
+  5 jobs, 44 records, 6 status samples, 4 pending samples, 0 faults
+  $ wmq decode status | jq -r '[.eventTime - 1000200, .eventLog.jobId, .eventLog.runtimeDelta, .eventLog.ru_utime,
+  >   .eventLog.maxMem, (.eventLog.execHosts | join("+")), (.eventLog.slotUsages | map(tostring) | join("+"))] | @tsv'
+  0	1	0	0	800	node00001	8
+  300	1	300	12	800	node00001	8
+  600	2	0	0	0	node00001	4
+  600	3	0	0	0	node00001	4
+  600	4	0	0	0	node00001	4
+  900	2	300	0	0	node00001	4
+  $ wmq decode pending | jq -r '[.eventTime - 1000200, .eventLog.userName, .eventLog.queue, .eventLog.mainReason,
+  >   .eventLog.numJobs, .eventLog.num_processors, .eventLog.pendingTime, .eventLog.averagePendingTime, .eventLog.detail] | @tsv'
+  0	user5	queue1	1	1	4	0	0	the dependency condition does not hold
+  300	user5	queue1	1	1	4	300	300	the dependency condition does not hold
+  300	user5	queue1	2	2	8	570	285	too few processors are free
+  900	user6	queue1	3	1	2	200	200	other jobs come first
+  $ wmq replay waiting.swf -o - | cmp - waiting
+  $ wmq replay waiting.swf -o /dev/null --status - | cmp - status
+  $ wmq replay waiting.swf -o /dev/null --status - --pending -
+  wmq replay: two streams cannot share standard output
+  Try 'wmq replay --help'.
+  [2]
+  $ wmq replay waiting.swf -o again --status missing/status
+  wmq: missing/status: error 54 WMQE_SYS: No such file or directory
+  [3]
+  $ wmq replay waiting.swf -o one --status two --pending two
+  wmq replay: two streams cannot share a file
+  Try 'wmq replay --help'.
+  [2]
+  $ wmq replay waiting.swf -o other --pending /dev/full
+  wmq: /dev/full: error 54 WMQE_SYS: No space left on device
+  [3]
+
+They rotate like the events, and an idle machine is not spoken of, however long it idles.
+
+  $ cat > idle.swf <<'END'
+  > 1          0 0 10 1 -1 -1 1 -1 -1 1 5 -1 -1 1 -1 -1 -1
+  > 2 1999999800 0 10 1 -1 -1 1 -1 -1 1 5 -1 -1 1 -1 -1 -1
+  > END
+  $ wmq replay idle.swf -o /dev/null --status - | cut -d ' ' -f 3-4
+  86400 1
+  2000086200 2
+  $ wmq replay "$EXAMPLES"/SDSC*.swf -o /dev/null --status running --max-size 20M --max-files 2
+  10,000 jobs, 90,201 records, 104,698 status samples, 0 faults
+  $ ls running* | wc -l
+  3
+  $ wmq stats --json running running.* | jq -c '[.malformedLines, .runningJobs.jobs.peak, .runningJobs.cores.peak]'
+  [0,30,1160]
+
 Bad lines are reported and skipped.
 
   $ cat > faulty.swf <<'END'
@@ -96,7 +171,7 @@ Bad lines are reported and skipped.
   faulty.swf:5: error 46 WMQE_BAD_FORMAT: column 4 (run time) is no number: 'x'
   faulty.swf:6: error 46 WMQE_BAD_FORMAT: more than 16777216 processors are allocated
   faulty.swf:7: error 46 WMQE_BAD_FORMAT: a time is later than 2038-01-19T03:14:07Z, which no record holds
-  2 jobs, 12 records, 6 faults
+  2 jobs, 20 records, 6 faults
   [1]
 
 Lines of partial runs repeat what the line of the whole job says.
@@ -107,12 +182,12 @@ Lines of partial runs repeat what the line of the whole job says.
   > 1 0 6  6 1 -1 -1 1 -1 -1 3 5 -1 -1 1 -1 -1 -1
   > END
   $ wmq replay partial.swf -o partial
-  1 job, 6 records, 0 faults
+  1 job, 11 records, 0 faults
 
 A real trace: the figures are those that its description states.
 
-  $ wmq replay "$EXAMPLES"/SDSC*.swf -o events --max-size 4000000 --max-files 3
-  10,000 jobs, 58,898 records, 0 faults
+  $ wmq replay "$EXAMPLES"/SDSC*.swf -o events --max-size 8000000 --max-files 3
+  10,000 jobs, 90,201 records, 0 faults
   $ ls events* | wc -l
   3
   $ wmq stats --json events events.* | jq -c '[.jobs, .endedWithoutStart, .runSeconds, .users, (.queues | length),
@@ -123,7 +198,7 @@ A real trace: the figures are those that its description states.
 Old files are removed down to the number that is wanted, and all that remains can be read.
 
   $ wmq replay "$EXAMPLES"/SDSC*.swf -o few --max-size 500K --max-files 2
-  10,000 jobs, 58,898 records, 0 faults
+  10,000 jobs, 90,201 records, 0 faults
   $ ls few* | wc -l
   3
   $ wmq decode few few.* > /dev/null

@@ -12,15 +12,15 @@ Two rotated files and the current one, given in the wrong order.
   > 4  30  100   -1 1 -1 -1 1 -1 -1 5 3 -1 -1 2 -1 -1 -1
   > END
   $ wmq replay trace.swf -o whole
-  4 jobs, 22 records, 0 faults
-  $ head -n 9 whole > stream.100
-  $ sed -n 10,15p whole > stream.101
+  4 jobs, 35 records, 0 faults
+  $ head -n 14 whole > stream.100
+  $ sed -n 15,24p whole > stream.101
   $ echo '"END_OF_STREAM" "10.1" 1700000000' >> stream.101
-  $ tail -n +16 whole > stream
+  $ tail -n +25 whole > stream
   $ wmq stats stream stream.101 stream.100
-  Stream        3 files, 23 records, 3,636 bytes, 0 malformed lines
+  Stream        3 files, 36 records, 6,532 bytes, 0 malformed lines
   Time span     2000-04-29T09:20:00Z to 2000-04-29T10:23:00Z, 1:03:00
-  Versions      10.1 (23 records)
+  Versions      10.1 (36 records)
   Jobs          4: 4 ended (1 without a start), 0 running, 0 waiting
   Users         3
   Queues        2
@@ -28,12 +28,18 @@ Two rotated files and the current one, given in the wrong order.
   Core-hours    8.7
   Wait time     median 0:00:15, 95th percentile 1:01:40
   
-  Type           Records  Bytes
-  JOB_NEW              4  1,119  ██████▏
-  JOB_START            3    359  ██
-  JOB_STATUS          11    940  █████▏
-  JOB_FINISH           4  1,184  ██████▌
-  END_OF_STREAM        1     34  ▏
+  Type              Records  Bytes
+  JOB_NEW                 4  1,119  ███▍
+  JOB_START               3    359  █▏
+  JOB_STATUS             11    940  ██▉
+  MBD_DIE                 1     61  ▏
+  JOB_FINISH              4  1,184  ███▋
+  MBD_START               1     51  ▏
+  JOB_SIGNAL              1     65  ▎
+  JOB_EXECUTE             3    264  ▊
+  JOB_START_ACCEPT        3    171  ▌
+  END_OF_STREAM           1     34  ▏
+  JOB_FINISH2             4  2,284  ███████
   
   Queue  Jobs  Wait median  Wait 95 %  Core-hours
   long      1      0:00:05    0:00:05         8.0  ██████████████████▍
@@ -59,7 +65,7 @@ Order does not matter, nor do packing and pipes.
 
 Jobs that have not ended are waiting or running.
 
-  $ head -n 9 whole | wmq stats | sed -n '/^Jobs/,/^Wait/p'
+  $ head -n 14 whole | wmq stats | sed -n '/^Jobs/,/^Wait/p'
   Jobs          3: 0 ended (0 without a start), 2 running, 1 waiting
   Users         2
   Queues        2
@@ -70,10 +76,57 @@ Jobs that have not ended are waiting or running.
 A program gets numbers.
 
   $ wmq stats --json whole | jq -c 'del(.types, .versions, .queues, .biggestUsers)'
-  {"files":1,"records":22,"bytes":3602,"malformedLines":0,"otherLines":0,"firstTime":957000000,"lastTime":957003780,"jobs":4,"coreHours":8.7,"wait":{"jobs":3,"median":15,"percentile95":3700,"exact":true},"waiting":0,"running":0,"ended":4,"endedWithoutStart":1,"runSeconds":4260,"users":3,"exitStatuses":[{"exitStatus":0,"meaning":"success","jobs":2},{"exitStatus":15,"meaning":"signal 15","jobs":1},{"exitStatus":256,"meaning":"exit code 1","jobs":1}]}
+  {"files":1,"records":35,"bytes":6498,"malformedLines":0,"otherLines":0,"firstTime":957000000,"lastTime":957003780,"jobs":4,"coreHours":8.7,"wait":{"jobs":3,"median":15,"percentile95":3700,"exact":true},"waiting":0,"running":0,"ended":4,"endedWithoutStart":1,"runSeconds":4260,"users":3,"exitStatuses":[{"exitStatus":0,"meaning":"success","jobs":2},{"exitStatus":15,"meaning":"signal 15","jobs":1},{"exitStatus":256,"meaning":"exit code 1","jobs":1}]}
   $ wmq stats --json whole | jq -c '.queues[]'
   {"name":"long","jobs":1,"coreHours":8,"wait":{"jobs":1,"median":5,"percentile95":5,"exact":true}}
   {"name":"short","jobs":3,"coreHours":0.7,"wait":{"jobs":2,"median":15,"percentile95":3700,"exact":true}}
+
+A status stream tells what ran when, a pending-reasons stream why jobs waited. Means are over samples, peaks are of one.
+
+  $ wmq replay trace.swf -o again --status status --pending pending
+  4 jobs, 35 records, 14 status samples, 13 pending samples, 0 faults
+  $ wmq stats status
+  Stream        1 file, 14 records, 5,170 bytes, 0 malformed lines
+  Time span     2000-04-29T09:25:00Z to 2000-04-29T10:20:00Z, 0:55:00
+  Versions      10.1 (14 records)
+  
+  Type         Records  Bytes
+  JOB_STATUS2       14  5,170  ████████████████████
+  
+  Running jobs from     Samples  Jobs  Peak  Cores  Peak  GiB  Peak
+  2000-04-29T09:25:00Z        1   2.0     2   12.0    12    -     -  ████████████████████
+  2000-04-29T09:30:00Z        1   2.0     2   12.0    12    -     -  ████████████████████
+  2000-04-29T09:35:00Z        1   1.0     1    8.0     8    -     -  █████████████▍
+  2000-04-29T09:40:00Z        1   1.0     1    8.0     8    -     -  █████████████▍
+  2000-04-29T09:45:00Z        1   1.0     1    8.0     8    -     -  █████████████▍
+  2000-04-29T09:50:00Z        1   1.0     1    8.0     8    -     -  █████████████▍
+  2000-04-29T09:55:00Z        1   1.0     1    8.0     8    -     -  █████████████▍
+  2000-04-29T10:00:00Z        1   1.0     1    8.0     8    -     -  █████████████▍
+  2000-04-29T10:05:00Z        1   1.0     1    8.0     8    -     -  █████████████▍
+  2000-04-29T10:10:00Z        1   1.0     1    8.0     8    -     -  █████████████▍
+  2000-04-29T10:15:00Z        1   1.0     1    8.0     8    -     -  █████████████▍
+  2000-04-29T10:20:00Z        1   1.0     1    8.0     8    -     -  █████████████▍
+  all, 0:01:00 each          12   1.2     2    8.7    12    -     -  ██████████████▌
+  $ wmq stats pending
+  Stream        1 file, 13 records, 3,447 bytes, 0 malformed lines
+  Time span     2000-04-29T09:20:00Z to 2000-04-29T10:20:00Z, 1:00:00
+  Versions      10.1 (13 records)
+  
+  Type                 Records  Bytes
+  JOB_PENDING_REASONS       13  3,447  ████████████████████
+  
+  Pending for  Detail                       Samples  Jobs  Peak  Longest average wait  Job-hours
+            2  too few processors are free       12   1.0     1               0:59:40        1.0  ██████████████████▌
+            3  other jobs come first              1   1.0     1               0:00:00        0.1  █▌
+  $ wmq stats --json status | jq -c '.runningJobs | del(.spans), .spans[1]'
+  {"samples":12,"jobs":{"mean":1.1666666666666667,"peak":2},"cores":{"mean":8.666666666666666,"peak":12},"memory":{"mean":0,"peak":0},"spanSeconds":60}
+  {"time":957000600,"samples":1,"jobs":{"mean":2,"peak":2},"cores":{"mean":12,"peak":12},"memory":{"mean":0,"peak":0}}
+  $ wmq stats --json pending | jq -c '.pendingReasons[]'
+  {"mainReason":2,"subReason":0,"detail":"too few processors are free","records":12,"samples":12,"jobs":{"mean":1,"peak":1},"longestAverageWait":3580,"jobHours":1}
+  {"mainReason":3,"subReason":0,"detail":"other jobs come first","records":1,"samples":1,"jobs":{"mean":1,"peak":1},"longestAverageWait":0,"jobHours":0.08333333333333333}
+  $ wmq stats --json status | jq .runningJobs > expected
+  $ head -n 5 status > status.1; tail -n +6 status > status.2
+  $ wmq stats --json status.2 status.1 | jq .runningJobs | cmp - expected
 
 Malformed lines are reported and counted, others only counted.
 

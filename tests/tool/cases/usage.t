@@ -97,8 +97,10 @@ Help and version go to standard output.
   
   Turn a workload trace into the events that a scheduler would have logged.
   TRACE is in the Standard Workload Format, plain, gzip or zstd; - is standard
-  input. Its jobs become JOB_NEW, JOB_START, JOB_STATUS and JOB_FINISH records in
-  order of time. A bad line is reported on standard error as
+  input. Its jobs become JOB_NEW, JOB_START, JOB_START_ACCEPT, JOB_EXECUTE,
+  JOB_STATUS, JOB_SIGNAL, JOB_FINISH and JOB_FINISH2 records in order of time,
+  between the MBD_START and the MBD_DIE of the scheduler. A bad line is reported
+  on standard error as
   
     FILE:LINE: error NUMBER NAME: what is wrong
   
@@ -111,6 +113,10 @@ Help and version go to standard output.
         --max-size=N    rotate FILE when it has N bytes or more, K, M and G
                         allowed behind the number (default 1000000000)
         --max-files=N   keep N old files (default 10)
+        --status=FILE   append a JOB_STATUS2 of each running job, every 300
+                        seconds, to this stream file
+        --pending=FILE  append JOB_PENDING_REASONS of the waiting jobs, every 300
+                        seconds, to this stream file
         --limit=N       stop after N jobs of the trace
   
   Queues and partitions have the names of the trace's header; other names are
@@ -123,8 +129,15 @@ Help and version go to standard output.
   because the line of the whole job stands before them. Exit statuses are those of
   wait(2): 0 for completed jobs, 256 for failed and 15 for cancelled ones.
   
+  Samples tell of the jobs that run or wait at the full 5 minutes of the trace's
+  time, after all that happens in that second; all three files rotate alike. CPU
+  time is spread evenly over a job's run. Jobs wait for other jobs on which they
+  depend (reason 1), for processors (2, where the trace tells how many there are)
+  or for their turn (3), and are put together by user, queue and reason.
+  
   Examples:
     wmq replay trace.swf.gz -o events/stream --max-size 4M --max-files 3
+    wmq replay trace.swf -o events --status status --pending pending
     wmq replay --limit 100 trace.swf -o - | wmq decode --type JOB_FINISH
   $ wmq stats --help
   Usage: wmq stats [OPTION]... [FILE]...
@@ -132,9 +145,11 @@ Help and version go to standard output.
   Tell what is in a stream.
   Records and bytes of each type, versions, malformed lines, time span; jobs,
   users, queues, exit statuses; wait times (median and 95th percentile) and
-  core-hours of each queue and of the ten biggest users. FILE may be plain, gzip
-  or zstd; without FILE, or when FILE is -, standard input is read. The files of
-  a stream may be given in any order; standard input must be in order of time.
+  core-hours of each queue and of the ten biggest users. Of a status stream:
+  running jobs, cores and memory over time. Of a pending-reasons stream: the
+  reasons by jobs and waiting time. FILE may be plain, gzip or zstd; without FILE,
+  or when FILE is -, standard input is read. The files of a stream may be given in
+  any order; standard input must be in order of time.
   A line that does not parse is counted and reported on standard error as
   
     FILE:LINE: error NUMBER NAME: what is wrong
@@ -151,6 +166,11 @@ Help and version go to standard output.
   host counting as often as it is listed. A percentile is the smallest value that
   so many of the values do not exceed; of more than 4096 values it is exact up to
   255 seconds and within 0.4 % above, which a ~ shows.
+  
+  Jobs, cores and memory are means over the samples of a span of time, and the
+  highest of one sample. A sample is all that is said of one second; a second in
+  which nothing runs has none. Job-hours of a reason are the jobs of its records
+  times their sample intervals.
   
   Examples:
     wmq stats stream stream.*
