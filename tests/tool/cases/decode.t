@@ -126,5 +126,5 @@ A reader that has seen enough ends the program silently.
 
   $ wmq replay --limit 2000 "$EXAMPLES"/*.swf -o events > /dev/null
   $ (trap '' PIPE; wmq decode events; echo "[$?]" >&2) | head -n 1 | cut -c 1-16
-  {"type":"JOB_NEW
+  {"type":"MBD_STA
   [141]
