@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdio>
 
 #include "terminal.h"
@@ -52,7 +53,7 @@ std::string progressText(uint64_t done, uint64_t total, double seconds) {
   text += " [" + std::string(filled, '#') + std::string(width - filled, '.') + "] " + megabytes(rate) + "/s";
   if (rate > 0) {
     double left = static_cast<double>(total - std::min(done, total)) / rate;
-    text += ", " + clockText(static_cast<int64_t>(std::min(left, 1e9) + 0.5)) + " left";
+    text += ", " + clockText(std::llround(std::min(left, 1e9))) + " left";
   }
   return text;
 }

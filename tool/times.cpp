@@ -69,7 +69,7 @@ std::optional<int64_t> scanClock(Scanner &scan, bool extended) {
     }
   }
   if (*hour == 24 && (minute != 0 || second != 0)) return std::nullopt;
-  return *hour * int64_t{3600} + minute * 60 + second;
+  return *hour * int64_t{3600} + minute * int64_t{60} + second;
 }
 
 // Seconds east of Greenwich.
@@ -82,7 +82,7 @@ std::optional<int64_t> scanZone(Scanner &scan) {
   std::optional<int> minutes = 0;
   if (scan.character(":") || !scan.rest.empty()) minutes = scan.number(2, 59);
   if (!minutes) return std::nullopt;
-  int64_t offset = *hours * int64_t{3600} + *minutes * 60;
+  int64_t offset = *hours * int64_t{3600} + *minutes * int64_t{60};
   return west ? -offset : offset;
 }
 
