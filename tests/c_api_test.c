@@ -259,8 +259,12 @@ static void lineByLine(const char *path) {
   size_t count = 0;
   for (const char *line = _getNextLine_(file, NULL, 0); line != NULL; line = _getNextLine_(file, NULL, 0)) {
     CHECK(count < 3);
+    struct wmqLineHeader header;
+    CHECK(wmq_peekline(line, &header) == 0);
     eventRecord *record = wmq_readstreamlineMT(line);
     CHECK(record != NULL);
+    CHECK(record == NULL || (header.type == record->type && header.eventTime == record->eventTime));
+    CHECK(sameText(header.version, wmq_streamversion()));
     if (record != NULL && count < 3) compare[count](record);
     ++count;
     wmq_freekept(record);

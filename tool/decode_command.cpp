@@ -15,6 +15,7 @@
 #include "progress.h"
 #include "records.h"
 #include "wmq/json.h"
+#include "wmq/stream.h"
 
 namespace wmq::tool {
 
@@ -27,6 +28,15 @@ struct DecodeOptions {
   int64_t since = std::numeric_limits<int64_t>::min();
   int64_t until = std::numeric_limits<int64_t>::max();
   bool pretty = false;
+
+  bool chooses() const {
+    using Limits = std::numeric_limits<int64_t>;
+    return types.any() || since != Limits::min() || until != Limits::max();
+  }
+  bool isWanted(const wmqLineHeader &header) const {
+    if (types.any() && !types.test(static_cast<size_t>(header.type))) return false;
+    return header.eventTime >= since && header.eventTime <= until;
+  }
 };
 
 class Decoder {
@@ -39,9 +49,9 @@ class Decoder {
 
   // False when nothing more can be written.
   bool decode(const Lines &line) {
-    if (carriesNoRecord(line.text())) return true;
+    if (carriesNoRecord(line.text()) || isPassedOver(line)) return true;
     Record record = readRecord(line, &faults);
-    if (!record || !isWanted(*record)) return true;
+    if (!record) return true;
 
     wmq_errno = 0;
     ssize_t length = wmq_record2json(record.get(), options.pretty, &text, &capacity);
@@ -53,9 +63,11 @@ class Decoder {
   }
 
  private:
-  bool isWanted(const eventRecord &record) const {
-    if (options.types.any() && !options.types.test(static_cast<size_t>(record.type))) return false;
-    return record.eventTime >= options.since && record.eventTime <= options.until;
+  // A line with a bad header is not: reading it will tell what is wrong.
+  bool isPassedOver(const Lines &line) const {
+    if (!options.chooses()) return false;
+    wmqLineHeader header;
+    return wmq_peekline(line.text().data(), &header) == 0 && !options.isWanted(header);
   }
 
   const DecodeOptions &options;
@@ -90,7 +102,8 @@ void addDecodeCommand(CLI::App &program, Run &run) {
                              "\n"
                              "  FILE:LINE: error NUMBER NAME: what is wrong\n"
                              "\n"
-                             "and the next line goes on; the exit status is 1 then.");
+                             "and the next line goes on; the exit status is 1 then. Of lines that --type,\n"
+                             "--since or --until leave out only the header is looked at.");
   command->add_option("FILE", options->files);
   addListOption(*command, "--type", options->typeLists, "T,...",
                 "only records of these types, given by name or number")

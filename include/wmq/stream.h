@@ -79,6 +79,22 @@ WMQ_API struct eventRecord *wmq_readstreamline(const char *line);
 // A type without fields (29, 30) is returned only if wmq_errno was 0 before.
 WMQ_API struct eventRecord *wmq_readstreamlineMT(const char *line);
 
+// What the header of a line says.
+typedef struct wmqLineHeader {
+  int32_t type;  // EVENT_ code; -1 for a type name that no type has
+  int32_t eventTime;
+  char version[12];  // as it stands on the line
+} wmqLineHeader;
+
+// Looks at the header of a line and at nothing behind it: a quick way to pass over lines that are not wanted.
+// Any thread may call it; neither the kept record nor wmq_lineversion changes. Returns 0, or -1 with
+// wmq_errno, the numbers being those with which parsing the line would end:
+//   WMQE_BAD_ARG     `line` or `header` is null
+//   WMQE_BAD_FORMAT  the header is malformed; `*header` stands as it was
+//   WMQE_BAD_EVENT   no type has that name; `*header` is filled
+// What a line says behind a good header may still be malformed.
+WMQ_API int wmq_peekline(const char *line, struct wmqLineHeader *header);
+
 // The version of the line that this thread parsed last, 0 before the first.
 WMQ_API float wmq_lineversion(void);
 

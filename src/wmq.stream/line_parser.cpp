@@ -23,8 +23,12 @@ struct Header {
   size_t typeNameLength;
   char version[sizeof(eventRecord::version)];
   int32_t eventTime;
-  const char *fields;
+  const EventType *type;  // null for a name that no type has
 };
+
+Reader headerReader(const char *line, size_t length) {
+  return {.line = line, .fields = line, .cursor = line, .end = line + length, .version = 0, .eventTime = 0};
+}
 
 // Takes a quoted token, which something must follow, and the blank behind it.
 bool takeToken(Reader &io, char *token, size_t size, size_t &length, const char *expected) {
@@ -42,15 +46,17 @@ bool takeToken(Reader &io, char *token, size_t size, size_t &length, const char 
   return true;
 }
 
-bool takeHeader(Reader &io, Header &header) {
+// Leaves the cursor at the fields. `lineVersion` is touched once the version stands on the line.
+bool takeHeader(Reader &io, Header &header, float &lineVersion) {
+  nameType(nullptr);
   if (!takeToken(io, header.typeName, sizeof header.typeName, header.typeNameLength, "a quoted type name"))
     return false;
   size_t versionLength = 0;
   if (!takeToken(io, header.version, sizeof header.version, versionLength, "a quoted format version"))
     return false;
   const char *numberEnd = nullptr;
-  version = static_cast<float>(parseReal(header.version, &numberEnd));
-  if (!(version > 0.0F)) {
+  lineVersion = static_cast<float>(parseReal(header.version, &numberEnd));
+  if (!(lineVersion > 0.0F)) {
     fail(io, WMQE_BAD_FORMAT, nullptr, "a format version above 0");
     return false;
   }
@@ -59,7 +65,8 @@ bool takeHeader(Reader &io, Header &header) {
     return false;
   }
   skipBlank(io);
-  header.fields = io.cursor;
+  header.type = eventTypeNamed(header.typeName, header.typeNameLength);
+  if (header.type == nullptr) noteFailure(nullptr, 0, "a known type name");
   return true;
 }
 
@@ -90,35 +97,39 @@ void readEventRecord(const char *line, const char *fields, const char *end, even
   wmq_errno = resultOf(io);
 }
 
-eventRecord *parsestreamlineMT(const char *line, size_t length) {
+// The same for a line that is known to hold no NUL.
+static eventRecord *parseText(const char *line, size_t length) {
   auto *record = static_cast<eventRecord *>(std::calloc(1, sizeof(eventRecord)));
   if (record == nullptr) {
     wmq_errno = WMQE_NO_MEM;
     return nullptr;
   }
-  nameType(nullptr);
-  Reader io{.line = line, .fields = line, .cursor = line, .end = line + length, .version = 0, .eventTime = 0};
+  Reader io = headerReader(line, length);
   Header header{};
-  if (std::memchr(line, '\0', length) != nullptr)
-    fail(io, WMQE_BAD_FORMAT, nullptr, "a line without NUL bytes");
-  if (io.error != 0 || !takeHeader(io, header)) {
+  if (!takeHeader(io, header, version)) {
     wmq_errno = io.error;
     return discard(record);
   }
-  std::memcpy(record->version, header.version, sizeof header.version);
-  record->eventTime = header.eventTime;
-
-  const EventType *type = eventTypeNamed(header.typeName, header.typeNameLength);
-  if (type == nullptr) {
-    noteFailure(nullptr, 0, "a known type name");
+  if (header.type == nullptr) {
     wmq_errno = WMQE_BAD_EVENT;
     record->type = -1;
     return discard(record);
   }
-  record->type = type->code;
-  nameType(type->name);
-  readEventRecord(line, header.fields, io.end, record);
+  std::memcpy(record->version, header.version, sizeof header.version);
+  record->eventTime = header.eventTime;
+  record->type = header.type->code;
+  nameType(header.type->name);
+  readEventRecord(line, io.cursor, io.end, record);
   return wmq_errno == 0 ? record : discard(record);
+}
+
+eventRecord *parsestreamlineMT(const char *line, size_t length) {
+  if (std::memchr(line, '\0', length) == nullptr) return parseText(line, length);
+  Reader io = headerReader(line, length);
+  nameType(nullptr);
+  fail(io, WMQE_BAD_FORMAT, nullptr, "a line without NUL bytes");
+  wmq_errno = io.error;
+  return nullptr;
 }
 
 eventRecord *keepRecord(eventRecord *record) {
@@ -155,7 +166,7 @@ eventRecord *wmq_readstreamlineMT(const char *line) {
     wmq_errno = WMQE_BAD_ARG;
     return nullptr;
   }
-  return wmq::parsestreamlineMT(line, std::strlen(line));
+  return wmq::parseText(line, std::strlen(line));
 }
 
 eventRecord *wmq_readstreamline(const char *line) {
@@ -164,5 +175,25 @@ eventRecord *wmq_readstreamline(const char *line) {
     return nullptr;
   }
   wmq::dropKeptRecord();
-  return wmq::keepRecord(wmq::parsestreamlineMT(line, std::strlen(line)));
+  return wmq::keepRecord(wmq::parseText(line, std::strlen(line)));
+}
+
+int wmq_peekline(const char *line, wmqLineHeader *header) {
+  if (line == nullptr || header == nullptr) {
+    wmq_errno = WMQE_BAD_ARG;
+    return -1;
+  }
+  wmq::Reader io = wmq::headerReader(line, std::strlen(line));
+  wmq::Header found{};
+  float lineVersion = 0;
+  if (!wmq::takeHeader(io, found, lineVersion)) {
+    wmq_errno = io.error;
+    return -1;
+  }
+  header->type = found.type != nullptr ? found.type->code : -1;
+  header->eventTime = found.eventTime;
+  std::memcpy(header->version, found.version, sizeof found.version);
+  if (found.type != nullptr) return 0;
+  wmq_errno = WMQE_BAD_EVENT;
+  return -1;
 }

@@ -68,6 +68,17 @@ What does not parse is reported, and the rest goes on.
   $ grep '^faulty:4' faults
   faulty:4: error 46 WMQE_BAD_FORMAT: LOG_SWITCH, field lastJobId at byte 21: a number
 
+Of lines that are left out only the header is looked at.
+
+  $ wmq decode --type JOB_NEW faulty 2>&1 | cut -d : -f 1-3
+  faulty:2: error 46 WMQE_BAD_FORMAT
+  faulty:5: error 46 WMQE_BAD_FORMAT
+  faulty:6: error 45 WMQE_BAD_EVENT
+  [1]
+  $ wmq decode --since 2 faulty 2>&1 | grep -c faulty:4
+  0
+  [1]
+
 A NUL is no part of a line, and control characters stay away from the terminal.
 
   $ printf '"LOG_SWITCH" "10.1" 1 2\0 \n' | wmq decode
