@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "support/golden_file.h"
+#include "support/record_text.h"
 #include "wmq/json.h"
 #include "wmq/wmq.h"
 
@@ -23,15 +24,6 @@ using Record = std::unique_ptr<eventRecord, FreeRecord>;
 Record readLine(const std::string &line) {
   wmq_errno = 0;
   return Record(wmq_readstreamlineMT(line.c_str()));
-}
-
-std::string jsonOf(const eventRecord &record) {
-  char *buffer = nullptr;
-  size_t capacity = 0;
-  const ssize_t length = wmq_record2json(&record, 0, &buffer, &capacity);
-  std::string json = length < 0 ? "" : std::string(buffer, static_cast<size_t>(length));
-  std::free(buffer);
-  return json;
 }
 
 class Golden : public ::testing::TestWithParam<std::string> {};

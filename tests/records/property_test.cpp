@@ -3,11 +3,11 @@
 #include <rapidcheck.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <iterator>
 
 #include "support/asymmetries.h"
+#include "support/record_text.h"
 #include "support/sampler.h"
 #include "support/user_directory.h"
 #include "wmq/json.h"
@@ -30,31 +30,6 @@ INSTANTIATE_TEST_SUITE_P(OfType, EveryLine, ::testing::ValuesIn(typesWithLine())
 
 rc::Gen<Seed> anySeed() {
   return rc::gen::build<Seed>(rc::gen::set(&Seed::value), rc::gen::set(&Seed::size, rc::gen::inRange(0, 6)));
-}
-
-// The whole line on the stream of its type. Writers change counts of the record that they are given: a copy
-// takes that.
-std::string written(const eventRecord &record) {
-  const auto format = record.type == EVENT_JOB_STATUS2           ? wmq_formatstatus
-                      : record.type == EVENT_JOB_PENDING_REASONS ? wmq_formatpendingreasons
-                                                                 : wmq_formatrecord;
-  eventRecord copy = record;
-  char *text = nullptr;
-  size_t length = 0;
-  wmq_errno = 0;
-  format(&copy, &text, &length);
-  std::string line(text != nullptr ? text : "", length);
-  std::free(text);
-  return line;
-}
-
-std::string jsonOf(const eventRecord &record) {
-  char *buffer = nullptr;
-  size_t capacity = 0;
-  const ssize_t length = wmq_record2json(&record, 0, &buffer, &capacity);
-  std::string json = length < 0 ? "" : std::string(buffer, static_cast<size_t>(length));
-  std::free(buffer);
-  return json;
 }
 
 // Where the first difference of two lines is, for messages.

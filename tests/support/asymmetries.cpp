@@ -22,7 +22,9 @@ void name(char *&text) {
   if (text == nullptr || *text == '\0') replace(text, "name");
 }
 
-void nameAll(int32_t count, char **texts) { std::for_each(texts, texts + count, name); }
+void nameAll(int32_t count, char **texts) {
+  for (int32_t i = 0; i < count; ++i) name(texts[i]);
+}
 
 // No two are equal, and none looks like a compressed one.
 void nameApart(int32_t count, char **hosts) {
