@@ -198,8 +198,10 @@ const std::vector<Asymmetry> &asymmetries() {
        "a positive hostFactor that is written as 0 is not written again",
        [](eventLog &log) { dropTiny(log.jobFinish2Log, {&jobFinish2Log::hostFactor}); }},
       {{EVENT_JOB_FINISH2},
-       "a negative serial_job_energy makes the count of pairs fall short",
+       "a negative serial_job_energy or numAllocSlots makes the count of pairs fall short",
        [](eventLog &log) {
+         int32_t &slots = log.jobFinish2Log.numAllocSlots;
+         slots = std::max(slots, 0);
          double &energy = log.jobFinish2Log.serial_job_energy;
          energy = std::isnan(energy) ? 0 : std::fabs(energy);
        }},
