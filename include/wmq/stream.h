@@ -1,9 +1,14 @@
 // Streams: open, write, read, close; lines without a stream; release of records.
 //
-// Threads. The operations on a stream (open, write, read, close) are serialised by the caller: the state of
-// the streams is process-wide. wmq_readstreamlineMT, wmq_formatrecord, wmq_freelogrec and the rest of
-// the operations on records and lines may be called from any number of threads at once, with lines of any
-// mixture of versions. `wmq_errno` and the version of the line being parsed belong to the thread.
+// Threads. The state of the streams is process-wide, and the caller serialises what uses it: of the following
+// only one call at a time may run in a process, whichever of the streams it is for.
+//   wmq_openstream, wmq_writestream, wmq_readstream, wmq_closestream and their like for the side streams;
+//   wmq_readstreamline, which keeps its record where the reads do;
+//   wmq_checkstatusfilenum.
+// wmq_readstreamlineMT, wmq_formatrecord and its like, wmq_freelogrec and the rest of the operations on records
+// and lines may be called from any number of threads at once, also beside those above, with lines of any
+// mixture of versions; a record is used by one thread at a time. `wmq_errno`, wmq_errdetail and the version of
+// the line being parsed belong to the thread.
 #ifndef WMQ_STREAM_H
 #define WMQ_STREAM_H
 

@@ -2,9 +2,9 @@
 #include <cstring>
 #include <memory>
 
-#include "fuzz/fuzz_seeds.h"
 #include "fuzz/fuzz_target.h"
 #include "fuzz/record_checks.h"
+#include "support/collected_lines.h"
 #include "support/record_text.h"
 #include "wmq/json.h"
 

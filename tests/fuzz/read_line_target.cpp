@@ -1,8 +1,8 @@
 // One line, of any bytes: it is refused with a reason, or becomes a record that can be shown, written, read
 // again and released.
-#include "fuzz/fuzz_seeds.h"
 #include "fuzz/fuzz_target.h"
 #include "fuzz/record_checks.h"
+#include "support/collected_lines.h"
 #include "support/user_directory.h"
 
 namespace wmq::testing {

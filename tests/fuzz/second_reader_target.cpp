@@ -1,11 +1,11 @@
 // One line, of any bytes, for the library's reader and for the second one: both refuse it for the same reason,
 // or both find the same in it.
 #include "fuzz/flat_record.h"
-#include "fuzz/fuzz_seeds.h"
 #include "fuzz/fuzz_target.h"
 #include "fuzz/record_checks.h"
 #include "fuzz/requirement.h"
 #include "fuzz/second_reader.h"
+#include "support/collected_lines.h"
 #include "support/user_directory.h"
 
 namespace wmq::testing {

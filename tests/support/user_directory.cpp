@@ -28,7 +28,10 @@ UserDirectory::~UserDirectory() {
 }
 
 int UserDirectory::lookUp(int32_t userId, char *name, size_t size) {
-  current->asked.push_back(userId);
+  {
+    const std::lock_guard lock(current->mutex_);
+    current->asked.push_back(userId);
+  }
   const auto found = current->names.find(userId);
   if (found == current->names.end()) return current->reason;
   if (found->second.size() >= size) return ERANGE;
@@ -37,6 +40,7 @@ int UserDirectory::lookUp(int32_t userId, char *name, size_t size) {
 }
 
 void UserDirectory::hear(int priority, const char *message) {
+  const std::lock_guard lock(current->mutex_);
   current->messages.push_back({priority, message});
 }
 

@@ -5,12 +5,14 @@
 #include <cerrno>
 #include <cstdint>
 #include <map>
+#include <mutex>
 #include <string>
 #include <vector>
 
 namespace wmq::testing {
 
-// Stands in for the user database and for the system log for as long as it stands.
+// Stands in for the user database and for the system log for as long as it stands. Any thread may ask and be
+// heard meanwhile.
 class UserDirectory {
  public:
   explicit UserDirectory(std::map<int32_t, std::string> known = {});
@@ -37,6 +39,7 @@ class UserDirectory {
   static int lookUp(int32_t userId, char *name, size_t size);
   static void hear(int priority, const char *message);
 
+  std::mutex mutex_;  // of what was asked and heard
   int (*systemLookup_)(int32_t, char *, size_t);
   void (*systemLog_)(int, const char *);
 };

@@ -1,6 +1,6 @@
-// Inputs that several targets begin with.
-#ifndef WMQ_TESTS_FUZZ_SEEDS_H
-#define WMQ_TESTS_FUZZ_SEEDS_H
+// Lines and JSON of every type: those written by hand, of all versions, and those of samples.
+#ifndef WMQ_TESTS_COLLECTED_LINES_H
+#define WMQ_TESTS_COLLECTED_LINES_H
 
 #include <string>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "fuzz/fuzz_seeds.h"
+#include "support/collected_lines.h"
 
 #include "support/golden_file.h"
 #include "support/record_text.h"

@@ -5,7 +5,11 @@
 #include <thread>
 #include <vector>
 
+#include "support/collected_lines.h"
+#include "support/record_text.h"
 #include "support/small_records.h"
+#include "support/temporary_directory.h"
+#include "support/user_directory.h"
 
 namespace wmq::testing {
 namespace {
@@ -15,6 +19,25 @@ std::string outcomeOf(const std::string &line) {
   const OwnedRecord record = parse(line);
   if (record == nullptr) return std::to_string(wmq_errno) + ' ' + wmq_errdetail();
   return std::string(record->version) + ' ' + format(*record);
+}
+
+// The same with the record's JSON, which shows every member.
+std::string shownOutcomeOf(const std::string &line) {
+  const OwnedRecord record = parse(line);
+  return record != nullptr ? jsonOf(*record) : std::to_string(wmq_errno) + ' ' + wmq_errdetail();
+}
+
+// Lines of all types, at versions from the oldest on: those written by hand, and samples in which another
+// version stands, so that many are refused, each at a place of its own.
+std::vector<std::string> linesOfAllTypes() {
+  static const char *const versions[] = {"2.1", "3.0", "4.0", "6.0", "7.02", "8.0", "9.1", "9.13", "10.1"};
+  std::vector<std::string> lines = goldenLines();
+  for (const std::string &sample : sampledLines())
+    for (const char *version : versions) {
+      lines.push_back(sample);
+      lines.back().replace(sample.find("10.1"), 4, version);
+    }
+  return lines;
 }
 
 // Lines of which each is read differently by its version, bad ones among them.
@@ -78,6 +101,56 @@ TEST_F(ParsingInSeveralThreads, GivesWhatOneThreadGives) {
   for (size_t thread = 0; thread < 4; ++thread)
     for (size_t i = 0; i < lines.size(); ++i)
       ASSERT_EQ(outcomes[thread][i], expected[(i + thread * 5) % lines.size()]) << thread << ' ' << i;
+}
+
+// Every thread begins with another line and takes them in another order, so that all types and versions meet.
+TEST_F(ParsingInSeveralThreads, GivesSixteenThreadsTheRecordsOfAllTypesThatOneGets) {
+  const UserDirectory users{{{0, "root"}, {2, "two"}, {1001, "anna"}}};
+  const std::vector<std::string> lines = linesOfAllTypes();
+  std::vector<std::string> expected;
+  for (const std::string &line : lines) expected.push_back(shownOutcomeOf(line));
+
+  constexpr size_t numThreads = 16;
+  constexpr size_t readPerThread = 600;
+  std::vector<std::vector<size_t>> wrong(numThreads);
+  inThreads(numThreads, [&](int thread) {
+    const auto number = static_cast<size_t>(thread);
+    const size_t step = 2 * number + 1;
+    size_t at = number * lines.size() / numThreads;
+    for (size_t i = 0; i < readPerThread; ++i, at = (at + step) % lines.size())
+      if (shownOutcomeOf(lines[at]) != expected[at]) wrong[number].push_back(at);
+  });
+  for (const std::vector<size_t> &indices : wrong)
+    for (const size_t index : indices) ADD_FAILURE() << lines[index];
+}
+
+TEST_F(ParsingInSeveralThreads, GoesOnBesideAStreamInUse) {
+  const TemporaryDirectory directory;
+  std::string path = directory / "s";
+  streamParams params{};
+  params.fileName = path.data();
+  params.maxStreamSize = 100;
+  params.maxStreamFileNum = 2;
+  ASSERT_EQ(wmq_openstream(&params), 0);
+  const std::vector<std::string> lines = mixedLines(350);
+  std::vector<int> wrong(4);
+  inThreads(4, [&](int thread) {
+    int &mine = wrong[static_cast<size_t>(thread)];
+    int lineNum = 0;
+    for (int32_t i = 0; i < 350; ++i) {
+      if (thread == 0) {
+        eventRecord record = logSwitch(i);
+        mine += wmq_writestream(&record) == 0 ? 0 : 1;
+        wmq_readstream(&lineNum);
+      } else {
+        const std::string &line = lines[static_cast<size_t>(i)];
+        mine += outcomeOf(line) == outcomeOf(line) ? 0 : 1;
+      }
+    }
+  });
+  EXPECT_EQ(wrong, (std::vector<int>{0, 0, 0, 0}));
+  EXPECT_EQ(wmq_closestream(), 0);
+  wmq_readstreamline("");  // releases the record that the library keeps
 }
 
 TEST_F(ParsingInSeveralThreads, KeepsTheVersionsOfTheirLinesApart) {
