@@ -1,4 +1,6 @@
 // Text form of affinity allocations: "host:LIST;host:LIST", LIST as in cpuset(7).
+#include "companion/affinity.h"
+
 #include <algorithm>
 #include <climits>
 #include <cstdlib>
@@ -6,7 +8,6 @@
 
 #include "companion/list_text.h"
 #include "companion/numbers.h"
-#include "wmq/companion.h"
 
 namespace wmq {
 
@@ -70,7 +71,7 @@ bool readHost(const char *text, const char *end, affinityHost &host, int64_t &cp
   return host.host != nullptr && readCpus(colon + 1, end, host, cpusLeft);
 }
 
-bool readHosts(const char *text, affinityAlloc &allocation) {
+bool readHosts(const char *text, affinityAlloc &allocation, int64_t &cpusLeft) {
   const char *const textEnd = text + std::strlen(text);
   const auto numHosts = std::count(text, textEnd, ';') + 1;
   if (numHosts > INT32_MAX) return false;
@@ -78,7 +79,6 @@ bool readHosts(const char *text, affinityAlloc &allocation) {
       static_cast<affinityHost *>(std::calloc(static_cast<size_t>(numHosts), sizeof(affinityHost)));
   if (allocation.hosts == nullptr) return false;
 
-  int64_t cpusLeft = maxCpus;
   while (allocation.numHosts < numHosts) {
     const char *const end = std::find(text, textEnd, ';');
     if (!readHost(text, end, allocation.hosts[allocation.numHosts++], cpusLeft)) return false;
@@ -107,18 +107,25 @@ char *cpusInto(char *out, const affinityHost &host) {
 
 }  // namespace
 
-}  // namespace wmq
-
-extern "C" struct affinityAlloc *parseAffinityAllocField(const char *text) {
+affinityAlloc *parseAffinity(const char *text, int64_t &cpusLeft) {
   if (text == nullptr || *text == '\0') return nullptr;
   auto *const allocation = static_cast<affinityAlloc *>(std::calloc(1, sizeof(affinityAlloc)));
   if (allocation == nullptr) return nullptr;
-  if (!wmq::readHosts(text, *allocation)) {
-    freeupAffinityJobData(allocation);
-    std::free(allocation);
-    return nullptr;
-  }
-  return allocation;
+  const int64_t allowed = std::min(maxCpus, cpusLeft);
+  int64_t left = allowed;
+  const bool wellFormed = readHosts(text, *allocation, left);
+  cpusLeft -= allowed - left;
+  if (wellFormed) return allocation;
+  freeupAffinityJobData(allocation);
+  std::free(allocation);
+  return nullptr;
+}
+
+}  // namespace wmq
+
+extern "C" struct affinityAlloc *parseAffinityAllocField(const char *text) {
+  int64_t cpusLeft = wmq::maxCpus;
+  return wmq::parseAffinity(text, cpusLeft);
 }
 
 extern "C" char *convertAffinityAlloc2Str(const struct affinityAlloc *allocation) {

@@ -1,5 +1,6 @@
 #include "wmq.stream/named_codec.h"
 
+#include "companion/affinity.h"
 #include "companion/numbers.h"
 #include "companion/quoting.h"
 #include "wmq.stream/failure.h"
@@ -184,7 +185,7 @@ void keepChars(const Pair &pair, char *array, size_t size) {
 void keepAffinity(PairReader &in, const char *field, affinityAlloc *&allocation) {
   char *text = copyOfText(in, field, in.pair.value, in.pair.valueLength);
   if (text == nullptr) return;
-  affinityAlloc *parsed = parseAffinityAllocField(text);
+  affinityAlloc *parsed = parseAffinity(text, in.io.cpusLeft);
   std::free(text);
   if (parsed == nullptr) return fail(in.io, WMQE_BAD_FORMAT, field, "an affinity allocation");
   releaseAffinity(allocation);

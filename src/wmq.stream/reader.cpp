@@ -4,6 +4,7 @@
 
 #include <algorithm>
 
+#include "companion/affinity.h"
 #include "companion/host_list.h"
 #include "companion/numbers.h"
 #include "companion/quoting.h"
@@ -286,7 +287,7 @@ void readAffinity(Reader &io, const char *field, affinityAlloc *&allocation) {
   char *text = nullptr;
   readText(io, field, text);
   if (io.error == 0 && *text != '\0') {
-    allocation = parseAffinityAllocField(text);
+    allocation = parseAffinity(text, io.cpusLeft);
     if (allocation == nullptr) {
       io.cursor = begin;
       fail(io, WMQE_BAD_FORMAT, field, "an affinity allocation");

@@ -15,8 +15,10 @@
 
 namespace wmq {
 
-// Hosts that all lists of one line may expand to together, and unchecked ranges that are believed unseen.
+// Hosts that all lists of one line may expand to together, CPUs that its affinity texts may stand for together,
+// and unchecked ranges that are believed unseen.
 inline constexpr int64_t kMaxHosts = 16777216;
+inline constexpr int64_t kMaxCpus = 16777216;
 inline constexpr int64_t kMaxUncheckedRanges = 1048576;
 
 struct Reader {
@@ -30,6 +32,7 @@ struct Reader {
   int remembered = 0;  // an error that counts only when no other follows
   bool skips = true;   // one character behind every field
   int64_t hostsLeft = kMaxHosts;
+  int64_t cpusLeft = kMaxCpus;
 };
 
 inline constexpr int kStopped = -1;

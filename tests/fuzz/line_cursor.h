@@ -2,10 +2,12 @@
 #ifndef WMQ_TESTS_LINE_CURSOR_H
 #define WMQ_TESTS_LINE_CURSOR_H
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "wmq/event_types.h"
 
@@ -16,9 +18,24 @@ struct Refusal {
   int error;
 };
 
+// Where a line tells how many of something follow; its digits, perhaps with blanks before them.
+struct CountPlace {
+  std::string path;
+  size_t begin;
+  size_t end;
+};
+
 class LineCursor {
  public:
   explicit LineCursor(const std::string &line) : line_(line) {}
+
+  // What was read from `begin` on is a count.
+  void noteCount(const std::string &path, size_t begin) { counts.push_back({path, begin, at_}); }
+  // So is the content of the quoted string that was read last.
+  void noteQuotedCount(const std::string &path) {
+    counts.push_back({path, line_.rfind('"', at_ - 2) + 1, at_ - 1});
+  }
+  std::vector<CountPlace> counts;
 
   bool atEnd() const { return at_ == line_.size(); }
   size_t position() const { return at_; }

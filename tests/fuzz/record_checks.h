@@ -9,7 +9,7 @@
 
 namespace wmq::testing {
 
-// True for what stands for so many hosts or ranges that a single input would take seconds: nothing is wrong
+// True for what stands for so many hosts, CPUs or ranges that a single input would take seconds: nothing is wrong
 // with it, and tests of sizes have it.
 bool isHuge(std::string_view text);
 

@@ -41,6 +41,15 @@ int32_t integerOf(const std::string &value) {
   return std::sscanf(value.c_str(), "%lld", &number) == 1 ? static_cast<int32_t>(number) : 0;
 }
 
+// Of the pairs whose value says how many others follow; "" for all other names.
+std::string pathOfCount(const std::string &name) {
+  if (name == "numHRusageAttrs") return "hostRusage[0]." + name;
+  if (name == "numGPUkvs") return "gpuRusages[0].numPairs";
+  for (const char *count : {"numExHosts", "numAllocSlots", "numhRusages", "numGPURusages", "indexRangeCnt"})
+    if (name == count) return name;
+  return "";
+}
+
 struct Pair {
   std::string name;
   std::string value;
@@ -60,6 +69,7 @@ class Pairs {
     pair.name = cursor_.quoted();
     cursor_.skipOne();
     pair.value = cursor_.quoted();
+    if (!pathOfCount(pair.name).empty()) cursor_.noteQuotedCount(pathOfCount(pair.name));
     cursor_.skipOne();
     return pair;
   }
@@ -93,7 +103,9 @@ void Pairs::read() {
     const int64_t wide = cursor_.integer();
     flat_[id.name] = flatNumber(id.kind == WMQ_KIND_INT32 ? static_cast<int32_t>(wide) : wide);
   }
+  const size_t begin = cursor_.position();
   left_ = static_cast<int32_t>(cursor_.integer());
+  cursor_.noteCount("pairs", begin);
   while (left_ > 0) {
     const Pair pair = nextAnnounced();
     if (!pair.empty()) take(pair);

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 #include "fuzz/line_cursor.h"
@@ -88,8 +89,15 @@ class Structures {
     skip();
     return content;
   }
-  int32_t count() {
+  int32_t number32() {
     const auto value = static_cast<int32_t>(cursor_.integer());
+    skip();
+    return value;
+  }
+  int32_t count(const std::string &path) {
+    const size_t begin = cursor_.position();
+    const auto value = static_cast<int32_t>(cursor_.integer());
+    cursor_.noteCount(path, begin);
     skip();
     return value;
   }
@@ -248,6 +256,7 @@ void Structures::number(const wmqLayout &layout, size_t index, const std::string
   if (begins && startsWith(field.note, "read from the first field on again")) cursor_.goTo(firstField_);
   if (onlyIfTextRemains && cursor_.atEnd()) return;
 
+  const size_t begin = cursor_.position();
   std::string &value = flat_[path + field.name];
   const bool lenient = startsWith(field.note, "0 when it does not convert") ||
                        (std::strcmp(field.name, "indexRangeCnt") == 0 && !hasCheckedRanges(layout));
@@ -266,6 +275,7 @@ void Structures::number(const wmqLayout &layout, size_t index, const std::string
     const bool narrow = field.kind == WMQ_KIND_INT32 ||
                         (std::strcmp(field.form, "%d") == 0 && (field.flags & WMQ_FIELD_COUNT) == 0);
     value = flatNumber(narrow ? static_cast<int32_t>(*wide) : *wide);
+    if ((field.flags & WMQ_FIELD_COUNT) != 0) cursor_.noteCount(path + field.name, begin);
   }
   // A number that may follow in its other place comes without anything between.
   const bool otherPlaceFollows = next != nullptr && startsWith(next->note, "read only if text remains");
@@ -325,7 +335,7 @@ void Structures::fixedArray(const wmqField &field, const std::string &path, bool
     last = elder - 1;
   for (size_t slot = first; slot <= last; ++slot)
     flat_[elementPath(path + field.name, static_cast<int64_t>(slot))] =
-        present ? flatNumber(count()) : flatNumber(-1);
+        present ? flatNumber(number32()) : flatNumber(-1);
 }
 
 // ---------------------------------------------------------------------------------- lists
@@ -440,20 +450,20 @@ void Structures::ranges(const wmqLayout &layout, size_t index, const std::string
 }
 
 void Structures::extension(const std::string &path) {
-  const int32_t pairs = count();
+  const int32_t pairs = count(path);
   for (int32_t i = 0; i < pairs; ++i) {
     flat_[path] = kFlatArray;
-    flat_[elementPath(path, i) + ".key"] = flatNumber(count());
+    flat_[elementPath(path, i) + ".key"] = flatNumber(number32());
     flat_[elementPath(path, i) + ".value"] = flatText(quotedField());
   }
 }
 
 void Structures::namedValues(const std::string &path) {
-  const int32_t values = count();
+  const int32_t values = count(path);
   for (int32_t i = 0; i < values; ++i) {
     flat_[path] = kFlatArray;
     flat_[elementPath(path, i) + ".name"] = flatText(quotedField());
-    flat_[elementPath(path, i) + ".value"] = flatNumber(count());
+    flat_[elementPath(path, i) + ".value"] = flatNumber(number32());
   }
 }
 
@@ -466,8 +476,7 @@ std::string headerToken(LineCursor &cursor, size_t size) {
   return token;
 }
 
-void readLine(const std::string &line, const UserNames &users, SecondReading &reading) {
-  LineCursor cursor(line);
+void readLine(LineCursor &cursor, const UserNames &users, SecondReading &reading) {
   const std::string typeName = headerToken(cursor, 60);
   reading.version = headerToken(cursor, sizeof(eventRecord::version));
   const auto version = static_cast<float>(std::strtod(reading.version.c_str(), nullptr));
@@ -487,11 +496,13 @@ void readLine(const std::string &line, const UserNames &users, SecondReading &re
 
 SecondReading readSecondly(const std::string &line, const UserNames &users) {
   SecondReading reading;
+  LineCursor cursor(line);
   try {
-    readLine(line, users, reading);
+    readLine(cursor, users, reading);
   } catch (const Refusal &refusal) {
     reading.error = refusal.error;
   }
+  reading.counts = std::move(cursor.counts);
   return reading;
 }
 

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "fuzz/flat_record.h"
+#include "fuzz/line_cursor.h"
 
 namespace wmq::testing {
 
@@ -17,6 +18,7 @@ struct SecondReading {
   std::string version = {};
   int32_t eventTime = 0;
   FlatRecord fields = {};
+  std::vector<CountPlace> counts = {};  // those of the line that were read
 };
 
 using UserNames = std::map<int32_t, std::string>;

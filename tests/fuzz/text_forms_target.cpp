@@ -188,6 +188,7 @@ void tryUsageText(const std::string &text) {
 // ------------------------------------------------------------------------------- allocations
 
 void tryAffinity(const std::string &text) {
+  if (isHuge(text)) return;
   const OwnedText field = onHeap(text);
   const auto release = [](affinityAlloc *allocation) {
     freeupAffinityJobData(allocation);
