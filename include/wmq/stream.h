@@ -5,10 +5,10 @@
 //   wmq_openstream, wmq_writestream, wmq_readstream, wmq_closestream and their like for the side streams;
 //   wmq_readstreamline, which keeps its record where the reads do;
 //   wmq_checkstatusfilenum.
-// wmq_readstreamlineMT, wmq_formatrecord and its like, wmq_freelogrec and the rest of the operations on records
-// and lines may be called from any number of threads at once, also beside those above, with lines of any
-// mixture of versions; a record is used by one thread at a time. `wmq_errno`, wmq_errdetail and the version of
-// the line being parsed belong to the thread.
+// wmq_readstreamlineMT, wmq_formatrecord and its like, wmq_freelogrec and the rest of the operations on
+// records and lines may be called from any number of threads at once, also beside those above, with lines of
+// any mixture of versions; a record is used by one thread at a time. `wmq_errno`, wmq_errdetail and the
+// version of the line being parsed belong to the thread.
 #ifndef WMQ_STREAM_H
 #define WMQ_STREAM_H
 

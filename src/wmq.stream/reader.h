@@ -15,8 +15,8 @@
 
 namespace wmq {
 
-// Hosts that all lists of one line may expand to together, CPUs that its affinity texts may stand for together,
-// and unchecked ranges that are believed unseen.
+// Hosts that all lists of one line may expand to together, CPUs that its affinity texts may stand for
+// together, and unchecked ranges that are believed unseen.
 inline constexpr int64_t kMaxHosts = 16777216;
 inline constexpr int64_t kMaxCpus = 16777216;
 inline constexpr int64_t kMaxUncheckedRanges = 1048576;

@@ -1,4 +1,4 @@
-// A record as a flat table: each value as text, under its path such as "execHosts[2]" or "rmtJobCtrls[0].ids".
+// A record as a flat table: each value as text, under its path such as "rmtJobCtrls[0].ids[2]".
 #ifndef WMQ_TESTS_FLAT_RECORD_H
 #define WMQ_TESTS_FLAT_RECORD_H
 
@@ -14,8 +14,8 @@ namespace wmq::testing {
 
 using FlatRecord = std::map<std::string, std::string>;
 
-// How values are written: numbers in decimal, reals so that no bit is lost, texts behind an apostrophe, an array
-// that is there as "array", and what is not there as "null".
+// How values are written: numbers in decimal, reals so that no bit is lost, texts behind an apostrophe, an
+// array that is there as "array", and what is not there as "null".
 std::string flatNumber(int64_t value);
 std::string flatReal(double value);
 std::string flatText(std::string_view text);

@@ -9,8 +9,8 @@
 
 namespace wmq::testing {
 
-// True for what stands for so many hosts, CPUs or ranges that a single input would take seconds: nothing is wrong
-// with it, and tests of sizes have it.
+// True for what stands for so many hosts, CPUs or ranges that a single input would take seconds: nothing is
+// wrong with it, and tests of sizes have it.
 bool isHuge(std::string_view text);
 
 // Parses `text` up to its first NUL, from memory behind whose last byte nothing may be read.

@@ -1,6 +1,6 @@
-// A second reader of lines, slow and obvious. It shares nothing with the library's reader but the schema, which
-// tells the fields and their order: numbers are converted by the C library's sscanf, and quoting, lists, text
-// forms and the rules of records with rules of their own are written down here once more.
+// A second reader of lines, slow and obvious. It shares nothing with the library's reader but the schema,
+// which tells the fields and their order: numbers are converted by the C library's sscanf, and quoting,
+// lists, text forms and the rules of records with rules of their own are written down here once more.
 #ifndef WMQ_TESTS_SECOND_READER_H
 #define WMQ_TESTS_SECOND_READER_H
 

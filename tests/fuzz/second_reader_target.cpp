@@ -1,5 +1,5 @@
-// One line, of any bytes, for the library's reader and for the second one: both refuse it for the same reason,
-// or both find the same in it.
+// One line, of any bytes, for the library's reader and for the second one: both refuse it for the same
+// reason, or both find the same in it.
 #include "fuzz/flat_record.h"
 #include "fuzz/fuzz_target.h"
 #include "fuzz/record_checks.h"

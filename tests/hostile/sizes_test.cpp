@@ -21,7 +21,7 @@ Cost costOf(const std::string &line) {
   return {record == nullptr ? wmq_errno : 0, allocated()};
 }
 
-TEST(HostileLines, EndAsTheyShouldAtACostInProportionToTheirLength) {
+TEST(HostileLines, OfUpToAMillionBytesEndAsTheyShouldAtACostInProportion) {
   constexpr size_t perByte = 32;
   for (const HostileLine &hostile : hostileLines()) {
     // A small line may stand for a million CPUs, once: its cost is that of a larger one.

@@ -9,7 +9,7 @@ DirectoryCalls directoryCalls;
 
 using wmq::testing::directoryCalls;
 
-// The linker turns calls of opendir into calls of __wrap_opendir, and of __real_opendir into those of opendir.
+// The linker turns calls of opendir into calls of __wrap_opendir, and __real_opendir into opendir.
 extern "C" {
 DIR *__real_opendir(const char *name);
 int __real_fstatat(int directory, const char *name, struct stat *status, int flags);
