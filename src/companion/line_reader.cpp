@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "companion/thread_key.h"
 #include "wmq/companion.h"
 
 namespace wmq {
@@ -15,17 +16,23 @@ namespace {
 struct LineStorage {
   char *text = nullptr;
   size_t size = 0;
-
-  ~LineStorage() { drop(); }
-
-  void drop() {
-    std::free(text);
-    text = nullptr;
-    size = 0;
-  }
 };
 
-thread_local LineStorage lineStorage;
+thread_local constinit LineStorage lineStorage;
+
+void dropStorage(void *kept) {
+  auto &storage = *static_cast<LineStorage *>(kept);
+  std::free(storage.text);
+  storage = LineStorage{};
+}
+
+const ThreadKey storageKey(dropStorage);
+
+// Whether the line can be freed with the thread or not, it is the caller's to read; what cannot be promised
+// now is tried again with the next line.
+void keepStorage() {
+  if (storageKey.kept() == nullptr) storageKey.keep(&lineStorage);
+}
 
 }  // namespace
 
@@ -39,7 +46,7 @@ extern "C" char *_getNextLine_(FILE *file, int *lineNum, int) {
   wmq::LineStorage &storage = wmq::lineStorage;
   wmc_errno = 0;
   if (file == nullptr) {
-    storage.drop();
+    wmq::dropStorage(&storage);
     return nullptr;
   }
 
@@ -48,6 +55,7 @@ extern "C" char *_getNextLine_(FILE *file, int *lineNum, int) {
   for (;;) {
     errno = 0;
     const ssize_t length = getline(&storage.text, &storage.size, file);
+    wmq::keepStorage();
     if (length < 0) {
       if (errno == ENOMEM) wmc_errno = WMCE_NO_MEM;
       return nullptr;

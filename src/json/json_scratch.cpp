@@ -1,38 +1,17 @@
 #include "json/json_scratch.h"
 
-#include <pthread.h>
-
-#include <atomic>
+#include "companion/thread_key.h"
 
 namespace wmq {
 
 static constexpr std::size_t keptBytes = std::size_t{1} << 20;
 
 static void destroyScratch(void *scratch) {
-  if (scratch == nullptr) return;
   static_cast<Scratch *>(scratch)->release();
   std::free(scratch);
 }
 
-// A key of the threads library and not a thread_local object with a destructor: registering such a destructor
-// ends the process when memory runs out.
-namespace {
-struct ScratchKey {
-  pthread_key_t key = 0;
-  std::atomic<bool> usable = false;
-
-  ScratchKey() { usable = pthread_key_create(&key, destroyScratch) == 0; }
-
-  // Runs when the library is unloaded too, after which no thread may call destroyScratch any more.
-  ~ScratchKey() {
-    if (!usable.exchange(false)) return;
-    destroyScratch(pthread_getspecific(key));
-    pthread_key_delete(key);
-  }
-};
-}  // namespace
-
-static ScratchKey scratchKey;
+static const ThreadKey scratchKey(destroyScratch);
 
 void Scratch::release() {
   text.release();
@@ -42,7 +21,7 @@ void Scratch::release() {
 }
 
 Scratch *takeScratch() {
-  auto *scratch = static_cast<Scratch *>(scratchKey.usable ? pthread_getspecific(scratchKey.key) : nullptr);
+  auto *scratch = static_cast<Scratch *>(scratchKey.kept());
   if (scratch == nullptr) {
     scratch = static_cast<Scratch *>(std::calloc(1, sizeof(Scratch)));
     if (scratch == nullptr) return nullptr;
@@ -55,7 +34,7 @@ Scratch *takeScratch() {
 }
 
 void giveBackScratch(Scratch *scratch) {
-  if (!scratchKey.usable || pthread_setspecific(scratchKey.key, scratch) != 0)
+  if (!scratchKey.keep(scratch))
     destroyScratch(scratch);
   else if (scratch->bytes() > keptBytes)
     scratch->release();

@@ -78,7 +78,7 @@ static void provHosts(Describer &io, const jobProvHostLog &log) {
 static void onlyForOne(Writer &io, jobProvHostLog &log) {
   if (log.hasJobStart != 1 || io.error != 0) return;
   layout(io, log.jobStart);
-  io.error = 0;  // by design: what could be written of it stands
+  if (!io.full) io.error = 0;  // by design: what could be written of it stands
 }
 static void onlyForOne(auto &io, auto &log) {
   using L = jobProvHostLog;

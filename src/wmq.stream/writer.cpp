@@ -8,6 +8,7 @@
 #include "companion/numbers.h"
 #include "companion/quoting.h"
 #include "companion/resource_usage.h"
+#include "companion/thread_key.h"
 #include "wmq.stream/failure.h"
 
 namespace wmq {
@@ -16,26 +17,30 @@ namespace {
 constexpr size_t kFirstCapacity = 4096;
 constexpr size_t kKeptCapacity = size_t{1} << 20;
 
-struct LineBuffer {
-  Writer writer;
-  ~LineBuffer() { std::free(writer.text); }
-};
+thread_local constinit Writer buffer;
 
-thread_local LineBuffer buffer;
+void releaseBuffer(void *writer) {
+  auto &io = *static_cast<Writer *>(writer);
+  std::free(io.text);
+  io = Writer{};
+}
+
+const ThreadKey bufferKey(releaseBuffer);
 
 }  // namespace
 
 Writer &beginLine() {
-  Writer &io = buffer.writer;
+  Writer &io = buffer;
   io.size = 0;
   io.error = 0;
+  io.full = false;
   return io;
 }
 
 void finishLine(Writer &io) {
-  if (io.capacity <= kKeptCapacity) return;
-  std::free(io.text);
-  io = Writer{};
+  if (io.text == nullptr) return;
+  const bool kept = io.capacity <= kKeptCapacity && (bufferKey.kept() != nullptr || bufferKey.keep(&io));
+  if (!kept) releaseBuffer(&io);
 }
 
 int handOver(Writer &io, FILE *file) {
@@ -56,6 +61,7 @@ char *room(Writer &io, size_t bytes) {
   while (capacity - io.size < bytes) capacity *= 2;
   auto *text = static_cast<char *>(std::realloc(io.text, capacity));
   if (text == nullptr) {
+    io.full = true;
     fail(io, WMQE_SYS, nullptr, "memory for the line");
     return nullptr;
   }

@@ -18,6 +18,7 @@ struct Writer {
   size_t size = 0;
   size_t capacity = 0;
   int error = 0;
+  bool full = false;  // there was no memory for more
 };
 
 // The buffer of this thread, emptied. It is kept between lines up to a bound; finishLine gives back a larger
