@@ -1,5 +1,6 @@
 #include "wmq.stream/line_source.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -82,10 +83,12 @@ void resetLines(LineSource &source) {
   source = LineSource{.nextRead = source.nextRead};
 }
 
-void skipToEnd(LineSource &source, int fd) {
+bool skipToEnd(LineSource &source, int fd) {
   resetLines(source);
-  const off_t end = lseek(fd, 0, SEEK_END);
-  if (end > 0) source.nextRead = end;
+  struct stat status;
+  if (fstat(fd, &status) != 0 || !S_ISREG(status.st_mode)) return false;
+  source.nextRead = status.st_size;
+  return true;
 }
 
 }  // namespace wmq

@@ -28,8 +28,8 @@ Line nextLine(LineSource &source, int fd);
 // Gives back the storage; reading goes on behind the last line given out.
 void resetLines(LineSource &source);
 
-// Goes on at the end of the file.
-void skipToEnd(LineSource &source, int fd);
+// Goes on at the end of the file. False for what is no regular file and so may have none.
+bool skipToEnd(LineSource &source, int fd);
 
 }  // namespace wmq
 

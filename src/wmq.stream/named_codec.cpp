@@ -199,7 +199,7 @@ void keepNetwork(PairReader &in, const char *field, int32_t &count, networkAlloc
   networkAlloc *parsed = nullptr;
   const int result = getNetworkAllocFromString(text, &parsedCount, &parsed);
   std::free(text);
-  if (result != 0) return fail(in.io, result, field, "a network allocation");
+  if (result != 0) return fail(in.io, WMQE_BAD_FORMAT, field, "a network allocation");
   releaseNetwork(count, allocations);
   count = parsedCount;
   allocations = parsed;

@@ -12,6 +12,8 @@
 #include <cstring>
 #include <ctime>
 
+#include "companion/numbers.h"
+
 namespace wmq {
 namespace {
 
@@ -40,6 +42,11 @@ void reportState(const streamFile &file, const char *label, const char *what) {
 int failSystem() {
   wmq_errno = WMQE_SYS;
   return -1;
+}
+
+int failRemoval() {
+  wmq_errno = WMQE_SYS;
+  return -2;
 }
 
 // A file that a rotation opens belongs to nobody whom the program starts.
@@ -80,33 +87,46 @@ const char *suffixOf(const char *name, const char *prefix) {
   return std::strlen(prefix) == length && std::memcmp(name, prefix, length) == 0 ? dot + 1 : nullptr;
 }
 
-struct Suffixes {
-  int32_t *values = nullptr;
+struct OldFile {
+  int32_t suffix;
+  bool named;  // by the very text that the number is written with: only such a file can be removed by number
+
+  bool operator<(const OldFile &other) const {
+    return suffix != other.suffix ? suffix < other.suffix : named && !other.named;
+  }
+};
+
+struct OldFiles {
+  OldFile *files = nullptr;
   size_t count = 0;
   size_t capacity = 0;
-  ~Suffixes() { std::free(values); }
+  ~OldFiles() { std::free(files); }
 
   bool reserve(size_t wanted) {
-    auto *grown = static_cast<int32_t *>(std::realloc(values, wanted * sizeof *values));
+    auto *grown = static_cast<OldFile *>(std::realloc(files, wanted * sizeof *files));
     if (grown == nullptr) return false;
-    values = grown;
+    files = grown;
     capacity = wanted;
     return true;
   }
-  bool add(int32_t value) {
+  bool add(const char *text) {
     if (count == capacity && !reserve(2 * capacity)) return false;
-    values[count++] = value;
+    const long value = std::strtol(text, nullptr, 10);
+    const int32_t suffix = value >= kRemoved ? kRemoved : static_cast<int32_t>(value);
+    char plain[24];
+    *formatInt64(plain, suffix) = '\0';
+    files[count++] = {suffix, std::strcmp(text, plain) == 0};
     return true;
   }
 };
 
-// True for a regular file, links not followed. `path` is used to build its name.
+// True for a regular file, links not followed.
 bool isOldFile(DIR *directory, const char *entry) {
   struct stat status;
   return fstatat(dirfd(directory), entry, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISREG(status.st_mode);
 }
 
-int findOldFiles(const char *fileName, Suffixes &found) {
+int findOldFiles(const char *fileName, OldFiles &found) {
   const Directory directory = directoryOf(fileName);
   DIR *const listing = openDirectory(fileName, directory);
   if (listing == nullptr) return failSystem();
@@ -119,8 +139,7 @@ int findOldFiles(const char *fileName, Suffixes &found) {
   for (const dirent *entry = readdir(listing); entry != nullptr; errno = 0, entry = readdir(listing)) {
     const char *suffix = comparable ? suffixOf(entry->d_name, base) : nullptr;
     if (suffix == nullptr || !isOldFile(listing, entry->d_name)) continue;
-    const long value = std::strtol(suffix, nullptr, 10);
-    if (!found.add(value >= kRemoved ? kRemoved : static_cast<int32_t>(value))) {
+    if (!found.add(suffix)) {
       wmq_errno = WMQE_NO_MEM;
       result = -1;
       break;
@@ -140,18 +159,19 @@ bool nameOldFile(char (&name)[sizeof path], const char *fileName, int64_t suffix
   return false;
 }
 
-// One pass: the smallest suffix that is left. Its equals are marked with it, though only one file bears the
-// name.
-int removeOldest(const char *fileName, int32_t suffix) {
-  if (!nameOldFile(path, fileName, suffix)) {
-    wmq_errno = WMQE_SYS;
-    return -2;
-  }
+// One pass: the file of the smallest suffix that is left. Where the number was told by a name written in
+// another way, what bears the plain name is no file that was counted (a link, a directory), if anything.
+int removeOldest(const char *fileName, const OldFile &oldest) {
+  if (!nameOldFile(path, fileName, oldest.suffix)) return failRemoval();
   report(stream, "%s: Removing oldest stream file %s ", "deleteoldfiles()", path);
-  if (unlink(path) == 0) return 0;
-  wmq_errno = WMQE_SYS;
-  report(stream, "%s: Failed to remove file %s, errno= %d", "deleteoldfiles()", path, errno);
-  return -2;
+  if (!oldest.named)
+    errno = ENOENT;
+  else if (unlink(path) == 0)
+    return 0;
+  const int reason = errno;
+  report(stream, "%s: Failed to remove file %s, errno= %d", "deleteoldfiles()", path, reason);
+  errno = reason;
+  return failRemoval();
 }
 
 // ---------------------------------------------------------------------- rotation
@@ -192,19 +212,21 @@ bool nextSuffix(const char *fileName, int64_t now, int64_t &suffix) {
   DIR *const listing = openDirectory(fileName, directory);
   if (listing == nullptr) return false;
   suffix = now;
-  for (const dirent *entry = readdir(listing); entry != nullptr; entry = readdir(listing)) {
+  errno = 0;
+  for (const dirent *entry = readdir(listing); entry != nullptr; errno = 0, entry = readdir(listing)) {
     const char *text = suffixOf(entry->d_name, slash == nullptr ? fileName : slash + 1);
     if (text == nullptr) continue;
     const int64_t value = std::strtoll(text, nullptr, 10);
     if (value <= kLastSuffix) suffix = std::max(suffix, value + 1);
   }
+  const bool complete = errno == 0;
   closedir(listing);
-  return true;
+  return complete;
 }
 
 int checkstreamfilenum(const char *fileName, int32_t maxFileNum) {
   if (maxFileNum < 1 || fileName == nullptr) return -1;
-  Suffixes found;
+  OldFiles found;
   // The limit may be any number: its list is taken in steps all the same.
   if (!found.reserve(static_cast<size_t>(std::min(maxFileNum, 1024)))) {
     wmq_errno = WMQE_NO_MEM;
@@ -213,14 +235,14 @@ int checkstreamfilenum(const char *fileName, int32_t maxFileNum) {
   if (const int result = findOldFiles(fileName, found); result != 0) return result;
   if (found.count < static_cast<size_t>(maxFileNum)) return 0;
 
-  std::sort(found.values, found.values + found.count);
+  std::sort(found.files, found.files + found.count);
   const size_t passes = found.count - static_cast<size_t>(maxFileNum) + 1;
-  size_t oldest = 0;
+  size_t next = 0;
   for (size_t pass = 0; pass < passes; ++pass) {
-    if (oldest == found.count || found.values[oldest] == kRemoved) break;
-    const int32_t suffix = found.values[oldest];
-    if (const int result = removeOldest(fileName, suffix); result != 0) return result;
-    while (oldest < found.count && found.values[oldest] == suffix) ++oldest;
+    if (next == found.count || found.files[next].suffix == kRemoved) break;
+    const OldFile &oldest = found.files[next];
+    if (const int result = removeOldest(fileName, oldest); result != 0) return result;
+    while (next < found.count && found.files[next].suffix == oldest.suffix) ++next;
   }
   wmq_errno = WMQE_FILES_REMOVED;
   return 0;
@@ -281,7 +303,8 @@ bool append(const streamFile &file, const char *bytes, size_t length) {
   return true;
 }
 
-// Suffixes that count for nothing may still be taken.
+// Suffixes that count for nothing may still be taken. A name is free when the system says so, and not when it
+// cannot say.
 static bool nameRotated(const char *fileName, char (&rotated)[sizeof path]) {
   int64_t suffix = 0;
   if (!nextSuffix(fileName, currentTime(), suffix)) return false;
@@ -289,7 +312,7 @@ static bool nameRotated(const char *fileName, char (&rotated)[sizeof path]) {
   do {
     if (!nameOldFile(rotated, fileName, suffix++)) return false;
   } while (lstat(rotated, &status) == 0);
-  return true;
+  return errno == ENOENT;
 }
 
 int resetstream(streamFile &file) {
@@ -301,13 +324,15 @@ int resetstream(streamFile &file) {
   char rotated[sizeof path];
   if (!nameRotated(file.fileName, rotated)) return failSystem();
   if (!writeEndOfStream(file)) return failSystem();
-  std::fclose(file.fp);
+  // What the system kept back until now may be refused here: on a network, the disk may be full.
+  const bool closed = std::fclose(file.fp) == 0;
   file.fp = nullptr;
   resetLines(file.lines);
   file.lines.nextRead = 0;
 
-  if (std::rename(file.fileName, rotated) != 0) return failSystem();
-  FILE *const fresh = std::fopen(file.fileName, "w");
+  if (!closed || std::rename(file.fileName, rotated) != 0) return failSystem();
+  // What somebody has put in this place meanwhile is not emptied, and a link is not followed.
+  FILE *const fresh = std::fopen(file.fileName, "wx");
   if (fresh == nullptr) return failSystem();
   if (fchmod(fileno(fresh), kMode) != 0) {
     const int reason = errno;

@@ -1,7 +1,5 @@
 #include "wmq.stream/stream_frames.h"
 
-#include <sys/stat.h>
-
 #include "wmq.stream/line_parser.h"
 
 namespace wmq {
@@ -46,23 +44,19 @@ eventRecord *readRecord(streamFile *file, int *lineNum) {
   return keepRecord(parsestreamlineMT(line.text, line.length));
 }
 
-// What others have appended in the meantime is read, too. A pipe or a device has no end to move to: reading
-// it could wait, or go on, for ever.
-static void readToEnd(streamFile &file) {
-  const int fd = fileno(file.fp);
-  struct stat status {};
-  if (fstat(fd, &status) != 0 || !S_ISREG(status.st_mode)) {
+// What is no regular file may have no end: a FIFO would be waited for, and a device read for ever.
+static void readToEnd(streamFile *file) {
+  if (!skipToEnd(file->lines, fileno(file->fp))) {
     wmq_errno = WMQE_EOF;
     return;
   }
-  skipToEnd(file.lines, fd);
-  for (int lineNum = 0; readRecord(&file, &lineNum) != nullptr;) {
+  for (int lineNum = 0; readRecord(file, &lineNum) != nullptr;) {
   }
 }
 
 int closeStream(streamFile *&file) {
   if (file == nullptr) return -1;
-  if (file->fp != nullptr) readToEnd(*file);
+  if (file->fp != nullptr) readToEnd(file);
   closeFile(file);
   file = nullptr;
   return 0;
