@@ -17,6 +17,10 @@ const SideOperations kPendingReasons = {"pendingreasons",          "/tmp/wmq.pen
                                         wmq_readpendingreasons,    wmq_closependingreasons,
                                         wmq_formatpendingreasons};
 
+const SideOperations kEvents = {"stream",        "/tmp/wmq.stream", EVENT_LOG_SWITCH, &streamParams::fileName,
+                                wmq_openstream,  wmq_writestream,   wmq_readstream,   wmq_closestream,
+                                wmq_formatrecord};
+
 std::ostream &operator<<(std::ostream &out, const SideOperations *side) { return out << side->noun; }
 
 SharedPath::SharedPath(const std::string &path) : path_(path), wasThere_(exists(path)) {}
@@ -25,8 +29,8 @@ SharedPath::~SharedPath() {
   if (!wasThere_) std::remove(path_.c_str());
 }
 
-// Of a type that both streams drop: the call counts all the same.
-static eventRecord nothing() { return bareRecord(EVENT_LOG_SWITCH); }
+// Of a type that all streams drop: the call counts all the same.
+static eventRecord nothing() { return bareRecord(61); }
 
 // A stream that keeps no old files but has reached its size fails at each check, and at nothing else.
 static void callUntilCheck(const SideOperations &side, const std::string &path) {
@@ -70,6 +74,7 @@ int SideStreamTest::write(eventRecord record) {
 }
 
 eventRecord SideStreamTest::numbered(int32_t number) const {
+  if (side.type == EVENT_LOG_SWITCH) return logSwitch(number);
   eventRecord record = bareRecord(side.type);
   (side.type == EVENT_JOB_STATUS2 ? record.eventLog.jobStatus2Log.numJobs
                                   : record.eventLog.jobPendingReasonsLog.numJobs) = number;
@@ -77,6 +82,7 @@ eventRecord SideStreamTest::numbered(int32_t number) const {
 }
 
 std::string SideStreamTest::lineOf(int32_t number) const {
+  if (side.type == EVENT_LOG_SWITCH) return logSwitchLine(number);
   const std::string pair = "\"numJobs\" \"" + std::to_string(number) + '"';
   return side.type == EVENT_JOB_STATUS2
              ? "\"JOB_STATUS2\" \"10.1\" 1700000000 0 2 " + pair + " \"ineligiblePendingTime\" \"0\"\n"
@@ -90,6 +96,7 @@ void SideStreamTest::advanceToCheck() {
 int32_t SideStreamTest::readNumber() {
   const eventRecord *record = side.read(&lineNum);
   if (record == nullptr || record->type != side.type) return 0;
+  if (side.type == EVENT_LOG_SWITCH) return record->eventLog.logSwitchLog.lastJobId;
   return side.type == EVENT_JOB_STATUS2 ? record->eventLog.jobStatus2Log.numJobs
                                         : record->eventLog.jobPendingReasonsLog.numJobs;
 }

@@ -1,4 +1,4 @@
-// The status and pending-reasons streams, of which a test has one: its operations, and the calls counted.
+// Any one of the streams, as a test has it: its operations, and the calls counted.
 #ifndef WMQ_TESTS_SIDE_STREAM_FIXTURE_H
 #define WMQ_TESTS_SIDE_STREAM_FIXTURE_H
 
@@ -24,6 +24,7 @@ struct SideOperations {
 
 extern const SideOperations kStatus;
 extern const SideOperations kPendingReasons;
+extern const SideOperations kEvents;  // the event stream, for tests of what all three do alike
 
 std::ostream &operator<<(std::ostream &out, const SideOperations *side);
 

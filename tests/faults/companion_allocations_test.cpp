@@ -1,5 +1,5 @@
 // Every helper that allocates, with each of its allocations failing in turn: it must say so, leave nothing
-// behind, and change nothing. The sanitizers bring an allocator of their own and see this file empty.
+// behind, and change nothing.
 #include <gtest/gtest.h>
 #include <syslog.h>
 
@@ -10,79 +10,16 @@
 #include <string>
 
 #include "companion/log.h"
+#include "support/failing_allocations.h"
 #include "wmq/companion.h"
 
-#ifdef __has_feature
-#define SANITIZED (__has_feature(address_sanitizer) || __has_feature(thread_sanitizer))
-#elif defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define SANITIZED 1
-#else
-#define SANITIZED 0
-#endif
-
-#if !SANITIZED
-
+namespace wmq::testing {
 namespace {
 
-// The allocation to fail, counted from 1; 0 for none. Volatile, because compilers take it for granted that
-// allocation functions touch nothing that a program looks at.
-thread_local volatile int allocationToFail = 0;
-thread_local volatile int allocationsLeft = 0;
-
-bool failsNow() {
-  if (allocationToFail == 0) return false;
-  allocationToFail = allocationToFail - 1;
-  if (allocationToFail != 0) return false;
-  errno = ENOMEM;
-  return true;
-}
-
-void *counted(void *memory) {
-  allocationsLeft = allocationsLeft + (memory == nullptr ? 0 : 1);
-  return memory;
-}
-
-}  // namespace
-
-// The C library itself must find them, for getline's sake.
-#pragma GCC visibility push(default)
-extern "C" {
-void *__libc_malloc(size_t size) noexcept;
-void *__libc_calloc(size_t count, size_t size) noexcept;
-void *__libc_realloc(void *memory, size_t size) noexcept;
-void __libc_free(void *memory) noexcept;
-
-void *malloc(size_t size) noexcept { return failsNow() ? nullptr : counted(__libc_malloc(size)); }
-
-void *calloc(size_t count, size_t size) noexcept {
-  return failsNow() ? nullptr : counted(__libc_calloc(count, size));
-}
-
-void *realloc(void *memory, size_t size) noexcept {
-  if (failsNow()) return nullptr;
-  return memory == nullptr ? counted(__libc_malloc(size)) : __libc_realloc(memory, size);
-}
-
-void free(void *memory) noexcept {
-  allocationsLeft = allocationsLeft - (memory == nullptr ? 0 : 1);
-  __libc_free(memory);
-}
-}
-#pragma GCC visibility pop
-
-namespace {
-
-class FailingAllocations : public testing::Test {
+class FailingAllocations : public ::testing::Test {
  protected:
-  // Some tools put their own functions in the place of those above.
   void SetUp() override {
-    allocationToFail = 1;
-    void *volatile probe = std::malloc(1);
-    allocationToFail = 0;
-    if (probe != nullptr) {
-      std::free(probe);
-      GTEST_SKIP() << "allocations cannot be made to fail here";
-    }
+    if (!allocationsCanFail()) GTEST_SKIP() << "allocations cannot be made to fail here";
   }
 
   // Runs `operation` with its first allocation failing, then with its second, until none fails any more.
@@ -90,14 +27,17 @@ class FailingAllocations : public testing::Test {
   template <class Operation>
   static void eachFailureIsReported(int numAllocations, Operation operation) {
     for (int nth = 1; nth <= numAllocations + 1; ++nth) {
-      const int before = allocationsLeft;
-      allocationToFail = nth;
-      const bool succeeded = operation();
-      const bool reached = allocationToFail == 0;
-      allocationToFail = 0;
+      const int before = allocationsLeft();
+      bool succeeded = false;
+      bool reached = false;
+      {
+        const FailingAllocation failing(nth);
+        succeeded = operation();
+        reached = failing.hasFailed();
+      }
       EXPECT_EQ(reached, nth <= numAllocations) << "allocation " << nth;
       EXPECT_EQ(succeeded, !reached) << "allocation " << nth;
-      EXPECT_EQ(allocationsLeft, before) << "allocation " << nth;
+      EXPECT_EQ(allocationsLeft(), before) << "allocation " << nth;
     }
   }
 };
@@ -129,17 +69,16 @@ TEST_F(FailingAllocations, AreReportedForACompressedHostList) {
 TEST_F(FailingAllocations, LeaveAHostListAsItWas) {
   const char *const names[] = {"2*a", "b", "3*c"};
   auto **hosts = static_cast<char **>(std::malloc(sizeof names));
-  for (size_t i = 0; i < 3; ++i) hosts[i] = strdup(names[i]);
+  for (size_t i = 0; i < 3; ++i) hosts[i] = putstr_(names[i]);
   int count = 3;
 
   for (int nth = 1; nth <= 6; ++nth) {
-    const int before = allocationsLeft;
-    allocationToFail = nth;
+    const int before = allocationsLeft();
+    const FailingAllocation failing(nth);
     const int result = uncompressHostList(&count, &hosts);
-    EXPECT_EQ(allocationToFail, 0);
-    allocationToFail = 0;
+    EXPECT_TRUE(failing.hasFailed());
     EXPECT_EQ(result, WMQE_NO_MEM);
-    EXPECT_EQ(allocationsLeft, before);
+    EXPECT_EQ(allocationsLeft(), before);
     ASSERT_EQ(count, 3);
     for (size_t i = 0; i < 3; ++i) EXPECT_STREQ(hosts[i], names[i]);
   }
@@ -162,23 +101,22 @@ TEST_F(FailingAllocations, MakeAWriteFail) {
 TEST_F(FailingAllocations, LeaveASubmissionExtensionAsItWas) {
   submitExt *extension = nullptr;
   for (int nth = 1; nth <= 3; ++nth) {
-    const int before = allocationsLeft;
-    allocationToFail = nth;
+    const int before = allocationsLeft();
+    const FailingAllocation failing(nth);
     EXPECT_EQ(add_pair2submit_ext(&extension, 1, "a"), WMQE_NO_MEM);
-    EXPECT_EQ(allocationToFail, 0);
+    EXPECT_TRUE(failing.hasFailed());
     EXPECT_EQ(extension, nullptr);
-    EXPECT_EQ(allocationsLeft, before);
+    EXPECT_EQ(allocationsLeft(), before);
   }
   ASSERT_EQ(add_pair2submit_ext(&extension, 1, "a"), 0);
   for (int nth = 1; nth <= 2; ++nth) {
-    const int before = allocationsLeft;
-    allocationToFail = nth;
+    const int before = allocationsLeft();
+    const FailingAllocation failing(nth);
     EXPECT_EQ(add_pair2submit_ext(&extension, 2, "b"), WMQE_NO_MEM);
-    EXPECT_EQ(allocationToFail, 0);
+    EXPECT_TRUE(failing.hasFailed());
     EXPECT_EQ(extension->numPairs, 1);
-    EXPECT_EQ(allocationsLeft, before);
+    EXPECT_EQ(allocationsLeft(), before);
   }
-  allocationToFail = 0;
   freeSubmitExt(extension);
   std::free(extension);
 }
@@ -227,12 +165,11 @@ TEST_F(FailingAllocations, SetTheErrorNumberOfTheLineReader) {
   std::setvbuf(file, nullptr, _IONBF, 0);
   _getNextLine_(nullptr, nullptr, 0);
 
-  allocationToFail = 1;
-  const char *const line = _getNextLine_(file, nullptr, 0);
-  const bool reached = allocationToFail == 0;
-  allocationToFail = 0;
-  EXPECT_TRUE(reached);
-  EXPECT_EQ(line, nullptr);
+  {
+    const FailingAllocation failing(1);
+    EXPECT_EQ(_getNextLine_(file, nullptr, 0), nullptr);
+    EXPECT_TRUE(failing.hasFailed());
+  }
   EXPECT_EQ(wmc_errno, WMCE_NO_MEM);
 
   EXPECT_STREQ(_getNextLine_(file, nullptr, 0), "line");
@@ -245,13 +182,13 @@ TEST_F(FailingAllocations, CutALogMessage) {
   static char message[2000];
   wmq::logSink = [](int, const char *text) { std::strncpy(message, text, sizeof message - 1); };
   const std::string text(5000, 'x');
-  allocationToFail = 1;
-  wmc_syslog(LOG_INFO, "%s", text.c_str());
-  allocationToFail = 0;
+  {
+    const FailingAllocation failing(1);
+    wmc_syslog(LOG_INFO, "%s", text.c_str());
+  }
   wmq::logSink = nullptr;
   EXPECT_EQ(message, std::string(1023, 'x'));
 }
 
 }  // namespace
-
-#endif
+}  // namespace wmq::testing

@@ -1,29 +1,18 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 
+#include "support/failing_calls.h"
 #include "support/ordinary_user.h"
 #include "support/resource_limit.h"
 #include "support/scripted_clock.h"
 #include "support/stream_fixture.h"
 #include "support/text_files.h"
 #include "wmq.stream/stream_file.h"
-
-static bool refuseModes = false;
-
-// Stands in for the C library's: nothing else refuses the mode of a file that was made a moment ago.
-extern "C" int fchmod(int descriptor, mode_t mode) noexcept {
-  if (refuseModes) {
-    errno = EPERM;
-    return -1;
-  }
-  return static_cast<int>(syscall(SYS_fchmod, descriptor, mode));
-}
 
 namespace wmq::testing {
 namespace {
@@ -223,9 +212,10 @@ TEST_F(FailingToRotate, BecauseNoFileCanBeCreatedLosesTheFile) {
 TEST_F(FailingToRotate, BecauseTheNewFileGetsNoPermissionsLosesTheFile) {
   beReady();
   const int descriptors = openDescriptors();
-  refuseModes = true;
-  expectFailure(logSwitch(1), EPERM);
-  refuseModes = false;
+  {
+    const FailingCall refused("fchmod", 1, EPERM);
+    expectFailure(logSwitch(1), EPERM);
+  }
   EXPECT_EQ(openDescriptors(), descriptors - 1) << "the old file is closed, and the new one too";
   EXPECT_EQ(contentOf(rotated), "full\n" + endLine);
   EXPECT_EQ(contentOf(path), "");

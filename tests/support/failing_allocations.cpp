@@ -1,0 +1,98 @@
+#include "support/failing_allocations.h"
+
+#include <cerrno>
+#include <cstddef>
+#include <cstdlib>
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define WMQ_TESTS_BELOW(function) __interceptor_##function
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define WMQ_TESTS_BELOW(function) __interceptor_##function
+#endif
+#endif
+#ifndef WMQ_TESTS_BELOW
+#define WMQ_TESTS_BELOW(function) __libc_##function
+#endif
+
+namespace wmq::testing {
+namespace {
+
+thread_local int untilFailure = 0;  // 0: none is to fail
+thread_local bool failed = false;
+thread_local bool laterFail = false;
+thread_local int left = 0;
+
+bool failsNow() {
+  if (untilFailure > 0) {
+    if (--untilFailure > 0) return false;
+    failed = true;
+  } else if (!laterFail || !failed) {
+    return false;
+  }
+  errno = ENOMEM;
+  return true;
+}
+
+void *counted(void *memory) {
+  left += memory == nullptr ? 0 : 1;
+  return memory;
+}
+
+}  // namespace
+
+FailingAllocation::FailingAllocation(int nth, Later later) {
+  failed = false;
+  laterFail = later == failToo;
+  untilFailure = nth;
+}
+
+FailingAllocation::~FailingAllocation() {
+  untilFailure = 0;
+  laterFail = false;
+}
+
+bool FailingAllocation::hasFailed() const { return failed; }
+
+int allocationsLeft() { return left; }
+
+bool allocationsCanFail() {
+  void *volatile probe = nullptr;
+  {
+    const FailingAllocation failing(1);
+    probe = std::malloc(1);
+  }
+  std::free(probe);
+  return probe == nullptr;
+}
+
+}  // namespace wmq::testing
+
+// The C library itself must find them.
+#pragma GCC visibility push(default)
+extern "C" {
+void *WMQ_TESTS_BELOW(malloc)(size_t size) noexcept;
+void *WMQ_TESTS_BELOW(calloc)(size_t count, size_t size) noexcept;
+void *WMQ_TESTS_BELOW(realloc)(void *memory, size_t size) noexcept;
+void WMQ_TESTS_BELOW(free)(void *memory) noexcept;
+
+void *malloc(size_t size) noexcept {
+  return wmq::testing::failsNow() ? nullptr : wmq::testing::counted(WMQ_TESTS_BELOW(malloc)(size));
+}
+
+void *calloc(size_t count, size_t size) noexcept {
+  return wmq::testing::failsNow() ? nullptr : wmq::testing::counted(WMQ_TESTS_BELOW(calloc)(count, size));
+}
+
+void *realloc(void *memory, size_t size) noexcept {
+  if (wmq::testing::failsNow()) return nullptr;
+  void *const moved = WMQ_TESTS_BELOW(realloc)(memory, size);
+  return memory == nullptr ? wmq::testing::counted(moved) : moved;
+}
+
+void free(void *memory) noexcept {
+  wmq::testing::left -= memory == nullptr ? 0 : 1;
+  WMQ_TESTS_BELOW(free)(memory);
+}
+}
+#pragma GCC visibility pop
