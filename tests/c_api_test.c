@@ -235,6 +235,8 @@ static void throughAStream(char *path) {
     wmq_freelogrec(records[i]);
   }
 
+  CHECK(wmq_syncstream() == 0);
+
   int lineNum = 0;
   for (size_t i = 0; i < 3; ++i) {
     eventRecord *record = wmq_readstream(&lineNum);
@@ -248,6 +250,7 @@ static void throughAStream(char *path) {
   CHECK(wmq_errno == WMQE_EOF);
   CHECK(wmq_closestream() == 0);
   CHECK(wmq_closestream() == -1);
+  CHECK(wmq_syncstream() == -1 && wmq_errno == WMQE_BAD_ARG);
   CHECK(messages == 2);
 }
 

@@ -57,6 +57,12 @@ void addSinkOptions(CLI::App &command, SinkOptions &sink, const std::string &des
       "--max-size", [&sink](const std::string &text) { sink.maxSize = sizeFromText("--max-size", text); },
       "rotate FILE when it has N bytes or more, K, M and G allowed behind the number (default 1000000000)");
   CLI::Option *files = command.add_option("--max-files", sink.maxFiles, "keep N old files (default 10)");
+  command
+      .add_flag(
+          "--sync", sink.sync,
+          "bring FILE and the old files made of it to the disk before ending (fsync), and end with 3 if "
+          "that fails")
+      ->needs(file);
   size->type_name("N")->needs(file);
   files->type_name("N")->needs(file)->check(
       CLI::Range(1, std::numeric_limits<int32_t>::max()).description(""));

@@ -20,7 +20,7 @@ CLI::Option *addListOption(CLI::App &command, const std::string &name, std::vect
 CLI::Option *addTimeOption(CLI::App &command, const std::string &name, int64_t &seconds,
                            const std::string &description);
 
-// -o, --max-size, --max-files.
+// -o, --max-size, --max-files, --sync.
 void addSinkOptions(CLI::App &command, SinkOptions &sink, const std::string &description, bool required);
 
 }  // namespace wmq::tool

@@ -7,15 +7,17 @@
 
 namespace wmq::tool {
 
-const StreamOperations eventStream{"events",        &streamParams::fileName, wmq_openstream,
-                                   wmq_writestream, wmq_closestream,         wmq_formatrecord};
+const StreamOperations eventStream{"events",       &streamParams::fileName, wmq_openstream,  wmq_writestream,
+                                   wmq_syncstream, wmq_closestream,         wmq_formatrecord};
 const StreamOperations statusStream{"status",        &streamParams::statusFileName,
                                     wmq_openstatus,  wmq_writestatus,
-                                    wmq_closestatus, wmq_formatstatus};
+                                    wmq_syncstatus,  wmq_closestatus,
+                                    wmq_formatstatus};
 const StreamOperations pendingReasonsStream{"pending",
                                             &streamParams::pendingReasonsFileName,
                                             wmq_openpendingreasons,
                                             wmq_writependingreasons,
+                                            wmq_syncpendingreasons,
                                             wmq_closependingreasons,
                                             wmq_formatpendingreasons};
 
@@ -94,9 +96,11 @@ RecordSink::Result RecordSink::writeToStream(eventRecord &record) {
 void RecordSink::close() {
   if (toStandardOutput()) {
     output.finish(faults);
-  } else if (options.stream->close() != 0) {
-    faults.failure(options.file, "cannot be closed");
+    return;
   }
+  if (options.sync && options.stream->sync() != 0)
+    faults.failure(options.file, failureText(wmq_errno, errno));
+  if (options.stream->close() != 0) faults.failure(options.file, "cannot be closed");
 }
 
 }  // namespace wmq::tool

@@ -17,6 +17,7 @@ struct StreamOperations {
   char *streamParams::*path;
   int (*open)(const streamParams *params);
   int (*write)(eventRecord *record);
+  int (*sync)();
   int (*close)();
   int (*format)(eventRecord *record, char **text, size_t *length);
 };
@@ -29,6 +30,7 @@ struct SinkOptions {
   std::string file = "-";  // "-": standard output
   int32_t maxSize = 0;     // bytes at which the file is rotated; 0: the library's own limit
   int32_t maxFiles = 10;   // old files kept
+  bool sync = false;       // bring all to the disk before the end
 };
 
 class RecordSink {

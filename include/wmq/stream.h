@@ -2,7 +2,8 @@
 //
 // Threads. The state of the streams is process-wide, and the caller serialises what uses it: of the following
 // only one call at a time may run in a process, whichever of the streams it is for.
-//   wmq_openstream, wmq_writestream, wmq_readstream, wmq_closestream and their like for the side streams;
+//   wmq_openstream, wmq_writestream, wmq_syncstream, wmq_readstream, wmq_closestream and their like for the
+//   side streams;
 //   wmq_readstreamline, which keeps its record where the reads do;
 //   wmq_checkstatusfilenum.
 // wmq_readstreamlineMT, wmq_formatrecord and its like, wmq_freelogrec and the rest of the operations on
@@ -62,6 +63,18 @@ WMQ_API const char *wmq_streamversion(void);
 // only if wmq_errno was 0 before the call.
 WMQ_API int wmq_writestream(struct eventRecord *record);
 
+// Brings to the disk what was written since opening: the content of the stream's file and of the old files that
+// it was rotated into, and their names in the directory. What was written before a call that returned 0
+// outlives the machine; without any call that is up to the system, which takes its time. The stream stays as
+// it is, and so do the sizes and the counter of writes. A call takes as long as the disk does: call it where
+// a promise is given, not after each record. docs/durability.md tells what survives what, and the cost.
+// Returns 0, or -1 with wmq_errno
+//   WMQE_BAD_ARG   there is no open stream, or it has lost its file in a failed rotation
+//   WMQE_SYS       errno tells (EIO, ENOSPC, EDQUOT; EINVAL: the path is none of a regular file). What was
+//                  written since the last call that returned 0 may or may not outlive the machine, and a
+//                  later 0 does not tell: write it again to be sure
+WMQ_API int wmq_syncstream(void);
+
 // Reads the next line of the open event stream. `*lineNum` grows by one per call. Lines that begin with "#"
 // are skipped. The record belongs to the library and stands until the next call of this function or of
 // wmq_readstreamline. Reading goes on where the last read stopped, also between writes.
@@ -116,7 +129,7 @@ WMQ_API int wmq_formatrecord(struct eventRecord *record, char **text, size_t *le
 // ------------------------------------------------------------- the side streams
 
 // The status stream carries JOB_STATUS2 records only, the pending-reasons stream JOB_PENDING_REASONS only.
-// They open, rotate, read and close like the event stream, each with a descriptor and a counter of its own,
+// They open, rotate, sync, read and close like the event stream, each with a descriptor and a counter of its own,
 // and with these differences:
 //   - opening while open changes nothing only when the same path is given; another path, or none, closes the
 //     stream and opens it anew;
@@ -129,11 +142,13 @@ WMQ_API int wmq_formatrecord(struct eventRecord *record, char **text, size_t *le
 // returned.
 WMQ_API int wmq_openstatus(const struct streamParams *params);
 WMQ_API int wmq_writestatus(struct eventRecord *record);
+WMQ_API int wmq_syncstatus(void);
 WMQ_API struct eventRecord *wmq_readstatus(int *lineNum);
 WMQ_API int wmq_closestatus(void);
 
 WMQ_API int wmq_openpendingreasons(const struct streamParams *params);
 WMQ_API int wmq_writependingreasons(struct eventRecord *record);
+WMQ_API int wmq_syncpendingreasons(void);
 WMQ_API struct eventRecord *wmq_readpendingreasons(int *lineNum);
 WMQ_API int wmq_closependingreasons(void);
 

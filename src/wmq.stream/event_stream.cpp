@@ -26,6 +26,8 @@ int wmq_writestream(eventRecord *record) {
   return result;
 }
 
+int wmq_syncstream(void) { return wmq::syncStream(wmq::stream); }
+
 int wmq_formatrecord(eventRecord *record, char **text, size_t *length) {
   return wmq::formatLine(record, text, length, wmq::putEventLine);
 }

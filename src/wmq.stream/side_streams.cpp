@@ -102,6 +102,8 @@ int wmq_writestatus(eventRecord *record) {
   return wmq::writeRecord(wmq::status.file, wmq::status.writes, record, wmq::putStatusLine, filesRemoved);
 }
 
+int wmq_syncstatus(void) { return wmq::syncStream(wmq::status.file); }
+
 eventRecord *wmq_readstatus(int *lineNum) { return wmq::readRecord(wmq::status.file, lineNum); }
 
 int wmq_closestatus(void) { return wmq::closeStream(wmq::status.file); }
@@ -123,6 +125,8 @@ int wmq_writependingreasons(eventRecord *record) {
   return wmq::writeRecord(wmq::pendingreasons.file, wmq::pendingreasons.writes, record,
                           wmq::putPendingReasonsLine, filesRemoved);
 }
+
+int wmq_syncpendingreasons(void) { return wmq::syncStream(wmq::pendingreasons.file); }
 
 eventRecord *wmq_readpendingreasons(int *lineNum) {
   return wmq::readRecord(wmq::pendingreasons.file, lineNum);

@@ -79,14 +79,6 @@ DIR *openDirectory(const char *fileName, const Directory &directory) {
   return opendir(path);
 }
 
-// The text behind the last dot, if what stands before it is `prefix` and it is a whole number.
-const char *suffixOf(const char *name, const char *prefix) {
-  const char *dot = std::strrchr(name, '.');
-  if (dot == nullptr || !islongint_(dot + 1)) return nullptr;
-  const auto length = static_cast<size_t>(dot - name);
-  return std::strlen(prefix) == length && std::memcmp(name, prefix, length) == 0 ? dot + 1 : nullptr;
-}
-
 struct OldFile {
   int32_t suffix;
   bool named;  // by the very text that the number is written with: only such a file can be removed by number
@@ -119,12 +111,6 @@ struct OldFiles {
     return true;
   }
 };
-
-// True for a regular file, links not followed.
-bool isOldFile(DIR *directory, const char *entry) {
-  struct stat status;
-  return fstatat(dirfd(directory), entry, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISREG(status.st_mode);
-}
 
 int findOldFiles(const char *fileName, OldFiles &found) {
   const Directory directory = directoryOf(fileName);
@@ -205,16 +191,36 @@ const StreamKind eventStreamKind{.noun = "stream",
 
 constinit streamFile *stream = nullptr;
 
-bool nextSuffix(const char *fileName, int64_t now, int64_t &suffix) {
+DIR *listDirectoryOf(const char *fileName) {
   const char *const slash = std::strrchr(fileName, '/');
-  const Directory directory =
-      slash == nullptr ? Directory{0, true} : Directory{static_cast<size_t>(slash - fileName), false};
-  DIR *const listing = openDirectory(fileName, directory);
+  if (slash == nullptr) return openDirectory(fileName, Directory{0, true});
+  return openDirectory(fileName, Directory{static_cast<size_t>(slash - fileName), false});
+}
+
+const char *baseName(const char *fileName) {
+  const char *const slash = std::strrchr(fileName, '/');
+  return slash == nullptr ? fileName : slash + 1;
+}
+
+const char *suffixOf(const char *name, const char *prefix) {
+  const char *dot = std::strrchr(name, '.');
+  if (dot == nullptr || !islongint_(dot + 1)) return nullptr;
+  const auto length = static_cast<size_t>(dot - name);
+  return std::strlen(prefix) == length && std::memcmp(name, prefix, length) == 0 ? dot + 1 : nullptr;
+}
+
+bool isOldFile(DIR *directory, const char *entry) {
+  struct stat status;
+  return fstatat(dirfd(directory), entry, &status, AT_SYMLINK_NOFOLLOW) == 0 && S_ISREG(status.st_mode);
+}
+
+bool nextSuffix(const char *fileName, int64_t now, int64_t &suffix) {
+  DIR *const listing = listDirectoryOf(fileName);
   if (listing == nullptr) return false;
   suffix = now;
   errno = 0;
   for (const dirent *entry = readdir(listing); entry != nullptr; errno = 0, entry = readdir(listing)) {
-    const char *text = suffixOf(entry->d_name, slash == nullptr ? fileName : slash + 1);
+    const char *text = suffixOf(entry->d_name, baseName(fileName));
     if (text == nullptr) continue;
     const int64_t value = std::strtoll(text, nullptr, 10);
     if (value <= kLastSuffix) suffix = std::max(suffix, value + 1);
@@ -305,14 +311,14 @@ bool append(const streamFile &file, const char *bytes, size_t length) {
 
 // Suffixes that count for nothing may still be taken. A name is free when the system says so, and not when it
 // cannot say.
-static bool nameRotated(const char *fileName, char (&rotated)[sizeof path]) {
-  int64_t suffix = 0;
+static bool nameRotated(const char *fileName, char (&rotated)[sizeof path], int64_t &suffix) {
   if (!nextSuffix(fileName, currentTime(), suffix)) return false;
   struct stat status;
-  do {
-    if (!nameOldFile(rotated, fileName, suffix++)) return false;
-  } while (lstat(rotated, &status) == 0);
-  return errno == ENOENT;
+  while (nameOldFile(rotated, fileName, suffix)) {
+    if (lstat(rotated, &status) != 0) return errno == ENOENT;
+    ++suffix;
+  }
+  return false;
 }
 
 int resetstream(streamFile &file) {
@@ -322,7 +328,8 @@ int resetstream(streamFile &file) {
   if (const int result = checkstreamfilenum(file.fileName, file.maxStreamFileNum); result < 0) return result;
 
   char rotated[sizeof path];
-  if (!nameRotated(file.fileName, rotated)) return failSystem();
+  int64_t suffix = 0;
+  if (!nameRotated(file.fileName, rotated, suffix)) return failSystem();
   if (!writeEndOfStream(file)) return failSystem();
   // What the system kept back until now may be refused here: on a network, the disk may be full.
   const bool closed = std::fclose(file.fp) == 0;
@@ -343,6 +350,7 @@ int resetstream(streamFile &file) {
   protect(fresh);
   fcntl(fileno(fresh), F_SETFL, O_APPEND);
   file.fp = fresh;
+  if (file.firstUnsynced == 0 || suffix < file.firstUnsynced) file.firstUnsynced = suffix;
   reportState(file, file.kind->resetLabel, "reset");
   return 0;
 }

@@ -3,6 +3,8 @@
 #ifndef WMQ_STREAM_STREAM_FILE_H
 #define WMQ_STREAM_STREAM_FILE_H
 
+#include <dirent.h>
+
 #include <cstdio>
 
 #include "wmq.stream/line_source.h"
@@ -29,6 +31,7 @@ struct streamFile {
   int32_t trace;
   int (*traceFunc)(const char *message);
   const StreamKind *kind;
+  int64_t firstUnsynced;  // smallest suffix of the files rotated since the last sync; 0: none was
   LineSource lines;
 };
 
@@ -52,6 +55,22 @@ int resetstream(streamFile &file);
 // (wmq_errno untouched), no memory or a directory that cannot be listed; -2 for a file that cannot be
 // removed.
 int checkstreamfilenum(const char *fileName, int32_t maxFileNum);
+
+// Brings to the disk what was appended since opening: of the file, of those that it was rotated into, and
+// their names. False with errno.
+bool syncFile(streamFile &file);
+
+// The directory in which the file stands and its old files come to stand; null with errno.
+DIR *listDirectoryOf(const char *fileName);
+
+// The name without its directory.
+const char *baseName(const char *fileName);
+
+// The text behind the last dot, if what stands before it is `prefix` and it is a whole number.
+const char *suffixOf(const char *name, const char *prefix);
+
+// True for a regular file, links not followed.
+bool isOldFile(DIR *directory, const char *entry);
 
 // The suffix for the file that is rotated now.
 bool nextSuffix(const char *fileName, int64_t now, int64_t &suffix);

@@ -54,6 +54,16 @@ static void readToEnd(streamFile *file) {
   }
 }
 
+int syncStream(streamFile *file) {
+  if (file == nullptr || file->fp == nullptr) {
+    wmq_errno = WMQE_BAD_ARG;
+    return -1;
+  }
+  if (syncFile(*file)) return 0;
+  wmq_errno = WMQE_SYS;
+  return -1;
+}
+
 int closeStream(streamFile *&file) {
   if (file == nullptr) return -1;
   if (file->fp != nullptr) readToEnd(file);

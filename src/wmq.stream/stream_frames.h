@@ -13,6 +13,9 @@ int writeRecord(streamFile *file, int &writes, eventRecord *record, PutLine *put
 
 eventRecord *readRecord(streamFile *file, int *lineNum);
 
+// Brings what was written to the disk; 0, or -1 with wmq_errno.
+int syncStream(streamFile *file);
+
 // Closes what is open and sets `file` to null; -1 when nothing is.
 int closeStream(streamFile *&file);
 

@@ -9,13 +9,13 @@ namespace wmq::testing {
 
 const SideOperations kStatus = {
     "status",        "/tmp/wmq.status", EVENT_JOB_STATUS2, &streamParams::statusFileName,
-    wmq_openstatus,  wmq_writestatus,   wmq_readstatus,    wmq_closestatus,
-    wmq_formatstatus};
+    wmq_openstatus,  wmq_writestatus,   wmq_syncstatus,    wmq_readstatus,
+    wmq_closestatus, wmq_formatstatus};
 const SideOperations kPendingReasons = {"pendingreasons",          "/tmp/wmq.pendingreasons",
                                         EVENT_JOB_PENDING_REASONS, &streamParams::pendingReasonsFileName,
                                         wmq_openpendingreasons,    wmq_writependingreasons,
-                                        wmq_readpendingreasons,    wmq_closependingreasons,
-                                        wmq_formatpendingreasons};
+                                        wmq_syncpendingreasons,    wmq_readpendingreasons,
+                                        wmq_closependingreasons,   wmq_formatpendingreasons};
 
 const SideOperations kEvents = {"stream",        "/tmp/wmq.stream", EVENT_LOG_SWITCH, &streamParams::fileName,
                                 wmq_openstream,  wmq_writestream,   wmq_readstream,   wmq_closestream,

@@ -17,6 +17,7 @@ struct SideOperations {
   char *streamParams::*path;
   int (*open)(const streamParams *params);
   int (*write)(eventRecord *record);
+  int (*sync)();
   eventRecord *(*read)(int *lineNum);
   int (*close)();
   int (*format)(eventRecord *record, char **text, size_t *length);

@@ -56,6 +56,16 @@ With -o the lines go to a stream file. A bare name is in the current directory.
   $ stat -c %a stream
   644
 
+With --sync it ends when the disk has everything, or says that the disk may not.
+
+  $ wmq encode --sync -o synced records.json
+  $ cmp synced lines
+  $ mkdir moved
+  $ { cat records.json; for i in $(seq 300); do [ -e moved/stream ] && break; sleep 0.1; done; mv moved gone; } | wmq encode --sync -o moved/stream
+  wmq: moved/stream: error 54 WMQE_SYS: No such file or directory
+  [3]
+  $ cmp gone/stream lines
+
 The stream decides what stays of a record that it refuses half-way, and the next one is written.
 
   $ sed -n '9,10p' faulty.json | wmq encode -o refused 2>&1 | cut -d : -f 1-3

@@ -87,6 +87,8 @@ Help and version go to standard output.
         --max-size=N    rotate FILE when it has N bytes or more, K, M and G
                         allowed behind the number (default 1000000000)
         --max-files=N   keep N old files (default 10)
+        --sync          bring FILE and the old files made of it to the disk
+                        before ending (fsync), and end with 3 if that fails
   
   Examples:
     wmq decode stream.1700000000 | jq -c 'del(.eventLog.command)' | wmq encode
@@ -113,6 +115,8 @@ Help and version go to standard output.
         --max-size=N    rotate FILE when it has N bytes or more, K, M and G
                         allowed behind the number (default 1000000000)
         --max-files=N   keep N old files (default 10)
+        --sync          bring FILE and the old files made of it to the disk
+                        before ending (fsync), and end with 3 if that fails
         --status=FILE   append a JOB_STATUS2 of each running job, every 300
                         seconds, to this stream file
         --pending=FILE  append JOB_PENDING_REASONS of the waiting jobs, every 300
