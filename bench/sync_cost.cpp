@@ -1,7 +1,8 @@
-// sync_cost DIRECTORY: what wmq_syncstream costs on the disk of a directory, after each record and after more.
+// sync_cost DIRECTORY: what wmq_syncstream costs on the disk of a directory, after each record and after
+// more.
 //
-// The table is the one in docs/durability.md. A second table tells what the disk takes for the same bytes
-// without the library: write(2) and fsync(2).
+// The first table is the one in docs/durability.md. A second table tells what the disk takes for the same
+// bytes without the library: write(2) and fsync(2).
 #include <fcntl.h>
 #include <unistd.h>
 

@@ -63,11 +63,11 @@ WMQ_API const char *wmq_streamversion(void);
 // only if wmq_errno was 0 before the call.
 WMQ_API int wmq_writestream(struct eventRecord *record);
 
-// Brings to the disk what was written since opening: the content of the stream's file and of the old files that
-// it was rotated into, and their names in the directory. What was written before a call that returned 0
-// outlives the machine; without any call that is up to the system, which takes its time. The stream stays as
-// it is, and so do the sizes and the counter of writes. A call takes as long as the disk does: call it where
-// a promise is given, not after each record. docs/durability.md tells what survives what, and the cost.
+// Brings to the disk what was written since opening: the content of the stream's file and of the old files
+// that it was rotated into, and their names in the directory. What was written before a call that returned 0
+// outlives a crash of the machine; without a call the system decides when it does. The stream stays as it is,
+// and so does the counter of writes. A call takes as long as the disk does: call it where a promise is given,
+// not after each record. docs/durability.md tells what survives what, and the cost.
 // Returns 0, or -1 with wmq_errno
 //   WMQE_BAD_ARG   there is no open stream, or it has lost its file in a failed rotation
 //   WMQE_SYS       errno tells (EIO, ENOSPC, EDQUOT; EINVAL: the path is none of a regular file). What was
@@ -129,8 +129,8 @@ WMQ_API int wmq_formatrecord(struct eventRecord *record, char **text, size_t *le
 // ------------------------------------------------------------- the side streams
 
 // The status stream carries JOB_STATUS2 records only, the pending-reasons stream JOB_PENDING_REASONS only.
-// They open, rotate, sync, read and close like the event stream, each with a descriptor and a counter of its own,
-// and with these differences:
+// They open, rotate, sync, read and close like the event stream, each with a descriptor and a counter of its
+// own, and with these differences:
 //   - opening while open changes nothing only when the same path is given; another path, or none, closes the
 //     stream and opens it anew;
 //   - writing any other type does nothing, with success and wmq_errno 0, but for these, which fail with

@@ -350,6 +350,7 @@ int resetstream(streamFile &file) {
   protect(fresh);
   fcntl(fileno(fresh), F_SETFL, O_APPEND);
   file.fp = fresh;
+  file.namesSynced = false;
   if (file.firstUnsynced == 0 || suffix < file.firstUnsynced) file.firstUnsynced = suffix;
   reportState(file, file.kind->resetLabel, "reset");
   return 0;

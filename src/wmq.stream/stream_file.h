@@ -31,6 +31,7 @@ struct streamFile {
   int32_t trace;
   int (*traceFunc)(const char *message);
   const StreamKind *kind;
+  bool namesSynced;       // since the file was opened or rotated
   int64_t firstUnsynced;  // smallest suffix of the files rotated since the last sync; 0: none was
   LineSource lines;
 };

@@ -40,18 +40,20 @@ bool syncOldFiles(DIR *directory, const char *name, int64_t first) {
 
 }  // namespace
 
+// A directory takes the disk as long as a file does, even when nothing in it has changed.
 bool syncFile(streamFile &file) {
   if (!reachDisk(fileno(file.fp))) return false;
+  if (file.namesSynced) return true;
   DIR *const directory = listDirectoryOf(file.fileName);
   if (directory == nullptr) return false;
-  const bool synced =
+  file.namesSynced =
       (file.firstUnsynced == 0 || syncOldFiles(directory, baseName(file.fileName), file.firstUnsynced)) &&
       reachDisk(dirfd(directory));
   const int reason = errno;
   closedir(directory);
   errno = reason;
-  if (synced) file.firstUnsynced = 0;
-  return synced;
+  if (file.namesSynced) file.firstUnsynced = 0;
+  return file.namesSynced;
 }
 
 }  // namespace wmq
