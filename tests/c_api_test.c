@@ -229,8 +229,10 @@ static void throughAStream(char *path) {
                                       .traceFunc = countMessage};
 
   CHECK(wmq_openstream(&params) == 0);
+  CHECK(wmq_writestream(records[0]) == 0);
+  size_t written = 0;
+  CHECK(wmq_writestreambatch(records + 1, 2, &written) == 0 && written == 2);
   for (size_t i = 0; i < 3; ++i) {
-    CHECK(wmq_writestream(records[i]) == 0);
     wmq_freekept(records[i]);
     wmq_freelogrec(records[i]);
   }

@@ -63,6 +63,19 @@ WMQ_API const char *wmq_streamversion(void);
 // only if wmq_errno was 0 before the call.
 WMQ_API int wmq_writestream(struct eventRecord *record);
 
+// Appends `count` records as that many calls of wmq_writestream would, with the same counting of calls, the
+// same look at the size before every 100th, the same checks and effects on the records, but hands over many
+// lines in one write: up to 1024 records, or 1 MiB, and what waits before a rotation and at the end. Stops at
+// the first record that fails, and returns what wmq_writestream would have returned for it, with its
+// wmq_errno; the lines before it are in the file, and of its own what could be written.
+//
+// `*written` (null allowed) tells how many records, from the first, are in the file whole: `count` after
+// success; records[*written] is the one that failed. When a write fails, records behind that one may have
+// been changed as writing changes them. Calls that fail without looking at a record set it to 0: no open
+// stream (wmq_errno unchanged), null `records` with a count above 0 (WMQE_BAD_ARG).
+// Returns 0 on success; wmq_errno is WMQE_FILES_REMOVED then when old files were removed on the way.
+WMQ_API int wmq_writestreambatch(struct eventRecord *const *records, size_t count, size_t *written);
+
 // Brings to the disk what was written since opening: the content of the stream's file and of the old files
 // that it was rotated into, and their names in the directory. What was written before a call that returned 0
 // outlives a crash of the machine; without a call the system decides when it does. The stream stays as it is,
@@ -142,12 +155,14 @@ WMQ_API int wmq_formatrecord(struct eventRecord *record, char **text, size_t *le
 // returned.
 WMQ_API int wmq_openstatus(const struct streamParams *params);
 WMQ_API int wmq_writestatus(struct eventRecord *record);
+WMQ_API int wmq_writestatusbatch(struct eventRecord *const *records, size_t count, size_t *written);
 WMQ_API int wmq_syncstatus(void);
 WMQ_API struct eventRecord *wmq_readstatus(int *lineNum);
 WMQ_API int wmq_closestatus(void);
 
 WMQ_API int wmq_openpendingreasons(const struct streamParams *params);
 WMQ_API int wmq_writependingreasons(struct eventRecord *record);
+WMQ_API int wmq_writependingreasonsbatch(struct eventRecord *const *records, size_t count, size_t *written);
 WMQ_API int wmq_syncpendingreasons(void);
 WMQ_API struct eventRecord *wmq_readpendingreasons(int *lineNum);
 WMQ_API int wmq_closependingreasons(void);

@@ -4,6 +4,7 @@
 namespace wmq {
 
 static int nrecord = 0;  // lives as long as the process, whatever is opened and closed
+static constexpr Writing writing{.putLine = putEventLine, .writes = nrecord, .tellsRemoval = true};
 
 }  // namespace wmq
 
@@ -19,11 +20,10 @@ int wmq_openstream(const streamParams *params) {
   return wmq::stream != nullptr ? 0 : -1;
 }
 
-int wmq_writestream(eventRecord *record) {
-  bool filesRemoved = false;
-  const int result = wmq::writeRecord(wmq::stream, wmq::nrecord, record, wmq::putEventLine, filesRemoved);
-  if (result == 0 && filesRemoved) wmq_errno = WMQE_FILES_REMOVED;
-  return result;
+int wmq_writestream(eventRecord *record) { return wmq::writeRecord(wmq::stream, wmq::writing, record); }
+
+int wmq_writestreambatch(eventRecord *const *records, size_t count, size_t *written) {
+  return wmq::writeBatch(wmq::stream, wmq::writing, records, count, written);
 }
 
 int wmq_syncstream(void) { return wmq::syncStream(wmq::stream); }

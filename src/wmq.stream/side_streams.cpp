@@ -24,14 +24,20 @@ constexpr StreamKind pendingReasonsKind{.noun = "pendingreasons",
                                         .type = EVENT_JOB_PENDING_REASONS,
                                         .keepsDefaultPath = true};
 
+PutLine putStatusLine;
+PutLine putPendingReasonsLine;
+
 struct SideStream {
   const StreamKind &kind;
+  PutLine *putLine;
   streamFile *file = nullptr;
   int writes = 0;  // since the last check; lives as long as the process
+
+  Writing writing() { return {.putLine = putLine, .writes = writes, .tellsRemoval = false}; }
 };
 
-SideStream status{.kind = statusKind};
-SideStream pendingreasons{.kind = pendingReasonsKind};
+SideStream status{.kind = statusKind, .putLine = putStatusLine};
+SideStream pendingreasons{.kind = pendingReasonsKind, .putLine = putPendingReasonsLine};
 
 // Unlike the event stream, another path, or none, closes what is open and opens anew.
 int open(SideStream &side, const streamParams *params, char *streamParams::*pathMember) {
@@ -98,8 +104,11 @@ int wmq_openstatus(const streamParams *params) {
 }
 
 int wmq_writestatus(eventRecord *record) {
-  bool filesRemoved = false;
-  return wmq::writeRecord(wmq::status.file, wmq::status.writes, record, wmq::putStatusLine, filesRemoved);
+  return wmq::writeRecord(wmq::status.file, wmq::status.writing(), record);
+}
+
+int wmq_writestatusbatch(eventRecord *const *records, size_t count, size_t *written) {
+  return wmq::writeBatch(wmq::status.file, wmq::status.writing(), records, count, written);
 }
 
 int wmq_syncstatus(void) { return wmq::syncStream(wmq::status.file); }
@@ -121,9 +130,11 @@ int wmq_openpendingreasons(const streamParams *params) {
 }
 
 int wmq_writependingreasons(eventRecord *record) {
-  bool filesRemoved = false;
-  return wmq::writeRecord(wmq::pendingreasons.file, wmq::pendingreasons.writes, record,
-                          wmq::putPendingReasonsLine, filesRemoved);
+  return wmq::writeRecord(wmq::pendingreasons.file, wmq::pendingreasons.writing(), record);
+}
+
+int wmq_writependingreasonsbatch(eventRecord *const *records, size_t count, size_t *written) {
+  return wmq::writeBatch(wmq::pendingreasons.file, wmq::pendingreasons.writing(), records, count, written);
 }
 
 int wmq_syncpendingreasons(void) { return wmq::syncStream(wmq::pendingreasons.file); }

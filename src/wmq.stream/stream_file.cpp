@@ -166,7 +166,7 @@ bool writeEndOfStream(const streamFile &file) {
   char line[64];
   const int length = std::snprintf(line, sizeof line, "\"END_OF_STREAM\" \"%s\" %d\n", WMQ_FORMAT_VERSION,
                                    static_cast<int32_t>(currentTime()));
-  return append(file, line, static_cast<size_t>(length));
+  return append(file, line, static_cast<size_t>(length)) == static_cast<size_t>(length);
 }
 
 // A copy, but for a default path that is used as it is.
@@ -295,18 +295,18 @@ void closeFile(streamFile *file) {
 
 // The file is written past its buffer: a line reaches the system in one piece or fails with the system's
 // reason, and nothing of a failed line can come out later.
-bool append(const streamFile &file, const char *bytes, size_t length) {
+size_t append(const streamFile &file, const char *bytes, size_t length) {
   const int fd = fileno(file.fp);
-  while (length > 0) {
-    const ssize_t written = write(fd, bytes, length);
-    if (written < 0) {
-      if (errno == EINTR) continue;
-      return false;
+  size_t taken = 0;
+  while (taken < length) {
+    const ssize_t written = write(fd, bytes + taken, length - taken);
+    if (written >= 0) {
+      taken += static_cast<size_t>(written);
+    } else if (errno != EINTR) {
+      break;
     }
-    bytes += written;
-    length -= static_cast<size_t>(written);
   }
-  return true;
+  return taken;
 }
 
 // Suffixes that count for nothing may still be taken. A name is free when the system says so, and not when it
@@ -321,10 +321,13 @@ static bool nameRotated(const char *fileName, char (&rotated)[sizeof path], int6
   return false;
 }
 
-int resetstream(streamFile &file) {
+int isFull(const streamFile &file, size_t waiting) {
   struct stat status;
   if (fstat(fileno(file.fp), &status) != 0) return failSystem();
-  if (status.st_size < file.maxStreamSize) return 0;
+  return status.st_size + static_cast<off_t>(waiting) >= file.maxStreamSize ? 1 : 0;
+}
+
+int resetstream(streamFile &file) {
   if (const int result = checkstreamfilenum(file.fileName, file.maxStreamFileNum); result < 0) return result;
 
   char rotated[sizeof path];

@@ -45,11 +45,14 @@ streamFile *openFile(const StreamKind &kind, const char *fileName, const streamP
 // Closes the file and releases the descriptor.
 void closeFile(streamFile *file);
 
-// Appends the bytes to the file in one write. False with errno when not all of them could be written.
-bool append(const streamFile &file, const char *bytes, size_t length);
+// Appends the bytes to the file in one write. Returns how many went in; less than `length` comes with errno.
+size_t append(const streamFile &file, const char *bytes, size_t length);
 
-// Rotates a file that has reached its size: 0 when nothing was to be done or all went well, else negative
-// with wmq_errno as set.
+// Whether the file has reached its size, or will have with `waiting` bytes more: 1 or 0, -1 with wmq_errno
+// when that cannot be told.
+int isFull(const streamFile &file, size_t waiting);
+
+// Rotates the file: 0 when all went well, else negative with wmq_errno as set.
 int resetstream(streamFile &file);
 
 // Removes the oldest old files so that fewer than `maxFileNum` remain. 0; -1 for a null name, a limit below 1

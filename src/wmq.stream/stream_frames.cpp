@@ -1,31 +1,111 @@
 #include "wmq.stream/stream_frames.h"
 
+#include <algorithm>
+
 #include "wmq.stream/line_parser.h"
 
 namespace wmq {
 
+namespace {
+
 constexpr int kWritesPerCheck = 100;
 
-int writeRecord(streamFile *file, int &writes, eventRecord *record, PutLine *putLine, bool &filesRemoved) {
+// Lines of a batch that are built and not yet in the file. There is a bound to them: however many records a
+// batch has, it takes no more memory than this and one line.
+struct WaitingLines {
+  static constexpr size_t most = 1024;
+  Writer &io;
+  int writesBefore;  // the counter when the first of them was begun
+  size_t count = 0;
+  size_t ends[most];
+
+  explicit WaitingLines(int writes) : io(beginLine()), writesBefore(writes) {}
+  void add() { ends[count++] = io.size; }
+  bool areEnough() const { return count == most || io.size >= kKeptCapacity; }
+};
+
+// Puts what waits into the file. Where that fails, the counter is set to what it would be had the record of
+// the line that is not whole been the last to be written.
+bool handOver(const streamFile &file, WaitingLines &lines, int &writes, size_t &written) {
+  const size_t taken = lines.io.size > 0 ? append(file, lines.io.text, lines.io.size) : 0;
+  const bool all = taken == lines.io.size;
+  const size_t *const behind = std::upper_bound(lines.ends, lines.ends + lines.count, taken);
+  const auto whole = static_cast<size_t>(behind - lines.ends);
+  written += whole;
+  if (all) {
+    lines.writesBefore = writes;
+  } else {
+    wmq_errno = WMQE_SYS;
+    writes = static_cast<int>((static_cast<size_t>(lines.writesBefore) + whole + 1) % kWritesPerCheck);
+  }
+  lines.io.size = 0;
+  lines.count = 0;
+  return all;
+}
+
+// The look at the size before every 100th write, which rotates a file that is full.
+int check(streamFile &file, WaitingLines &lines, int &writes, size_t &written) {
+  const int full = isFull(file, lines.io.size);
+  if (full <= 0) return full;
+  return handOver(file, lines, writes, written) ? resetstream(file) : -1;
+}
+
+int writeRecords(streamFile &file, const Writing &how, eventRecord *const *records, size_t count,
+                 WaitingLines &lines, size_t &written, bool &anyRemoved) {
+  for (size_t i = 0; i < count; ++i) {
+    if (records[i] == nullptr) {
+      wmq_errno = WMQE_BAD_ARG;
+      return -1;
+    }
+    bool filesRemoved = false;
+    if (++how.writes == kWritesPerCheck) {
+      how.writes = 0;
+      if (const int result = check(file, lines, how.writes, written); result < 0) return result;
+      filesRemoved = wmq_errno == WMQE_FILES_REMOVED;
+    }
+    beginNextLine(lines.io);
+    if (const int result = how.putLine(lines.io, *records[i]); result != 0) return result;
+    if (filesRemoved && how.tellsRemoval && lines.io.size > lines.io.begin) {
+      wmq_errno = WMQE_FILES_REMOVED;
+      anyRemoved = true;
+    }
+    lines.add();
+    if (lines.areEnough() && !handOver(file, lines, how.writes, written)) return -1;
+  }
+  return 0;
+}
+
+}  // namespace
+
+int writeRecords(streamFile *file, const Writing &how, eventRecord *const *records, size_t count,
+                 size_t &written) {
+  written = 0;
   if (file == nullptr || file->fp == nullptr) return -1;
-  if (record == nullptr) {
+  WaitingLines lines(how.writes);
+  bool anyRemoved = false;
+  int result = writeRecords(*file, how, records, count, lines, written, anyRemoved);
+  // What a record that failed came to goes into the file too.
+  if (!handOver(*file, lines, how.writes, written)) result = -1;
+  if (result == 0 && anyRemoved) wmq_errno = WMQE_FILES_REMOVED;
+  finishLine(lines.io);
+  return result;
+}
+
+int writeRecord(streamFile *file, const Writing &how, eventRecord *record) {
+  size_t written = 0;
+  return writeRecords(file, how, &record, 1, written);
+}
+
+int writeBatch(streamFile *file, const Writing &how, eventRecord *const *records, size_t count,
+               size_t *written) {
+  size_t ignored = 0;
+  size_t &whole = written != nullptr ? *written : ignored;
+  whole = 0;
+  if (records == nullptr && count > 0 && file != nullptr && file->fp != nullptr) {
     wmq_errno = WMQE_BAD_ARG;
     return -1;
   }
-  if (++writes == kWritesPerCheck) {
-    writes = 0;
-    if (const int result = resetstream(*file); result < 0) return result;
-    filesRemoved = wmq_errno == WMQE_FILES_REMOVED;
-  }
-  Writer &io = beginLine();
-  int result = putLine(io, *record);
-  if (io.size == 0) filesRemoved = false;  // nothing to tell it with
-  if (io.size > 0 && !append(*file, io.text, io.size)) {
-    wmq_errno = WMQE_SYS;
-    result = -1;
-  }
-  finishLine(io);
-  return result;
+  return writeRecords(file, how, records, count, whole);
 }
 
 eventRecord *readRecord(streamFile *file, int *lineNum) {

@@ -7,9 +7,23 @@
 
 namespace wmq {
 
-// Appends what `putLine` makes of the record, after the size check that every 100th write brings. `writes`
-// counts them. `filesRemoved` tells whether this call removed old files.
-int writeRecord(streamFile *file, int &writes, eventRecord *record, PutLine *putLine, bool &filesRemoved);
+// What writing to a stream goes by.
+struct Writing {
+  PutLine *putLine;
+  int &writes;        // calls since the last size check; lives as long as the process
+  bool tellsRemoval;  // wmq_errno says whether old files were removed
+};
+
+// Appends `count` records as that many calls would, each 100th of which looks at the size before it, but
+// collects lines and hands over many in one write. Stops at the first failure. `written` is how many records,
+// from the first, have been dealt with and are in the file whole.
+int writeRecords(streamFile *file, const Writing &how, eventRecord *const *records, size_t count,
+                 size_t &written);
+
+// What the exported functions do with their arguments.
+int writeRecord(streamFile *file, const Writing &how, eventRecord *record);
+int writeBatch(streamFile *file, const Writing &how, eventRecord *const *records, size_t count,
+               size_t *written);
 
 eventRecord *readRecord(streamFile *file, int *lineNum);
 

@@ -15,7 +15,6 @@ namespace wmq {
 namespace {
 
 constexpr size_t kFirstCapacity = 4096;
-constexpr size_t kKeptCapacity = size_t{1} << 20;
 
 thread_local constinit Writer buffer;
 
@@ -32,9 +31,14 @@ const ThreadKey bufferKey(releaseBuffer);
 Writer &beginLine() {
   Writer &io = buffer;
   io.size = 0;
+  beginNextLine(io);
+  return io;
+}
+
+void beginNextLine(Writer &io) {
+  io.begin = io.size;
   io.error = 0;
   io.full = false;
-  return io;
 }
 
 void finishLine(Writer &io) {
@@ -51,7 +55,7 @@ int handOver(Writer &io, FILE *file) {
 void fail(Writer &io, int error, const char *field, const char *expected) {
   if (io.error != 0) return;
   io.error = error;
-  noteFailure(field, io.size, expected);
+  noteFailure(field, io.size - io.begin, expected);
 }
 
 char *room(Writer &io, size_t bytes) {

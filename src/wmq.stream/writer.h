@@ -17,13 +17,16 @@ struct Writer {
   char *text = nullptr;
   size_t size = 0;
   size_t capacity = 0;
+  size_t begin = 0;  // of the line that is being built, behind others that wait
   int error = 0;
   bool full = false;  // there was no memory for more
 };
 
 // The buffer of this thread, emptied. It is kept between lines up to a bound; finishLine gives back a larger
 // one.
+inline constexpr size_t kKeptCapacity = size_t{1} << 20;
 Writer &beginLine();
+void beginNextLine(Writer &io);
 void finishLine(Writer &io);
 
 // Hands what was built to `file`; returns 0, the writer's error, or WMQE_SYS.

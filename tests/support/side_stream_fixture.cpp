@@ -7,19 +7,39 @@
 
 namespace wmq::testing {
 
-const SideOperations kStatus = {
-    "status",        "/tmp/wmq.status", EVENT_JOB_STATUS2, &streamParams::statusFileName,
-    wmq_openstatus,  wmq_writestatus,   wmq_syncstatus,    wmq_readstatus,
-    wmq_closestatus, wmq_formatstatus};
-const SideOperations kPendingReasons = {"pendingreasons",          "/tmp/wmq.pendingreasons",
-                                        EVENT_JOB_PENDING_REASONS, &streamParams::pendingReasonsFileName,
-                                        wmq_openpendingreasons,    wmq_writependingreasons,
-                                        wmq_syncpendingreasons,    wmq_readpendingreasons,
-                                        wmq_closependingreasons,   wmq_formatpendingreasons};
-
-const SideOperations kEvents = {"stream",        "/tmp/wmq.stream", EVENT_LOG_SWITCH, &streamParams::fileName,
-                                wmq_openstream,  wmq_writestream,   wmq_readstream,   wmq_closestream,
-                                wmq_formatrecord};
+const SideOperations kStatus = {.noun = "status",
+                                .defaultPath = "/tmp/wmq.status",
+                                .type = EVENT_JOB_STATUS2,
+                                .path = &streamParams::statusFileName,
+                                .open = wmq_openstatus,
+                                .write = wmq_writestatus,
+                                .writeBatch = wmq_writestatusbatch,
+                                 .sync = wmq_syncstatus,
+                                .read = wmq_readstatus,
+                                .close = wmq_closestatus,
+                                .format = wmq_formatstatus};
+const SideOperations kPendingReasons = {.noun = "pendingreasons",
+                                        .defaultPath = "/tmp/wmq.pendingreasons",
+                                        .type = EVENT_JOB_PENDING_REASONS,
+                                        .path = &streamParams::pendingReasonsFileName,
+                                        .open = wmq_openpendingreasons,
+                                        .write = wmq_writependingreasons,
+                                        .writeBatch = wmq_writependingreasonsbatch,
+                                         .sync = wmq_syncpendingreasons,
+                                        .read = wmq_readpendingreasons,
+                                        .close = wmq_closependingreasons,
+                                        .format = wmq_formatpendingreasons};
+const SideOperations kEvents = {.noun = "stream",
+                                .defaultPath = "/tmp/wmq.stream",
+                                .type = EVENT_LOG_SWITCH,
+                                .path = &streamParams::fileName,
+                                .open = wmq_openstream,
+                                .write = wmq_writestream,
+                                .writeBatch = wmq_writestreambatch,
+                                .sync = wmq_syncstream,
+                                .read = wmq_readstream,
+                                .close = wmq_closestream,
+                                .format = wmq_formatrecord};
 
 std::ostream &operator<<(std::ostream &out, const SideOperations *side) { return out << side->noun; }
 

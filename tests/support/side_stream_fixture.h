@@ -17,6 +17,7 @@ struct SideOperations {
   char *streamParams::*path;
   int (*open)(const streamParams *params);
   int (*write)(eventRecord *record);
+  int (*writeBatch)(eventRecord *const *records, size_t count, size_t *written);
   int (*sync)();
   eventRecord *(*read)(int *lineNum);
   int (*close)();

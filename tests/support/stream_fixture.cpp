@@ -27,10 +27,7 @@ void callUntilCheck(const std::string &path) {
 
 }  // namespace
 
-StreamTest::StreamTest() {
-  callUntilCheck(path);
-  wmq_errno = 0;
-}
+StreamTest::StreamTest() { countFromZero(); }
 
 StreamTest::~StreamTest() {
   trace.whenReported = nullptr;  // what it refers to is gone by now
@@ -52,6 +49,12 @@ int StreamTest::write(int32_t number) { return write(logSwitch(number)); }
 int StreamTest::write(eventRecord record) {
   callsSinceCheck = (callsSinceCheck + 1) % 100;
   return wmq_writestream(&record);
+}
+
+void StreamTest::countFromZero() {
+  callUntilCheck(path);
+  callsSinceCheck = 0;
+  wmq_errno = 0;
 }
 
 void StreamTest::advanceToCheck() {

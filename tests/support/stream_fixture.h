@@ -32,6 +32,9 @@ class StreamTest : public ::testing::Test {
   int write(int32_t number);
   int write(eventRecord record);
 
+  // Begins where the count is 0, as every test does. No stream may be open.
+  void countFromZero();
+
   // Calls that write nothing, until the next call is one that checks the size. wmq_errno is 0 afterwards.
   void advanceToCheck();
 
