@@ -1,0 +1,99 @@
+// The program wmq on whole streams, beside others that go through the same files. Each run is a process of its
+// own, whose time and peak memory are taken.
+#include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "suites.h"
+
+namespace wmq::bench {
+namespace {
+
+size_t sizeOf(const std::string &path) {
+  struct stat status {};
+  if (stat(path.c_str(), &status) != 0) throw std::runtime_error("no file " + path);
+  return static_cast<size_t>(status.st_size);
+}
+
+struct Usage {
+  double seconds;
+  double cpuSeconds;
+  double peakKilobytes;
+};
+
+double secondsOf(const timeval &time) {
+  return static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec);
+}
+
+Usage runCommand(const std::vector<std::string> &command) {
+  std::vector<char *> arguments;
+  for (const std::string &argument : command) arguments.push_back(const_cast<char *>(argument.c_str()));
+  arguments.push_back(nullptr);
+  const auto begin = std::chrono::steady_clock::now();
+  const pid_t child = fork();
+  if (child < 0) throw std::runtime_error("no process");
+  if (child == 0) {
+    const int null = open("/dev/null", O_WRONLY);
+    dup2(null, STDOUT_FILENO);
+    execvp(arguments[0], arguments.data());
+    _exit(127);
+  }
+  int status = 0;
+  rusage usage{};
+  wait4(child, &status, 0, &usage);
+  const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - begin;
+  if (status != 0) throw std::runtime_error(command[0] + " failed");
+  return {elapsed.count(), secondsOf(usage.ru_utime) + secondsOf(usage.ru_stime),
+          static_cast<double>(usage.ru_maxrss)};
+}
+
+void add(const std::string &name, const std::vector<std::string> &command) {
+  const size_t size = sizeOf(command.back());
+  benchmark::RegisterBenchmark(("tool/" + name).c_str(),
+                               [=](benchmark::State &state) {
+                                 for (auto _ : state) {
+                                   const Usage usage = runCommand(command);
+                                   state.SetIterationTime(usage.seconds);
+                                   state.counters["cpu_seconds"] = usage.cpuSeconds;
+                                   state.counters["peak_kilobytes"] = usage.peakKilobytes;
+                                 }
+                                 state.SetBytesProcessed(static_cast<int64_t>(size) * state.iterations());
+                               })
+      ->UseManualTime()
+      ->Iterations(1);
+}
+
+}  // namespace
+
+// The directory that script/bench fills: a stream, its beginning, and that as JSON.
+void addTools() {
+  const char *given = std::getenv("WMQ_BENCH_STREAMS");
+  if (given == nullptr) return;
+  const std::string directory = given;
+  const std::string wmq = WMQ_BENCH_PROGRAM;
+  for (const std::string size : {"small", "large"}) {
+    const std::string stream = directory + '/' + size;
+    add("stats/" + size, {wmq, "stats", stream});
+    add("decode/" + size, {wmq, "decode", stream});
+    add("wc/" + size, {"wc", "-l", stream});
+  }
+  for (const std::string threads : {"1", "2"}) {
+    add("stats/small_on_" + threads, {wmq, "stats", "-j", threads, directory + "/small"});
+    add("decode/small_on_" + threads, {wmq, "decode", "-j", threads, directory + "/small"});
+  }
+  add("decode/one_type", {wmq, "decode", "--type", "JOB_FINISH", directory + "/small"});
+  add("encode/small", {wmq, "encode", directory + "/small.json"});
+  add("jq/small", {"jq", "-c", ".type", directory + "/small.json"});
+  add("simdjson/small", {WMQ_BENCH_COUNTER, directory + "/small.json"});
+}
+
+}  // namespace wmq::bench
