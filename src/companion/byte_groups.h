@@ -21,6 +21,25 @@ inline bool holdsByte(uint64_t group, char wanted) {
   return ((difference - ones) & ~difference & ones << 7) != 0;
 }
 
+// memcpy for strings of a few bytes, without the call: groups that may overlap.
+inline void copyBytes(char *out, const char *text, size_t length) {
+  if (length > 16) {
+    std::memcpy(out, text, length);
+  } else if (length >= 8) {
+    const auto head = groupAt<uint64_t>(text);
+    const auto tail = groupAt<uint64_t>(text + length - 8);
+    std::memcpy(out, &head, 8);
+    std::memcpy(out + length - 8, &tail, 8);
+  } else if (length >= 4) {
+    const auto head = groupAt<uint32_t>(text);
+    const auto tail = groupAt<uint32_t>(text + length - 4);
+    std::memcpy(out, &head, 4);
+    std::memcpy(out + length - 4, &tail, 4);
+  } else {
+    for (size_t i = 0; i < length; ++i) out[i] = text[i];
+  }
+}
+
 }  // namespace wmq
 
 #endif

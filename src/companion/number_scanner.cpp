@@ -87,7 +87,8 @@ const char *scanPlainDecimal(const char *text, Real &value) {
   if (numDigits == 0 || numDigits > 19 || digits > exactInDouble || lower(*text) == 'e' ||
       lower(*text) == 'x')
     return nullptr;
-  const double quotient = static_cast<double>(digits) / powersOfTen[decimals];
+  const auto whole = static_cast<double>(digits);
+  const double quotient = decimals == 0 ? whole : whole / powersOfTen[decimals];
   return narrow(negative ? -quotient : quotient, value) ? text : nullptr;
 }
 
@@ -279,6 +280,10 @@ const char *behindScanned(const char *text) {
 template <class Real>
 const char *scanReal(const char *text, Real &value) {
   text = skipSpace(text);
+  if (isDigit(*text) && (text[1] == ' ' || text[1] == '\0')) {  // most of the numbers of a usage are 0
+    value = static_cast<Real>(digitValue(*text));
+    return text + 1;
+  }
   if (const char *const end = scanPlainDecimal(text, value)) return end;
   const char *const end = behindScanned(text);
   return end != nullptr && readReal(text, value) != nullptr ? end : nullptr;

@@ -8,10 +8,6 @@
 #include <cstdlib>
 #include <cstring>
 
-#ifdef __SSE2__
-#include <emmintrin.h>
-#endif
-
 #include "companion/byte_groups.h"
 #include "wmq/companion.h"
 
@@ -61,33 +57,10 @@ bool copiedShort(char *out, const char *text, size_t length) {
 }
 
 #ifdef __SSE2__
-constexpr size_t groupSize = 16;
-
-__m128i loadGroup(const char *text) { return _mm_loadu_si128(reinterpret_cast<const __m128i *>(text)); }
-
-unsigned quotesIn(__m128i group) {
-  return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(group, _mm_set1_epi8('"'))));
-}
-
 unsigned lineEndsIn(__m128i group) {
   return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(group, _mm_set1_epi8('\n'))));
 }
 #endif
-
-// The first double quote from `text` on; `end` when there is none.
-const char *findQuote(const char *text, const char *end) {
-#ifdef __SSE2__
-  for (; static_cast<size_t>(end - text) >= groupSize; text += groupSize) {
-    if (const unsigned quotes = quotesIn(loadGroup(text)); quotes != 0) return text + __builtin_ctz(quotes);
-  }
-  while (text != end && *text != '"') ++text;
-  return text;
-#else
-  if (text == end) return end;
-  const void *const quote = std::memchr(text, '"', static_cast<size_t>(end - text));
-  return quote == nullptr ? end : static_cast<const char *>(quote);
-#endif
-}
 
 }  // namespace
 
@@ -149,7 +122,7 @@ const char *findQuoted(const char *text, const char *end, const char **content, 
   size_t escapes = 0;
   const char *quote = findQuote(first, end);
   for (; quote != end; quote = findQuote(quote + 2, end)) {
-    if (end - quote < 2 || (quote[1] != '"' && quote[1] != 'n')) {
+    if (end - quote < 2 || !isEscape(quote[1])) {
       *content = first;
       *rawLength = static_cast<size_t>(quote - first);
       *length = *rawLength - escapes;

@@ -4,8 +4,43 @@
 #define WMQ_COMPANION_QUOTING_H
 
 #include <cstddef>
+#include <cstring>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 namespace wmq {
+
+// Whether a double quote before this character does not end a string.
+inline bool isEscape(char c) { return c == '"' || c == 'n'; }
+
+#ifdef __SSE2__
+constexpr size_t groupSize = 16;
+
+inline __m128i loadGroup(const char *text) {
+  return _mm_loadu_si128(reinterpret_cast<const __m128i *>(text));
+}
+
+inline unsigned quotesIn(__m128i group) {
+  return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(group, _mm_set1_epi8('"'))));
+}
+#endif
+
+// The first double quote from `text` on; `end` when there is none. Nothing from `end` on is looked at.
+inline const char *findQuote(const char *text, const char *end) {
+#ifdef __SSE2__
+  for (; static_cast<size_t>(end - text) >= groupSize; text += groupSize) {
+    if (const unsigned quotes = quotesIn(loadGroup(text)); quotes != 0) return text + __builtin_ctz(quotes);
+  }
+  while (text != end && *text != '"') ++text;
+  return text;
+#else
+  if (text == end) return end;
+  const void *const quote = std::memchr(text, '"', static_cast<size_t>(end - text));
+  return quote == nullptr ? end : static_cast<const char *>(quote);
+#endif
+}
 
 // Number of bytes that quotedInto writes.
 size_t quotedSize(const char *text, size_t length);

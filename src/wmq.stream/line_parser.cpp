@@ -5,6 +5,7 @@
 
 #include "companion/numbers.h"
 #include "companion/quoting.h"
+#include "companion/zeroed_memory.h"
 #include "wmq.stream/failure.h"
 #include "wmq.stream/type_table.h"
 #include "wmq/stream.h"
@@ -46,6 +47,20 @@ bool takeToken(Reader &io, char *token, size_t size, size_t &length, const char 
   return true;
 }
 
+// Lines of one stream nearly all have the version of the line before.
+float versionOf(const char (&text)[sizeof(eventRecord::version)]) {
+  struct Parsed {
+    char text[sizeof(eventRecord::version)];
+    float value;
+  };
+  static thread_local constinit Parsed last{};
+  if (std::memcmp(text, last.text, sizeof last.text) != 0) {
+    std::memcpy(last.text, text, sizeof last.text);
+    last.value = static_cast<float>(parseReal(text, nullptr));
+  }
+  return last.value;
+}
+
 // Leaves the cursor at the fields. `lineVersion` is touched once the version stands on the line.
 bool takeHeader(Reader &io, Header &header, float &lineVersion) {
   nameType(nullptr);
@@ -54,8 +69,7 @@ bool takeHeader(Reader &io, Header &header, float &lineVersion) {
   size_t versionLength = 0;
   if (!takeToken(io, header.version, sizeof header.version, versionLength, "a quoted format version"))
     return false;
-  const char *numberEnd = nullptr;
-  lineVersion = static_cast<float>(parseReal(header.version, &numberEnd));
+  lineVersion = versionOf(header.version);
   if (!(lineVersion > 0.0F)) {
     fail(io, WMQE_BAD_FORMAT, nullptr, "a format version above 0");
     return false;
@@ -99,7 +113,7 @@ void readEventRecord(const char *line, const char *fields, const char *end, even
 
 // The same for a line that is known to hold no NUL.
 static eventRecord *parseText(const char *line, size_t length) {
-  auto *record = static_cast<eventRecord *>(std::calloc(1, sizeof(eventRecord)));
+  auto *record = static_cast<eventRecord *>(zeroed(1, sizeof(eventRecord)));
   if (record == nullptr) {
     wmq_errno = WMQE_NO_MEM;
     return nullptr;

@@ -32,8 +32,9 @@ constexpr Gate above(float threshold) { return {WMQ_GATE_ABOVE, threshold}; }
 // Versions are compared in single precision throughout: as doubles, 9.1 would not reach 9.1f.
 inline bool gateOpen(Gate gate, float line) {
   if (gate.kind == WMQ_GATE_ALWAYS) return true;
-  const bool same = std::fabs(line - gate.threshold) <= 0.00001F * std::fabs(line);
-  return gate.kind == WMQ_GATE_AT_LEAST ? same || line > gate.threshold : !same && line > gate.threshold;
+  const float tolerance = 0.00001F * std::fabs(line);  // no farther apart is the same version
+  const float above = line - gate.threshold;
+  return gate.kind == WMQ_GATE_AT_LEAST ? above >= -tolerance : above > tolerance;
 }
 
 // At least one bit of a mask is set in at least one of the words.

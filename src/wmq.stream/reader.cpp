@@ -5,10 +5,12 @@
 #include <algorithm>
 
 #include "companion/affinity.h"
+#include "companion/byte_groups.h"
 #include "companion/host_list.h"
 #include "companion/numbers.h"
 #include "companion/quoting.h"
 #include "companion/resource_usage.h"
+#include "companion/zeroed_memory.h"
 #include "wmq.stream/failure.h"
 
 namespace wmq {
@@ -64,19 +66,26 @@ void fail(Reader &io, int error, const char *field, const char *expected) {
   noteFailure(field, static_cast<size_t>(io.cursor - io.line), expected);
 }
 
-bool scan(Reader &io, int64_t &value) {
-  const char *after = scanInt64(io.cursor, value);
+// Most numbers are one digit. They are told at once; all others are scanned.
+template <typename Integer>
+static bool scanInteger(Reader &io, Integer &value) {
+  const char *const text = io.cursor;
+  const unsigned digit = digitValue(*text);
+  if (digit <= 9 && !isDigit(text[1])) {
+    value = static_cast<Integer>(digit);
+    io.cursor = text + 1;
+    return true;
+  }
+  int64_t wide = 0;
+  const char *const after = scanInt64(text, wide);
   if (after == nullptr) return false;
+  value = static_cast<Integer>(wide);
   io.cursor = after;
   return true;
 }
 
-bool scan(Reader &io, int32_t &value) {
-  int64_t wide = 0;
-  if (!scan(io, wide)) return false;
-  value = static_cast<int32_t>(wide);
-  return true;
-}
+bool scan(Reader &io, int64_t &value) { return scanInteger(io, value); }
+bool scan(Reader &io, int32_t &value) { return scanInteger(io, value); }
 
 bool scan(Reader &io, float &value) {
   const char *after = scanFloat(io.cursor, value);
@@ -96,6 +105,20 @@ bool scanUnsigned(Reader &io, int64_t &value) {
 
 void readText(Reader &io, const char *field, char *&value, size_t limit) {
   if (io.error != 0) return;
+  if (*io.cursor == '"') {
+    // As nearly all strings are: right here, and without an escape.
+    const char *const first = io.cursor + 1;
+    const char *const quote = findQuote(first, io.end);
+    const auto length = static_cast<size_t>(quote - first);
+    if (quote != io.end && !isEscape(quote[1]) && length <= limit) {
+      value = static_cast<char *>(std::malloc(length + 1));
+      if (value == nullptr) return fail(io, WMQE_NO_MEM, field, "memory for the string");
+      copyBytes(value, first, length);
+      value[length] = '\0';
+      io.cursor = quote + 1;
+      return skipBlank(io);
+    }
+  }
   const char *content = nullptr;
   size_t rawLength = 0;
   size_t length = 0;
@@ -163,8 +186,9 @@ void readWord(Reader &io, const char *field, char *&value, size_t limit) {
 
 void emptyText(Reader &io, const char *field, char *&value) {
   if (io.error != 0) return;
-  value = static_cast<char *>(std::calloc(1, 1));
-  if (value == nullptr) fail(io, WMQE_NO_MEM, field, "memory for the string");
+  value = static_cast<char *>(std::malloc(1));
+  if (value == nullptr) return fail(io, WMQE_NO_MEM, field, "memory for the string");
+  *value = '\0';
 }
 
 void *allocateElements(Reader &io, const char *field, int64_t count, size_t elementSize, size_t leastBytes,
@@ -177,7 +201,7 @@ void *allocateElements(Reader &io, const char *field, int64_t count, size_t elem
     fail(io, WMQE_BAD_FORMAT, field, "as many elements as the count says");
     return nullptr;
   }
-  void *array = std::calloc(count > 0 ? static_cast<size_t>(count) : 1, elementSize);
+  void *array = zeroed(count > 0 ? static_cast<size_t>(count) : 1, elementSize);
   if (array == nullptr) fail(io, noMemory, field, "memory for the list");
   return array;
 }
@@ -201,7 +225,7 @@ void copyStrings(Reader &io, const char *field, int32_t &count, char **&array, i
   if (io.error != 0) return;
   count = otherCount;
   if (otherCount <= 0) return;
-  array = static_cast<char **>(std::calloc(static_cast<size_t>(otherCount), sizeof(char *)));
+  array = static_cast<char **>(zeroed(static_cast<size_t>(otherCount), sizeof(char *)));
   count = 0;
   if (array == nullptr) return fail(io, WMQE_NO_MEM, field, "memory for the list");
   for (; count < otherCount; ++count) {

@@ -1,0 +1,28 @@
+// Zeroed memory, quickly.
+//
+// calloc of the C library passes by the blocks that a thread has just freed, which malloc takes first: records
+// and short arrays, of which a reader allocates and frees the same few again and again, come twice as fast
+// from malloc. Long arrays are left to calloc, which knows pages that are zero already.
+#ifndef WMQ_COMPANION_ZEROED_MEMORY_H
+#define WMQ_COMPANION_ZEROED_MEMORY_H
+
+#include <cstdlib>
+#include <cstring>
+
+namespace wmq {
+
+// As calloc; `count` and `size` are above 0.
+inline void *zeroed(size_t count, size_t size) {
+  constexpr size_t most = 1024;
+  if (count > most / size) return std::calloc(count, size);
+  size_t bytes = count * size;
+  void *memory = std::malloc(bytes);
+  if (memory == nullptr) return nullptr;
+  // Compilers would make one calloc of malloc and memset, and a slow loop of a memset whose size they know.
+  __asm__("" : "+r"(memory), "+r"(bytes));
+  return std::memset(memory, 0, bytes);
+}
+
+}  // namespace wmq
+
+#endif
