@@ -1,5 +1,5 @@
-// The program wmq on whole streams, beside others that go through the same files. Each run is a process of its
-// own, whose time and peak memory are taken.
+// The program wmq on whole streams, beside others that go through the same files. Each run is a process of
+// its own, whose time and peak memory are taken.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <sys/resource.h>

@@ -20,9 +20,18 @@
 namespace wmq::testing {
 namespace {
 
-constexpr SideOperations kEvents = {
-    "stream",        "/tmp/wmq.stream", EVENT_JOB_NEW,  &streamParams::fileName, wmq_openstream,
-    wmq_writestream, wmq_syncstream,    wmq_readstream, wmq_closestream,         wmq_formatrecord};
+// The event stream again, with longer lines than those of the fixture.
+constexpr SideOperations kLongEvents = {.noun = "stream",
+                                        .defaultPath = "/tmp/wmq.stream",
+                                        .type = EVENT_JOB_NEW,
+                                        .path = &streamParams::fileName,
+                                        .open = wmq_openstream,
+                                        .write = wmq_writestream,
+                                        .writeBatch = wmq_writestreambatch,
+                                        .sync = wmq_syncstream,
+                                        .read = wmq_readstream,
+                                        .close = wmq_closestream,
+                                        .format = wmq_formatrecord};
 
 const std::string kEndLine = "\"END_OF_STREAM\" \"10.1\" 1700000500\n";
 
@@ -323,7 +332,8 @@ TEST_P(AKilledWriter, LosesNothingWhateverTheMoment) {
   RecordProperty("tornLines", tornLines);
 }
 
-INSTANTIATE_TEST_SUITE_P(OfAnyStream, AKilledWriter, ::testing::Values(&kEvents, &kStatus, &kPendingReasons),
+INSTANTIATE_TEST_SUITE_P(OfAnyStream, AKilledWriter,
+                         ::testing::Values(&kLongEvents, &kStatus, &kPendingReasons),
                          [](const auto &test) { return std::string(test.param->noun); });
 
 }  // namespace

@@ -163,7 +163,9 @@ TEST(ALayoutsWriter, TellsBehindWhicheverByteTheFileIsFull) {
 
 TEST(AHelper, TellsBehindWhicheverByteTheFileIsFull) {
   const Names names = {"a", "a", "2*b", std::string(600, 'c')};
-  const auto list = [&](FILE *file) { return writeHostList(file, names.count(), const_cast<Names &>(names)); };
+  const auto list = [&](FILE *file) {
+    return writeHostList(file, names.count(), const_cast<Names &>(names));
+  };
   const std::string longText(600, '"');
   const auto text = [&](FILE *file) { return addQStr(file, longText.c_str()); };
   const std::function<int(FILE *)> operations[] = {list, text};

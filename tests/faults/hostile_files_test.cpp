@@ -23,7 +23,8 @@ using ::testing::ElementsAreArray;
 using ::testing::IsEmpty;
 using ::testing::IsSupersetOf;
 
-class AHostileFileSystem : public SideStreamTest, public ::testing::WithParamInterface<const SideOperations *> {
+class AHostileFileSystem : public SideStreamTest,
+                           public ::testing::WithParamInterface<const SideOperations *> {
  protected:
   AHostileFileSystem() : SideStreamTest(*GetParam()) {
     makeFile(elsewhere / "target", "somebody's");

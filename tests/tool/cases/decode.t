@@ -136,6 +136,6 @@ Output that fails ends with 3.
 A reader that has seen enough ends the program silently.
 
   $ wmq replay --limit 2000 "$EXAMPLES"/*.swf -o events > /dev/null
-  $ (trap '' PIPE; wmq decode events; echo "[$?]" >&2) | head -n 1 | cut -c 1-16
+  $ (trap '' PIPE; wmq decode events; echo "[$?]" > status) | head -n 1 | cut -c 1-16; cat status
   {"type":"MBD_STA
   [141]

@@ -48,7 +48,8 @@ Help and version go to standard output.
   
     FILE:LINE: error NUMBER NAME: what is wrong
   
-  and the next line goes on; the exit status is 1 then.
+  and the next line goes on; the exit status is 1 then. Of lines that --type,
+  --since or --until leave out only the header is looked at.
   
   Options:
     -h, --help          print this help and end
