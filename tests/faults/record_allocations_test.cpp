@@ -33,10 +33,6 @@ OwnedRecord richRecord(int32_t type, uint64_t value) {
   return record;
 }
 
-const SideOperations &streamOf(int32_t type) {
-  return type == EVENT_JOB_STATUS2 ? kStatus : type == EVENT_JOB_PENDING_REASONS ? kPendingReasons : kEvents;
-}
-
 // Writers change the record that they are given.
 std::string written(eventRecord record) {
   char *text = nullptr;

@@ -1,5 +1,6 @@
 #include "support/failing_allocations.h"
 
+#include <atomic>
 #include <cerrno>
 #include <cstddef>
 #include <cstdlib>
@@ -22,6 +23,7 @@ thread_local int untilFailure = 0;  // 0: none is to fail
 thread_local bool failed = false;
 thread_local bool laterFail = false;
 thread_local int left = 0;
+std::atomic<int> allFailed = 0;
 
 bool failsNow() {
   if (untilFailure > 0) {
@@ -30,6 +32,7 @@ bool failsNow() {
   } else if (!laterFail || !failed) {
     return false;
   }
+  ++allFailed;
   errno = ENOMEM;
   return true;
 }
@@ -55,6 +58,8 @@ FailingAllocation::~FailingAllocation() {
 bool FailingAllocation::hasFailed() const { return failed; }
 
 int allocationsLeft() { return left; }
+
+int allocationsFailed() { return allFailed; }
 
 bool allocationsCanFail() {
   void *volatile probe = nullptr;

@@ -20,6 +20,9 @@ class FailingAllocation {
 // How many more allocations than releases this thread has had.
 int allocationsLeft();
 
+// How many have failed in the whole program.
+int allocationsFailed();
+
 // False where some tool has put its own functions in the place of those of this program.
 bool allocationsCanFail();
 

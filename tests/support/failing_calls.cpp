@@ -24,6 +24,9 @@ struct Plan {
 };
 Plan plan;
 
+int allCallsFailed = 0;
+int allWritesFailed = 0;
+
 bool writesEnd = false;
 size_t bytesTaken = 0;
 int endOfWrites = 0;
@@ -38,8 +41,10 @@ bool fails(const char *name) {
   } else if (!plan.laterFail) {
     return false;
   }
-  if (plan.lastError != 0) errno = plan.lastError;
-  return plan.lastError != 0;
+  if (plan.lastError == 0) return false;
+  ++allCallsFailed;
+  errno = plan.lastError;
+  return true;
 }
 
 }  // namespace
@@ -53,6 +58,9 @@ AtCall::~AtCall() { plan = {}; }
 bool AtCall::happened() const { return !plan.happened.empty(); }
 
 std::string AtCall::name() const { return plan.happened; }
+
+int callsFailed() { return allCallsFailed; }
+int writesFailed() { return allWritesFailed; }
 
 WritesEndAfter::WritesEndAfter(size_t bytes, int error) {
   bytesTaken = bytes;
@@ -102,6 +110,7 @@ ssize_t __wrap_write(int fd, const void *from, size_t size) {
   if (fails("write")) return -1;
   if (!writesEnd) return __real_write(fd, from, size);
   if (bytesTaken == 0) {
+    ++allWritesFailed;
     errno = endOfWrites;
     return -1;
   }

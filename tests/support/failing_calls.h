@@ -41,6 +41,10 @@ class WritesEndAfter {
   WritesEndAfter &operator=(const WritesEndAfter &) = delete;
 };
 
+// How many have failed in the whole program: calls by name, and writes that found no more room.
+int callsFailed();
+int writesFailed();
+
 }  // namespace wmq::testing
 
 #endif

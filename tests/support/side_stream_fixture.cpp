@@ -41,6 +41,12 @@ const SideOperations kEvents = {.noun = "stream",
                                 .close = wmq_closestream,
                                 .format = wmq_formatrecord};
 
+const SideOperations &streamOf(int32_t type) {
+  return type == EVENT_JOB_STATUS2           ? kStatus
+         : type == EVENT_JOB_PENDING_REASONS ? kPendingReasons
+                                             : kEvents;
+}
+
 std::ostream &operator<<(std::ostream &out, const SideOperations *side) { return out << side->noun; }
 
 SharedPath::SharedPath(const std::string &path) : path_(path), wasThere_(exists(path)) {}

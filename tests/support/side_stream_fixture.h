@@ -28,6 +28,9 @@ extern const SideOperations kStatus;
 extern const SideOperations kPendingReasons;
 extern const SideOperations kEvents;  // the event stream, for tests of what all three do alike
 
+// The stream that writes the fields of the type.
+const SideOperations &streamOf(int32_t type);
+
 std::ostream &operator<<(std::ostream &out, const SideOperations *side);
 
 // Removes the file at a path that tests share with the system, unless it was there before.
