@@ -20,7 +20,8 @@ class Counts : public ::testing::Environment {
   }
 };
 
-[[maybe_unused]] const ::testing::Environment *const kCounts = ::testing::AddGlobalTestEnvironment(new Counts);
+[[maybe_unused]] const ::testing::Environment *const kCounts =
+    ::testing::AddGlobalTestEnvironment(new Counts);
 
 // How many of the calls fail, beginning with the one that does so first.
 template <class Call>

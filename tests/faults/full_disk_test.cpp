@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -341,14 +342,14 @@ TEST_P(AFullDisk, LosesTheStreamWhenNoFileCanBeCreated) {
 TEST_P(AFullDisk, KeepsEveryRecordThatWasWritten) {
   const bool possible = withPrivateMounts([this] {
     clock.whenRead = [this] { ++clock.now; };
-    for (const size_t filled : {0U, 1U, 2U, 3U, 5U, 7U}) {
+    for (const size_t filled : {0U, 1U, 2U, 3U}) {
       const TemporaryDirectory disk;
-      mountDisk(disk.path(), "size=96k");
+      mountDisk(disk.path(), "size=64k");
       makeFile(disk / "filler", std::string(filled * kPage, 'f'));
       ASSERT_EQ(openAs(disk / "s", {.size = 1, .oldFiles = 1000}), 0);
       std::vector<int32_t> good;
       int failures = 0;
-      for (int32_t number = 1; failures < 250; ++number) {
+      for (int32_t number = 1; failures < 150; ++number) {
         errno = 0;
         if (write(number) == 0) {
           good.push_back(number);
@@ -371,8 +372,12 @@ TEST_P(AFullDisk, KeepsEveryRecordThatWasWritten) {
       for (const int32_t number : good) {
         at = all.find(lineOf(number), at);
         ASSERT_NE(at, all.npos) << number;
-        ASSERT_EQ(all.find(lineOf(number), at + 1), all.npos) << number;
       }
+      // A line of the end of a file is the only one that ends in a digit, and what is torn has no line end.
+      size_t records = 0;
+      for (size_t i = 1; i < all.size(); ++i)
+        if (all[i] == '\n' && std::isdigit(static_cast<unsigned char>(all[i - 1])) == 0) ++records;
+      EXPECT_EQ(records, good.size());
     }
   });
   if (!possible) GTEST_SKIP() << "no mounts of one's own here";

@@ -61,13 +61,16 @@ int allocationsLeft() { return left; }
 
 int allocationsFailed() { return allFailed; }
 
+// Called by its address: a tool puts its own function there, and not where the compiler has copied this one.
 bool allocationsCanFail() {
-  void *volatile probe = nullptr;
+  void *(*volatile const allocate)(size_t) = std::malloc;
+  void (*volatile const release)(void *) = std::free;
+  void *probe = nullptr;
   {
     const FailingAllocation failing(1);
-    probe = std::malloc(1);
+    probe = allocate(1);
   }
-  std::free(probe);
+  release(probe);
   return probe == nullptr;
 }
 

@@ -37,7 +37,7 @@ bool detachMounts() {
         !writeText("/proc/self/gid_map", "0 " + std::to_string(gid) + " 1"))
       return false;
   }
-  return mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+  return mount("none", "/", "none", MS_REC | MS_PRIVATE, "") == 0;
 }
 
 void mustMount(const std::string &directory, unsigned long flags, const std::string &options) {

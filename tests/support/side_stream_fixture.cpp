@@ -42,9 +42,7 @@ const SideOperations kEvents = {.noun = "stream",
                                 .format = wmq_formatrecord};
 
 const SideOperations &streamOf(int32_t type) {
-  return type == EVENT_JOB_STATUS2           ? kStatus
-         : type == EVENT_JOB_PENDING_REASONS ? kPendingReasons
-                                             : kEvents;
+  return type == EVENT_JOB_STATUS2 ? kStatus : type == EVENT_JOB_PENDING_REASONS ? kPendingReasons : kEvents;
 }
 
 std::ostream &operator<<(std::ostream &out, const SideOperations *side) { return out << side->noun; }
