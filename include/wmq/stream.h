@@ -60,7 +60,7 @@ WMQ_API const char *wmq_streamversion(void);
 //   WMQE_SYS, WMQE_NO_MEM or unchanged the rotation failed; nothing was written of this record. After a
 //                                      failed rename or creation only closing and opening helps
 // Types 60 to 64 are dropped with success. Types 29, 30 and 70 write a header without line end, and return 0
-// only if wmq_errno was 0 before the call.
+// only if wmq_errno was 0 before the call and the call removed no old files.
 WMQ_API int wmq_writestream(struct eventRecord *record);
 
 // Appends `count` records as that many calls of wmq_writestream would, with the same counting of calls, the

@@ -25,6 +25,10 @@ constexpr int64_t kBegin = 1000;
 // Calls are counted through the whole process; each input begins where that count is 0.
 int callsSinceCheck = 0;
 
+bool isBareHeader(int32_t type) {
+  return type == EVENT_JOB_OCCUPY_REQ || type == EVENT_JOB_VACATED || type == EVENT_JOB_STATUS2;
+}
+
 class Trial {
  public:
   explicit Trial(const std::string &directory) : directory_(directory), path_(directory + "/s") {
@@ -84,6 +88,8 @@ void Trial::write(eventRecord record) {
   if (wasOpen) {
     callsSinceCheck = (callsSinceCheck + 1) % kCallsPerCheck;
     expected = model_.write(bytes, callsSinceCheck == 0, clock_.now) && error == 0;
+    // A bare header leaves the error number alone, and succeeds only if that is 0.
+    if (isBareHeader(record.type) && model_.hasRemovedFiles()) expected = false;
   }
   wmq_errno = 0;
   require((wmq_writestream(&record) == 0) == expected, "a write succeeds when the model's does");

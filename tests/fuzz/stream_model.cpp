@@ -25,6 +25,7 @@ void StreamModel::removeOldest() {
 bool StreamModel::rotate(int64_t now) {
   if (static_cast<int64_t>(current.size()) < maxSize_) return true;
   if (maxOldFiles_ < 1) return false;
+  removedFiles_ = oldFiles.size() >= static_cast<size_t>(maxOldFiles_);  // told so even if none could go
   removeOldest();
   int64_t suffix = now;
   for (const auto &[taken, content] : oldFiles)
@@ -38,6 +39,7 @@ bool StreamModel::rotate(int64_t now) {
 }
 
 bool StreamModel::write(const std::string &bytes, bool check, int64_t now) {
+  removedFiles_ = false;
   if (check && !rotate(now)) return false;
   current += bytes;
   return true;

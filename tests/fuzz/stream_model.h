@@ -18,6 +18,7 @@ class StreamModel {
   // A write of which `bytes` would be appended and which is `check` when it looks at the size, at the time
   // `now`. False if it fails: nothing is appended then.
   bool write(const std::string &bytes, bool check, int64_t now);
+  bool hasRemovedFiles() const { return removedFiles_; }  // the last write
 
   // Somebody else appends to the current file, or lays down an old one.
   void append(const std::string &bytes) { current += bytes; }
@@ -34,6 +35,7 @@ class StreamModel {
   void removeOldest();
 
   bool open_ = false;
+  bool removedFiles_ = false;
   bool readable_ = false;  // not from a rotation on
   int64_t maxSize_ = 0;
   int maxOldFiles_ = 0;

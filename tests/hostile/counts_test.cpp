@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <regex>
 #include <set>
 #include <string>
 #include <vector>
@@ -20,8 +19,10 @@ namespace wmq::testing {
 namespace {
 
 std::string withoutIndices(const std::string &path) {
-  static const std::regex index("\\[[0-9]+\\]");
-  return std::regex_replace(path, index, "[]");
+  std::string plain;
+  for (const char c : path)
+    if (plain.empty() || plain.back() != '[' || c < '0' || c > '9') plain += c;
+  return plain;
 }
 
 bool isRead(const wmqField &field) {
