@@ -5,6 +5,7 @@
 //   replay_TARGET --raw FILE...      files that are one input each, such as what libFuzzer reports
 //   replay_TARGET --unpack DIR CORPUS...   seeds and inputs as files of DIR
 //   replay_TARGET --pack DIR...      the files of the directories as a corpus, on standard output
+//   replay_TARGET --headers          how lines of each type begin
 #include <algorithm>
 #include <cstdio>
 #include <exception>
@@ -16,6 +17,7 @@
 
 #include "fuzz/corpus_file.h"
 #include "fuzz/fuzz_target.h"
+#include "support/record_lines.h"
 #include "support/text_files.h"
 
 namespace wmq::testing {
@@ -53,12 +55,19 @@ void pack(const std::vector<std::string> &directories) {
   for (const std::string &line : lines) std::printf("%s\n", line.c_str());
 }
 
+void printHeaders() {
+  for (int32_t type = 0; type <= WMQ_MAX_EVENT_TYPE; ++type)
+    if (const char *name = wmq_typename(type); name != nullptr)
+      std::printf("%s\n", line(name, WMQ_FORMAT_VERSION, "").c_str());
+}
+
 void run(std::vector<std::string> arguments) {
   const std::string mode = arguments.empty() ? "" : arguments[0];
   if (!mode.starts_with("--")) return replay(arguments);
   arguments.erase(arguments.begin());
   if (mode == "--unpack") return unpack(arguments);
   if (mode == "--pack") return pack(arguments);
+  if (mode == "--headers") return printHeaders();
   if (mode != "--raw") throw std::runtime_error("no option " + mode);
   for (const std::string &path : arguments) tryInput(contentOf(path));
 }
