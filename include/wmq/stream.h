@@ -2,8 +2,8 @@
 //
 // Threads. The state of the streams is process-wide, and the caller serialises what uses it: of the following
 // only one call at a time may run in a process, whichever of the streams it is for.
-//   wmq_openstream, wmq_writestream, wmq_syncstream, wmq_readstream, wmq_closestream and their like for the
-//   side streams;
+//   wmq_openstream, wmq_writestream, wmq_writestreambatch, wmq_syncstream, wmq_readstream, wmq_closestream
+//   and their like for the side streams;
 //   wmq_readstreamline, which keeps its record where the reads do;
 //   wmq_checkstatusfilenum.
 // wmq_readstreamlineMT, wmq_formatrecord and its like, wmq_freelogrec and the rest of the operations on
