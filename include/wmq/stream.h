@@ -78,9 +78,9 @@ WMQ_API int wmq_writestreambatch(struct eventRecord *const *records, size_t coun
 
 // Brings to the disk what was written since opening: the content of the stream's file and of the old files
 // that it was rotated into, and their names in the directory. What was written before a call that returned 0
-// outlives a crash of the machine; without a call the system decides when it does. The stream stays as it is,
-// and so does the counter of writes. A call takes as long as the disk does: call it where a promise is given,
-// not after each record. docs/durability.md tells what survives what, and the cost.
+// outlives a crash of the machine; without a call, and after closing, the system decides when it does. The
+// stream stays as it is, and so does the counter of writes. A call takes as long as the disk does: call it
+// where a promise is given, not after each record. docs/durability.md tells what survives what, and the cost.
 // Returns 0, or -1 with wmq_errno
 //   WMQE_BAD_ARG   there is no open stream, or it has lost its file in a failed rotation
 //   WMQE_SYS       errno tells (EIO, ENOSPC, EDQUOT; EINVAL: the path is none of a regular file). What was

@@ -196,7 +196,7 @@ TEST_F(OpeningAStream, FailsForAnEmptyName) {
 
 TEST_F(OpeningAStream, FailsForANameOf4096Characters) {
   std::string name = directory.path();
-  while (name.size() + 2 <= 4095) name += "/.";
+  while (name.size() + 4 <= 4096) name += "/.";
   name.append(4096 - name.size() - 2, '/').append("/s");
   ASSERT_EQ(name.size(), 4096U);
   expectRefused(name, ENAMETOOLONG);
