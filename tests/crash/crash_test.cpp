@@ -8,6 +8,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <deque>
 #include <random>
 #include <sstream>
 
@@ -19,19 +20,6 @@
 
 namespace wmq::testing {
 namespace {
-
-// The event stream again, with longer lines than those of the fixture.
-constexpr SideOperations kLongEvents = {.noun = "stream",
-                                        .defaultPath = "/tmp/wmq.stream",
-                                        .type = EVENT_JOB_NEW,
-                                        .path = &streamParams::fileName,
-                                        .open = wmq_openstream,
-                                        .write = wmq_writestream,
-                                        .writeBatch = wmq_writestreambatch,
-                                        .sync = wmq_syncstream,
-                                        .read = wmq_readstream,
-                                        .close = wmq_closestream,
-                                        .format = wmq_formatrecord};
 
 const std::string kEndLine = "\"END_OF_STREAM\" \"10.1\" 1700000500\n";
 
@@ -60,17 +48,23 @@ struct Work {
   int firstNumber = 1;
   size_t textLength = 0;  // of the longest record; they come in all lengths up to it
   int32_t oldFiles = 99;
+  bool inBatches = false;  // one for each round
 
   int records() const { return rounds * writesPerRound; }
 };
+
+// LOG_SWITCH, the type that tests of the event stream use, has no text.
+int32_t typeOf(const SideOperations &stream) {
+  return stream.type == EVENT_LOG_SWITCH ? EVENT_JOB_NEW : stream.type;
+}
 
 // A record like no other of the stream.
 class Numbered {
  public:
   Numbered(const SideOperations &stream, int32_t number, size_t textLength)
-      : record(bareRecord(stream.type)),
+      : record(bareRecord(typeOf(stream))),
         text_(textLength == 0 ? 0 : static_cast<size_t>(number) * 104729 % textLength, 'x') {
-    switch (stream.type) {
+    switch (record.type) {
       case EVENT_JOB_STATUS2:
         record.eventLog.jobStatus2Log.numJobs = number;
         record.eventLog.jobStatus2Log.resReq = text_.data();
@@ -118,17 +112,28 @@ class AKilledWriter : public ::testing::TestWithParam<const SideOperations *> {
   // Runs in a process of its own.
   void write(const Work &work) {
     if (open(path, work.oldFiles) != 0) _exit(1);
-    eventRecord dropped = bareRecord(side.type == EVENT_JOB_NEW ? 61 : EVENT_LOG_SWITCH);
-    int number = work.firstNumber;
+    eventRecord dropped = bareRecord(typeOf(side) == EVENT_JOB_NEW ? 61 : EVENT_LOG_SWITCH);
     for (int round = 0; round < work.rounds; ++round) {
       for (int call = work.writesPerRound; call < 100; ++call) side.write(&dropped);
-      for (int call = 0; call < work.writesPerRound; ++call, ++number) {
-        Numbered numbered(side, number, work.textLength);
-        if (side.write(&numbered.record) != 0) _exit(2);
-        succeeded.set(number);
-      }
+      writeRound(work, work.firstNumber + round * work.writesPerRound);
     }
     if (side.close() != 0) _exit(3);
+  }
+
+  void writeRound(const Work &work, int firstNumber) {
+    std::deque<Numbered> numbered;
+    std::vector<eventRecord *> records;
+    for (int number = firstNumber; number < firstNumber + work.writesPerRound; ++number)
+      records.push_back(&numbered.emplace_back(side, number, work.textLength).record);
+    if (work.inBatches) {
+      if (side.writeBatch(records.data(), records.size(), nullptr) != 0) _exit(2);
+      succeeded.set(firstNumber + work.writesPerRound - 1);
+      return;
+    }
+    for (eventRecord *record : records) {
+      if (side.write(record) != 0) _exit(2);
+      succeeded.set(firstNumber++);
+    }
   }
 
   // The files in the order in which they were written.
@@ -169,7 +174,7 @@ class AKilledWriter : public ::testing::TestWithParam<const SideOperations *> {
     return 1;
   }
 
-  // All that was reported is there in its order and once, and at most one more, whole or torn.
+  // All that was reported is there in its order and once, and at most one call's records more, whole or torn.
   void expectWhatWasReported(const Work &work) {
     const int first = firstLeft = firstNumberLeft(work);
     const std::string all = content();
@@ -177,7 +182,8 @@ class AKilledWriter : public ::testing::TestWithParam<const SideOperations *> {
     ASSERT_TRUE(whole.starts_with(all)) << all;
     const int last = lastSucceeded = succeeded.get();
     EXPECT_TRUE(last == 0 || all.find(line(last)) != std::string::npos) << last;
-    EXPECT_EQ(all.find(line(last + 2)), std::string::npos) << last;
+    const int atOnce = work.inBatches ? work.writesPerRound : 1;
+    EXPECT_EQ(all.find(line(last + atOnce + 1)), std::string::npos) << last;
     // Of the old files only as many are gone as there were too many.
     const auto oldFiles = static_cast<int32_t>(files().size()) - (exists(path) ? 1 : 0);
     EXPECT_TRUE(first == 1 || oldFiles >= work.oldFiles - 1) << "the first left is " << first;
@@ -227,7 +233,7 @@ class AKilledWriter : public ::testing::TestWithParam<const SideOperations *> {
 
   // The record behind a torn line begins where a header stands that is not the line's own.
   void expectToBeRecovered(const std::string &physical) const {
-    const std::string header = '"' + std::string(eventType(side.type).name) + "\" \"10.1\" ";
+    const std::string header = '"' + std::string(eventType(typeOf(side)).name) + "\" \"10.1\" ";
     const size_t begin = physical.rfind(header);
     ASSERT_NE(begin, std::string::npos);
     EXPECT_GT(begin, 0U);
@@ -260,8 +266,19 @@ class AKilledWriter : public ::testing::TestWithParam<const SideOperations *> {
       });
     }
     EXPECT_EQ(lastSucceeded, work.records()) << "the last one was not killed";
-    EXPECT_GT(crashes, 2 * work.records());
+    EXPECT_GT(crashes, work.inBatches ? 4 * work.rounds : 2 * work.records());
     RecordProperty("crashes", crashes);
+  }
+
+  // Kills a writer when the system has taken that many bytes of its write of that number.
+  void killInWrite(const Work &work, int number, size_t taken) {
+    TracedProcess writer([&] { write(work); });
+    for (int writes = 0; writes < number;) {
+      ASSERT_TRUE(writer.goOn());
+      if (writer.isAboutToWrite()) ++writes;
+    }
+    writer.shortenWrite(taken);
+    ASSERT_TRUE(writer.goOn());
   }
 
   const SideOperations &side = *GetParam();
@@ -285,6 +302,10 @@ TEST_P(AKilledWriter, LosesNothingWhileOldFilesAreRemoved) {
   EXPECT_EQ(firstLeft, 10) << "the last one has removed a file";
 }
 
+TEST_P(AKilledWriter, LosesNoRecordOfAFinishedBatchWhateverTheSystemCall) {
+  killAtEverySystemCall({.inBatches = true});
+}
+
 // The system may take a part of a line only: the disk is full, or the writer is killed at a long line.
 TEST_P(AKilledWriter, LeavesOneTornLineWhateverTheByte) {
   const Work work{};
@@ -293,17 +314,21 @@ TEST_P(AKilledWriter, LeavesOneTornLineWhateverTheByte) {
     const size_t length = write == 10 ? kEndLine.size() : line(write == 9 ? 9 : 10).size();
     for (size_t taken = 1; taken < length && !HasFailure(); ++taken) {
       SCOPED_TRACE("killed after byte " + std::to_string(taken) + " of write " + std::to_string(write));
-      expectNothingLost(work, [&] {
-        TracedProcess writer([&] { this->write(work); });
-        for (int writes = 0; writes < write;) {
-          ASSERT_TRUE(writer.goOn());
-          if (writer.isAboutToWrite()) ++writes;
-        }
-        writer.shortenWrite(taken);
-        ASSERT_TRUE(writer.goOn());
-      });
+      expectNothingLost(work, [&] { killInWrite(work, write, taken); });
       EXPECT_EQ(torn.size(), taken);
     }
+  }
+  RecordProperty("crashes", crashes);
+}
+
+TEST_P(AKilledWriter, LeavesOneTornLineOfABatchWhateverTheByte) {
+  const Work work{.inBatches = true};
+  size_t length = 0;
+  for (int number = 1; number < work.writesPerRound; ++number) length += line(number).size();
+  for (size_t taken = 1; taken < length && !HasFailure(); taken += 17) {
+    SCOPED_TRACE("killed after byte " + std::to_string(taken));
+    expectNothingLost(work, [&] { killInWrite(work, 1, taken); });
+    EXPECT_EQ(content().find(line(work.writesPerRound)), std::string::npos) << "nothing comes later";
   }
   RecordProperty("crashes", crashes);
 }
@@ -332,8 +357,7 @@ TEST_P(AKilledWriter, LosesNothingWhateverTheMoment) {
   RecordProperty("tornLines", tornLines);
 }
 
-INSTANTIATE_TEST_SUITE_P(OfAnyStream, AKilledWriter,
-                         ::testing::Values(&kLongEvents, &kStatus, &kPendingReasons),
+INSTANTIATE_TEST_SUITE_P(OfAnyStream, AKilledWriter, ::testing::Values(&kEvents, &kStatus, &kPendingReasons),
                          [](const auto &test) { return std::string(test.param->noun); });
 
 }  // namespace
