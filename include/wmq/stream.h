@@ -65,8 +65,8 @@ WMQ_API int wmq_writestream(struct eventRecord *record);
 
 // Appends `count` records as that many calls of wmq_writestream would, with the same counting of calls, the
 // same look at the size before every 100th, the same checks and effects on the records, but hands over many
-// lines in one write: up to 1024 records, or 1 MiB, and what waits before a rotation and at the end. Stops at
-// the first record that fails, and returns what wmq_writestream would have returned for it, with its
+// lines in one write: up to 1024 records, or 512 KiB, and what waits before a rotation and at the end. Stops
+// at the first record that fails, and returns what wmq_writestream would have returned for it, with its
 // wmq_errno; the lines before it are in the file, and of its own what could be written.
 //
 // `*written` (null allowed) tells how many records, from the first, are in the file whole: `count` after

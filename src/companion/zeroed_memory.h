@@ -1,8 +1,8 @@
 // Zeroed memory, quickly.
 //
-// calloc of the C library passes by the blocks that a thread has just freed, which malloc takes first:
-// records and short arrays, of which a reader allocates and frees the same few again and again, come twice as
-// fast from malloc. Long arrays are left to calloc, which knows pages that are zero already.
+// calloc of the C library passes by the blocks that a thread has just freed, which malloc takes first: what a
+// reader allocates and frees again and again, records and short arrays, comes twice as fast from malloc. Long
+// arrays are left to calloc, which knows pages that are zero already.
 #ifndef WMQ_COMPANION_ZEROED_MEMORY_H
 #define WMQ_COMPANION_ZEROED_MEMORY_H
 

@@ -21,7 +21,7 @@ struct WaitingLines {
 
   explicit WaitingLines(int writes) : io(beginLine()), writesBefore(writes) {}
   void add() { ends[count++] = io.size; }
-  bool areEnough() const { return count == most || io.size >= kKeptCapacity; }
+  bool areEnough() const { return count == most || io.size >= kKeptCapacity / 2; }
 };
 
 // Puts what waits into the file. Where that fails, the counter is set to what it would be had the record of

@@ -89,7 +89,7 @@ TEST_F(WritingABatch, OfManyRecordsTakesBoundedMemory) {
   eventRecord longRecord = bareRecord(EVENT_JOB_NEW);
   longRecord.eventLog.jobNewLog.jobName = const_cast<char *>(longText.c_str());
   EXPECT_EQ(writeAll(std::vector(9, longRecord)), 0);
-  EXPECT_EQ(writeCalls, 3);
+  EXPECT_EQ(writeCalls, 5);
   EXPECT_EQ(written, 9U);
 }
 
