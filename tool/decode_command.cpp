@@ -9,9 +9,10 @@
 
 #include "commands.h"
 #include "faults.h"
-#include "lines.h"
+#include "line_feed.h"
 #include "options.h"
 #include "output.h"
+#include "pipeline.h"
 #include "progress.h"
 #include "records.h"
 #include "wmq/json.h"
@@ -28,6 +29,7 @@ struct DecodeOptions {
   int64_t since = std::numeric_limits<int64_t>::min();
   int64_t until = std::numeric_limits<int64_t>::max();
   bool pretty = false;
+  unsigned threads = 1;
 
   bool chooses() const {
     using Limits = std::numeric_limits<int64_t>;
@@ -39,52 +41,72 @@ struct DecodeOptions {
   }
 };
 
-class Decoder {
- public:
-  Decoder(const DecodeOptions &given, Faults &reportTo, Output &writeTo)
-      : options(given), faults(reportTo), output(writeTo) {}
-  Decoder(const Decoder &) = delete;
-  Decoder &operator=(const Decoder &) = delete;
-  ~Decoder() { std::free(text); }
+// JSON of one record, in memory that is used again.
+struct JsonText {
+  JsonText() = default;
+  JsonText(const JsonText &) = delete;
+  JsonText &operator=(const JsonText &) = delete;
+  ~JsonText() { std::free(text); }
 
-  // False when nothing more can be written.
-  bool decode(const Lines &line) {
-    if (carriesNoRecord(line.text()) || isPassedOver(line)) return true;
-    Record record = readRecord(line, &faults);
-    if (!record) return true;
-
-    wmq_errno = 0;
-    ssize_t length = wmq_record2json(record.get(), options.pretty, &text, &capacity);
-    if (length < 0) {
-      faults.refused(line.file(), line.number(), wmq_errno);
-      return true;
-    }
-    return output.write({text, static_cast<size_t>(length)}) && output.write("\n");
-  }
-
- private:
-  // A line with a bad header is not: reading it will tell what is wrong.
-  bool isPassedOver(const Lines &line) const {
-    if (!options.chooses()) return false;
-    wmqLineHeader header;
-    return wmq_peekline(line.text().data(), &header) == 0 && !options.isWanted(header);
-  }
-
-  const DecodeOptions &options;
-  Faults &faults;
-  Output &output;
   char *text = nullptr;
   size_t capacity = 0;
 };
 
+struct DecodePart : LinePart {
+  JsonText record;
+  std::string json;
+};
+
+// A line with a bad header is not passed over: reading it will tell what is wrong.
+bool isPassedOver(std::string_view line, const DecodeOptions &options) {
+  if (carriesNoRecord(line)) return true;
+  if (!options.chooses()) return false;
+  wmqLineHeader header;
+  return wmq_peekline(line.data(), &header) == 0 && !options.isWanted(header);
+}
+
+bool decodeLine(std::string_view line, const DecodeOptions &options, DecodePart &part, Refusal &why) {
+  const Record record = readRecord(line, why);
+  if (!record) return false;
+  wmq_errno = 0;
+  const ssize_t length =
+      wmq_record2json(record.get(), options.pretty, &part.record.text, &part.record.capacity);
+  if (length < 0) {
+    why = lastRefusal();
+    return false;
+  }
+  part.json.append(part.record.text, static_cast<size_t>(length));
+  part.json += '\n';
+  return true;
+}
+
+void decodePart(DecodePart &part, const DecodeOptions &options) {
+  part.json.clear();
+  part.badLines.clear();
+  part.numLines = part.block.eachLine([&](std::string_view line, uint64_t number, uint64_t /*bytes*/) {
+    Refusal why;
+    if (!isPassedOver(line, options) && !decodeLine(line, options, part, why))
+      part.badLines.push_back({number, std::move(why)});
+    return true;
+  });
+}
+
 int decodeFiles(const DecodeOptions &options) {
   Progress progress(options.files, true);
   Faults faults(&progress);
+  PartReport report(faults, progress);
   Output output;
-  Decoder decoder(options, faults, output);
-  eachLine(
-      options.files, faults, progress, [&] { output.flush(); },
-      [&](const Lines &line) { return decoder.decode(line); });
+  LineFeed feed(options.files);
+  if (options.threads == 1) feed.beforeWaiting([&] { output.flush(); });
+  Pipeline<DecodePart>(options.threads, {.fill = [&](DecodePart &part) { return feed.fill(part); },
+                                         .work = [&](DecodePart &part) { decodePart(part, options); },
+                                         .use =
+                                             [&](const DecodePart &part) {
+                                               report.add(part);
+                                               return output.write(part.json);
+                                             },
+                                         .idle = [&] { output.flush(); }})
+      .run();
   output.finish(faults);
   return faults.exitStatus();
 }
@@ -115,6 +137,7 @@ void addDecodeCommand(CLI::App &program, Run &run) {
   addTimeOption(*command, "--since", options->since, "only records of this time or later");
   addTimeOption(*command, "--until", options->until, "only records of this time or earlier");
   command->add_flag("--pretty", options->pretty, "indent the objects over several lines");
+  addThreadsOption(*command, options->threads);
   command->footer(
       "TIME is a number of seconds since 1970-01-01T00:00:00Z, or ISO 8601 with a\n"
       "zone: 2023-11-14T22:13:20Z, 2023-11-14T23:13+01:00.\n"

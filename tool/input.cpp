@@ -40,6 +40,12 @@ void Input::fail(Trouble kind, std::string text) {
   ended = true;
 }
 
+bool Input::wouldWait() const {
+  if (!mayWait || ended || next != end) return false;
+  pollfd waiting{descriptor, POLLIN, 0};
+  return poll(&waiting, 1, 0) == 0;
+}
+
 size_t Input::readRaw(char *into, size_t room) {
   if (ended) return 0;
   if (mayWait && onWait) {

@@ -26,6 +26,9 @@ class Input {
   Input &operator=(const Input &) = delete;
   ~Input();
 
+  // Whether the next read would wait for a pipe or a terminal.
+  bool wouldWait() const;
+
   // Called before a read that has to wait for a pipe or a terminal, so that output need not wait with it.
   void beforeWaiting(std::function<void()> action) { onWait = std::move(action); }
 

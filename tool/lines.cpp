@@ -16,7 +16,7 @@ constexpr size_t startSize = size_t{256} << 10;
 Lines::Lines(std::string file) : name(std::move(file)), input(name), buffer(startSize + 1) {}
 
 bool Lines::readMore() {
-  if (begin > 0 && !kept) {
+  if (begin > 0) {
     std::memmove(buffer.data(), buffer.data() + begin, end - begin);
     end -= begin;
     begin = 0;
@@ -49,14 +49,6 @@ bool Lines::next() {
   begin += size();
   ++count;
   return true;
-}
-
-void Lines::startAgain() {
-  restoreLineEnd();
-  line = nullptr;
-  begin = 0;
-  count = 0;
-  kept = false;
 }
 
 void Lines::reportEnd(Faults &faults) const {

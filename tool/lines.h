@@ -32,11 +32,6 @@ class Lines {
   // Its bytes in the file, the line end included.
   uint64_t size() const { return length + (lineEnd ? 1 : 0); }
 
-  // Keeps all that is read from here on, so that startAgain() can return to the first line. For a look at
-  // the beginning of pipes, which cannot be opened twice.
-  void keepBeginning() { kept = true; }
-  void startAgain();
-
   const std::string &file() const { return name; }
   Input &source() { return input; }
 
@@ -52,7 +47,6 @@ class Lines {
   std::vector<char> buffer;  // one byte more than is ever read into it, for the NUL
   size_t begin = 0;          // of what has not been returned
   size_t end = 0;            // of what was read
-  bool kept = false;
   char *line = nullptr;
   size_t length = 0;
   bool lineEnd = false;  // the current line has one; its NUL stands there

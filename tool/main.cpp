@@ -1,5 +1,6 @@
 // wmq: the event streams of a batch job scheduler on the command line.
 #include <fcntl.h>
+#include <malloc.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -101,10 +102,19 @@ int runProgram(int argc, char **argv) {
 
 }  // namespace wmq::tool
 
+// A record with many hosts takes and gives back megabytes, again and again: they stay with the process.
+static void keepFreedMemory() {
+#ifdef __GLIBC__
+  mallopt(M_TRIM_THRESHOLD, 64 << 20);
+  mallopt(M_MMAP_THRESHOLD, 32 << 20);
+#endif
+}
+
 int main(int argc, char **argv) {
   // Callers may hand down that it is ignored; a reader that has gone is to end the program silently.
   std::signal(SIGPIPE, SIG_DFL);
   wmq::tool::occupyStandardStreams();
+  keepFreedMemory();
   try {
     return wmq::tool::runProgram(argc, argv);
   } catch (const std::exception &error) {

@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include "pipeline.h"
 #include "times.h"
 
 namespace wmq::tool {
@@ -46,6 +47,14 @@ CLI::Option *addTimeOption(CLI::App &command, const std::string &name, int64_t &
     seconds = *point;
   };
   return command.add_option_function<std::string>(name, take, description)->type_name("TIME");
+}
+
+void addThreadsOption(CLI::App &command, unsigned &threads) {
+  threads = availableThreads();
+  command
+      .add_option("-j,--threads", threads, "work on the input in N threads (default: one for each processor)")
+      ->type_name("N")
+      ->check(CLI::Range(1U, 1024U).description(""));
 }
 
 void addSinkOptions(CLI::App &command, SinkOptions &sink, const std::string &description, bool required) {

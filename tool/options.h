@@ -20,6 +20,9 @@ CLI::Option *addListOption(CLI::App &command, const std::string &name, std::vect
 CLI::Option *addTimeOption(CLI::App &command, const std::string &name, int64_t &seconds,
                            const std::string &description);
 
+// -j: how many threads work.
+void addThreadsOption(CLI::App &command, unsigned &threads);
+
 // -o, --max-size, --max-files, --sync.
 void addSinkOptions(CLI::App &command, SinkOptions &sink, const std::string &description, bool required);
 

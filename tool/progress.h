@@ -35,6 +35,11 @@ class Progress {
     if (shown && ++steps % 256 == 0) draw(bytesDone, Clock::now());
   }
 
+  // The same for a step that is not among many.
+  void reached(uint64_t bytesDone) {
+    if (shown) draw(bytesDone, Clock::now());
+  }
+
   // Work on one of the files has ended; the next one counts from 0 again.
   void fileDone(uint64_t bytesDone) { doneBefore += bytesDone; }
 

@@ -4,18 +4,21 @@
 
 namespace wmq::tool {
 
-Record readRecord(const Lines &line, Faults *faults) {
+Refusal lastRefusal() {
+  const std::string detail = wmq_errdetail();
+  return {wmq_errno, detail.empty() ? wmq_strerror(wmq_errno) : detail};
+}
+
+Record readRecord(std::string_view line, Refusal &why) {
   // The library takes a line as a C string, and would silently stop there.
-  size_t nul = line.text().find('\0');
+  const size_t nul = line.find('\0');
   if (nul != std::string_view::npos) {
-    if (faults)
-      faults->badInput(line.file(), line.number(), WMQE_BAD_FORMAT,
-                       "byte " + std::to_string(nul) + " of the line is a NUL");
+    why = {WMQE_BAD_FORMAT, "byte " + std::to_string(nul) + " of the line is a NUL"};
     return nullptr;
   }
   wmq_errno = 0;
-  Record record(wmq_readstreamlineMT(line.text().data()));
-  if (!record && faults) faults->refused(line.file(), line.number(), wmq_errno);
+  Record record(wmq_readstreamlineMT(line.data()));
+  if (!record) why = lastRefusal();
   return record;
 }
 

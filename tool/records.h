@@ -8,8 +8,6 @@
 #include <string>
 #include <string_view>
 
-#include "faults.h"
-#include "lines.h"
 #include "wmq/wmq.h"
 
 namespace wmq::tool {
@@ -25,8 +23,17 @@ using Record = std::unique_ptr<eventRecord, ReleaseRecord>;
 // True for lines of a stream file that carry no record: comments and lines without any character.
 inline bool carriesNoRecord(std::string_view line) { return line.empty() || line.front() == '#'; }
 
-// The record of a line. Null when the line is refused, which is reported unless `faults` is null.
-Record readRecord(const Lines &line, Faults *faults);
+// Why a line is refused: an error number of the library, and all that is known of it.
+struct Refusal {
+  int error = 0;
+  std::string text;
+};
+
+// The library's last failure on this thread.
+Refusal lastRefusal();
+
+// The record of a line, behind which stands a NUL. Null when the line is refused.
+Record readRecord(std::string_view line, Refusal &why);
 
 // The code of a type given by its name ("JOB_NEW") or number ("1").
 std::optional<int32_t> typeFromText(std::string_view text);

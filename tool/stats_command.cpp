@@ -9,8 +9,10 @@
 
 #include "commands.h"
 #include "faults.h"
-#include "lines.h"
+#include "line_feed.h"
+#include "options.h"
 #include "output.h"
+#include "pipeline.h"
 #include "progress.h"
 #include "records.h"
 #include "stats_report.h"
@@ -24,6 +26,7 @@ namespace {
 struct StatsOptions {
   std::vector<std::string> files;
   bool json = false;
+  unsigned threads = 1;
 };
 
 bool isPlainFile(const std::string &file) {
@@ -42,68 +45,96 @@ uint64_t rotationSuffix(const std::string &file) {
 }
 
 // A file and where in the stream it belongs.
-struct Part {
-  std::string file;
-  std::unique_ptr<Lines> opened;  // what cannot be opened twice stays open
+struct StreamPart {
+  LineFeed::File file;
   int64_t firstTime = INT64_MAX;
   uint64_t suffix = 0;
 };
 
 // The time of the first event, INT64_MAX when the first lines hold none.
-int64_t firstEventTime(Lines &lines) {
-  constexpr int enough = 1000;
-  for (int i = 0; i < enough && lines.next(); ++i) {
-    if (carriesNoRecord(lines.text())) continue;
-    Record record = readRecord(lines, nullptr);
-    if (record && record->type != EVENT_END_OF_STREAM) return record->eventTime;
-  }
-  return INT64_MAX;
+int64_t firstEventTime(Blocks &blocks) {
+  constexpr uint64_t enough = 1000;
+  int64_t time = INT64_MAX;
+  uint64_t linesSeen = 0;
+  blocks.lookAhead([&](Block &block) {
+    linesSeen += block.eachLine([&](std::string_view line, uint64_t number, uint64_t /*bytes*/) {
+      wmqLineHeader header;
+      if (!carriesNoRecord(line) && wmq_peekline(line.data(), &header) == 0 &&
+          header.type != EVENT_END_OF_STREAM)
+        time = header.eventTime;
+      return time == INT64_MAX && linesSeen + number < enough;
+    });
+    return time != INT64_MAX || linesSeen >= enough;
+  });
+  return time;
 }
 
 // Jobs are followed through the stream, so its files are to be read in the order of their events, whatever
 // the order in which a shell lists them.
-std::vector<Part> inOrderOfEvents(const std::vector<std::string> &files) {
-  std::vector<Part> parts;
-  for (const std::string &file : files) {
-    Part part{file, std::make_unique<Lines>(file), INT64_MAX, rotationSuffix(file)};
+std::deque<LineFeed::File> inOrderOfEvents(const std::vector<std::string> &files) {
+  std::vector<StreamPart> parts;
+  for (const std::string &name : files) {
+    StreamPart part{{name, nullptr}, INT64_MAX, rotationSuffix(name)};
     // A single input is in order as it is, and may be a pipe that brings its first line much later.
     if (files.size() > 1) {
-      part.opened->keepBeginning();
-      part.firstTime = firstEventTime(*part.opened);
-      part.opened->startAgain();
+      const auto opened = std::make_shared<Blocks>(name);
+      part.firstTime = firstEventTime(*opened);
+      // What cannot be opened twice stays open.
+      if (!isPlainFile(name)) part.file.opened = opened;
     }
-    if (isPlainFile(file)) part.opened = nullptr;
     parts.push_back(std::move(part));
   }
-  std::stable_sort(parts.begin(), parts.end(), [](const Part &left, const Part &right) {
+  std::stable_sort(parts.begin(), parts.end(), [](const StreamPart &left, const StreamPart &right) {
     return left.firstTime != right.firstTime ? left.firstTime < right.firstTime : left.suffix < right.suffix;
   });
-  return parts;
+  std::deque<LineFeed::File> ordered;
+  for (StreamPart &part : parts) ordered.push_back(std::move(part.file));
+  return ordered;
 }
 
-void addLine(StreamStatistics &statistics, const Lines &line, Faults &faults) {
-  if (carriesNoRecord(line.text())) {
-    statistics.addOther();
+// A block of lines, and all that the statistics take of it: counts, and facts in their order. Records are
+// released by the thread that read them, but for samples, which the statistics look at themselves.
+struct StatsPart : LinePart {
+  LineCounts counts;
+  std::vector<JobFact> facts;
+  std::vector<Record> samples;
+};
+
+void observeLine(std::string_view line, uint64_t number, uint64_t bytes, StatsPart &part) {
+  if (carriesNoRecord(line)) return part.counts.addOther();
+  wmqLineHeader header;
+  // A line with a bad header is read: that tells what is wrong with it.
+  if (wmq_peekline(line.data(), &header) == 0 && !tellsFacts(header.type))
+    return part.counts.addLine(header, bytes);
+  Refusal why;
+  Record record = readRecord(line, why);
+  if (!record) {
+    part.counts.addMalformed();
+    part.badLines.push_back({number, std::move(why)});
     return;
   }
-  Record record = readRecord(line, &faults);
-  if (record) {
-    statistics.add(*record, line.size());
-  } else {
-    statistics.addMalformed();
-  }
+  part.counts.addLine(header, bytes);
+  if (std::optional<JobFact> fact = jobFactOf(*record))
+    part.facts.push_back(std::move(*fact));
+  else
+    part.samples.push_back(std::move(record));
 }
 
-void addPart(StreamStatistics &statistics, Part &part, Faults &faults, Progress &progress) {
-  if (!part.opened) part.opened = std::make_unique<Lines>(part.file);
-  Lines &lines = *part.opened;
-  while (lines.next()) {
-    progress.step(lines.source().bytesTaken());
-    addLine(statistics, lines, faults);
-  }
-  lines.reportEnd(faults);
-  progress.fileDone(lines.source().bytesTaken());
-  part.opened = nullptr;
+void observe(StatsPart &part) {
+  part.counts = {};
+  part.facts.clear();
+  part.samples.clear();
+  part.badLines.clear();
+  part.numLines = part.block.eachLine([&](std::string_view line, uint64_t number, uint64_t bytes) {
+    observeLine(line, number, bytes, part);
+    return true;
+  });
+}
+
+void take(const StatsPart &part, StreamStatistics &statistics) {
+  statistics.addCounts(part.counts);
+  for (const JobFact &fact : part.facts) statistics.addFact(fact);
+  for (const Record &sample : part.samples) statistics.addSample(*sample);
 }
 
 int reportStatistics(const StatsOptions &options) {
@@ -111,8 +142,19 @@ int reportStatistics(const StatsOptions &options) {
   if (files.empty()) files.emplace_back("-");
   Progress progress(files, false);
   Faults faults(&progress);
+  PartReport report(faults, progress);
   StreamStatistics statistics;
-  for (Part &part : inOrderOfEvents(files)) addPart(statistics, part, faults, progress);
+  LineFeed feed(inOrderOfEvents(files));
+  Pipeline<StatsPart>(options.threads, {.fill = [&](StatsPart &part) { return feed.fill(part); },
+                                        .work = observe,
+                                        .use =
+                                            [&](const StatsPart &part) {
+                                              report.add(part);
+                                              take(part, statistics);
+                                              return true;
+                                            },
+                                        .idle = [] {}})
+      .run();
   statistics.finish();
   progress.erase();
 
@@ -141,9 +183,11 @@ void addStatsCommand(CLI::App &program, Run &run) {
       "\n"
       "  FILE:LINE: error NUMBER NAME: what is wrong\n"
       "\n"
-      "and the exit status is 1 then.");
+      "and the exit status is 1 then. Of lines that tell nothing of these things but\n"
+      "their type and time only the header is looked at.");
   command->add_option("FILE", options->files);
   command->add_flag("--json", options->json, "print one JSON object instead of tables; times are in seconds");
+  addThreadsOption(*command, options->threads);
   command->footer(
       "A job counts with the queue and the user of its JOB_FINISH, one that has not\n"
       "ended with those of its JOB_NEW. Its cores are the hosts in its JOB_FINISH, a\n"

@@ -2,57 +2,126 @@
 
 #include <algorithm>
 #include <initializer_list>
+#include <iterator>
+#include <string_view>
 
 namespace wmq::tool {
 
-void StreamStatistics::add(const eventRecord &record, uint64_t bytes) {
-  for (RecordCount *count : {&total, &types[record.type]}) {
+void LineCounts::addLine(const wmqLineHeader &header, uint64_t bytes) {
+  for (RecordCount *count : {&total, &types[header.type]}) {
     ++count->records;
     count->bytes += bytes;
   }
-  ++versions[record.version];
+  const std::string_view version = header.version;
+  auto found = versions.find(version);
+  if (found == versions.end()) found = versions.emplace(version, 0).first;
+  ++found->second;
+  if (header.type != EVENT_END_OF_STREAM) addTimes(header.eventTime, header.eventTime);
+}
 
-  if (record.type != EVENT_END_OF_STREAM) {
-    firstTime = anyEvent ? std::min(firstTime, record.eventTime) : record.eventTime;
-    lastTime = anyEvent ? std::max(lastTime, record.eventTime) : record.eventTime;
-    anyEvent = true;
+void LineCounts::addTimes(int32_t first, int32_t last) {
+  firstTime = anyEvent ? std::min(firstTime, first) : first;
+  lastTime = anyEvent ? std::max(lastTime, last) : last;
+  anyEvent = true;
+}
+
+void LineCounts::addCounts(const LineCounts &other) {
+  otherLines += other.otherLines;
+  malformedLines += other.malformedLines;
+  total.add(other.total);
+  for (const auto &[type, count] : other.types) types[type].add(count);
+  for (const auto &[version, records] : other.versions) versions[version] += records;
+  if (other.anyEvent) addTimes(other.firstTime, other.lastTime);
+}
+
+bool tellsFacts(int32_t type) {
+  switch (type) {
+    case EVENT_JOB_NEW:
+    case EVENT_JOB_START:
+    case EVENT_JOB_FINISH:
+    case EVENT_JOB_STATUS2:
+    case EVENT_JOB_PENDING_REASONS:
+      return true;
+    default:
+      return false;
   }
+}
 
-  if (record.type == EVENT_JOB_NEW) addNew(record.eventLog.jobNewLog);
-  if (record.type == EVENT_JOB_START) addStart(record.eventLog.jobStartLog, record.eventTime);
-  if (record.type == EVENT_JOB_FINISH) addFinish(record.eventLog.jobFinishLog);
+std::optional<JobFact> jobFactOf(const eventRecord &record) {
+  JobFact fact;
+  fact.type = record.type;
+  if (record.type == EVENT_JOB_NEW) {
+    const jobNewLog &log = record.eventLog.jobNewLog;
+    fact.jobId = log.jobId;
+    fact.submitTime = log.submitTime;
+    fact.user = log.userName;
+    fact.queue = log.queue;
+  } else if (record.type == EVENT_JOB_START) {
+    fact.jobId = record.eventLog.jobStartLog.jobId;
+    fact.startTime = record.eventTime;
+  } else if (record.type == EVENT_JOB_FINISH) {
+    const jobFinishLog &log = record.eventLog.jobFinishLog;
+    fact.jobId = log.jobId;
+    fact.submitTime = log.submitTime;
+    fact.startTime = log.startTime;
+    fact.endTime = log.endTime;
+    fact.exitStatus = log.exitStatus;
+    fact.numHosts = std::max(0, log.numExHosts);
+    fact.user = log.userName;
+    fact.queue = log.queue;
+  } else {
+    return std::nullopt;
+  }
+  return fact;
+}
+
+void StreamStatistics::add(const eventRecord &record, uint64_t bytes) {
+  wmqLineHeader header{.type = record.type, .eventTime = record.eventTime, .version = {}};
+  std::copy(std::begin(record.version), std::end(record.version), header.version);
+  addLine(header, bytes);
+  if (const std::optional<JobFact> fact = jobFactOf(record)) addFact(*fact);
+  addSample(record);
+}
+
+void StreamStatistics::addFact(const JobFact &fact) {
+  if (fact.type == EVENT_JOB_NEW) addNew(fact);
+  if (fact.type == EVENT_JOB_START) addStart(fact);
+  if (fact.type == EVENT_JOB_FINISH) addFinish(fact);
+}
+
+void StreamStatistics::addSample(const eventRecord &record) {
   if (record.type == EVENT_JOB_STATUS2) runningJobs.add(record.eventLog.jobStatus2Log, record.eventTime);
   if (record.type == EVENT_JOB_PENDING_REASONS)
     pendingReasons.add(record.eventLog.jobPendingReasonsLog, record.eventTime);
 }
 
-void StreamStatistics::addNew(const jobNewLog &log) {
-  openJobs[log.jobId] = {&users[log.userName], &queues[log.queue], log.submitTime, 0};
+void StreamStatistics::addNew(const JobFact &fact) {
+  openJobs[fact.jobId] = {&users[fact.user], &queues[fact.queue], fact.submitTime, 0};
 }
 
-void StreamStatistics::addStart(const jobStartLog &log, int32_t time) {
+void StreamStatistics::addStart(const JobFact &fact) {
   // The submission may stand in an old file that has been removed. The end of the job tells all, then.
-  auto job = openJobs.find(log.jobId);
+  auto job = openJobs.find(fact.jobId);
   if (job == openJobs.end()) return;
   // A job that is requeued starts again; it has waited for the first start.
-  if (job->second.startTime == 0) job->second.startTime = time;
+  if (job->second.startTime == 0) job->second.startTime = fact.startTime;
 }
 
-void StreamStatistics::addFinish(const jobFinishLog &log) {
-  openJobs.erase(log.jobId);
+void StreamStatistics::addFinish(const JobFact &fact) {
+  openJobs.erase(fact.jobId);
   ++finished;
-  ++exitStatuses[log.exitStatus];
-  OpenJob job{&users[log.userName], &queues[log.queue], log.submitTime, log.startTime};
+  ++exitStatuses[fact.exitStatus];
+  OpenJob job{&users[fact.user], &queues[fact.queue], fact.submitTime, fact.startTime};
   for (JobGroup *group : {&jobs, job.user, job.queue}) ++group->jobs;
-  if (log.startTime <= 0) {
+  if (fact.startTime <= 0) {
     ++neverStarted;
     return;
   }
   addWait(job);
   // A clock that was set back does not make a job run backwards.
-  int64_t seconds = std::max<int64_t>(0, log.endTime - log.startTime);
+  int64_t seconds = std::max<int64_t>(0, fact.endTime - fact.startTime);
   runSeconds += seconds;
-  double coreSeconds = static_cast<double>(seconds) * std::max(0, log.numExHosts);
+  double coreSeconds = static_cast<double>(seconds) * fact.numHosts;
   for (JobGroup *group : {&jobs, job.user, job.queue}) group->coreSeconds += coreSeconds;
 }
 

@@ -4,7 +4,9 @@
 #define WMQ_TOOL_STREAM_STATISTICS_H
 
 #include <cstdint>
+#include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -25,31 +27,72 @@ struct JobGroup {
 struct RecordCount {
   uint64_t records = 0;
   uint64_t bytes = 0;
+
+  void add(const RecordCount &other) {
+    records += other.records;
+    bytes += other.bytes;
+  }
 };
 
-class StreamStatistics {
+// What is counted of lines, in whatever order they come.
+class LineCounts {
  public:
   // A line without a record.
   void addOther() { ++otherLines; }
   void addMalformed() { ++malformedLines; }
 
-  // A record and the length of its line.
-  void add(const eventRecord &record, uint64_t bytes);
+  // A record by its header, and the length of its line.
+  void addLine(const wmqLineHeader &header, uint64_t bytes);
 
-  // To be called once, after the last record: jobs that have not ended are counted with their groups, and the
-  // last sample is.
-  void finish();
+  // All that another has counted.
+  void addCounts(const LineCounts &other);
 
   uint64_t otherLines = 0;
   uint64_t malformedLines = 0;
   RecordCount total;
   std::map<int32_t, RecordCount> types;
-  std::map<std::string, uint64_t> versions;  // records by the version of their line
+  std::map<std::string, uint64_t, std::less<>> versions;  // records by the version of their line
 
   // Of all events; the end-of-stream marks, which tell when a file was closed, are none.
   bool anyEvent = false;
   int32_t firstTime = 0;
   int32_t lastTime = 0;
+
+ private:
+  void addTimes(int32_t first, int32_t last);
+};
+
+// What a record says of the life of a job.
+struct JobFact {
+  int32_t type = 0;  // EVENT_JOB_NEW, EVENT_JOB_START or EVENT_JOB_FINISH
+  int32_t jobId = 0;
+  int64_t submitTime = 0;
+  int64_t startTime = 0;
+  int64_t endTime = 0;
+  int32_t exitStatus = 0;
+  int32_t numHosts = 0;
+  std::string user;
+  std::string queue;
+};
+
+// Whether more than the header of a record of this type counts.
+bool tellsFacts(int32_t type);
+
+// None for a record that says nothing of the kind.
+std::optional<JobFact> jobFactOf(const eventRecord &record);
+
+class StreamStatistics : public LineCounts {
+ public:
+  // All that a record says, and the length of its line.
+  void add(const eventRecord &record, uint64_t bytes);
+
+  // What records say beyond their headers, in the order of the stream.
+  void addFact(const JobFact &fact);
+  void addSample(const eventRecord &record);
+
+  // To be called once, after the last record: jobs that have not ended are counted with their groups, and the
+  // last sample is.
+  void finish();
 
   uint64_t waiting = 0;       // submitted, not started, not ended
   uint64_t running = 0;       // started, not ended
@@ -72,9 +115,9 @@ class StreamStatistics {
     int64_t startTime = 0;  // 0: not yet
   };
 
-  void addNew(const jobNewLog &log);
-  void addStart(const jobStartLog &log, int32_t time);
-  void addFinish(const jobFinishLog &log);
+  void addNew(const JobFact &fact);
+  void addStart(const JobFact &fact);
+  void addFinish(const JobFact &fact);
   void addWait(OpenJob job);
 
   std::unordered_map<int32_t, OpenJob> openJobs;

@@ -192,7 +192,9 @@ TEST_F(InputFiles, TellBeforeTheyWaitForAPipe) {
     close(writer);
   });
   char buffer[16];
+  EXPECT_FALSE(input.wouldWait());
   EXPECT_EQ(input.read(buffer, sizeof buffer), 4U);
+  EXPECT_TRUE(input.wouldWait());
   EXPECT_FALSE(waited);
   EXPECT_EQ(input.read(buffer, sizeof buffer), 0U);
   EXPECT_TRUE(waited);

@@ -90,25 +90,5 @@ TEST_F(LinesOfAFile, StayWholeWhereBuffersMeet) {
   EXPECT_EQ(rest(lines), expected);
 }
 
-TEST_F(LinesOfAFile, CanBeLookedAtAndStartedAgain) {
-  std::string longLine(400'000, 'x');
-  Lines lines = linesOf("one\n" + longLine + "\nthree\n");
-  lines.keepBeginning();
-  ASSERT_TRUE(lines.next());
-  ASSERT_TRUE(lines.next());
-  ASSERT_TRUE(lines.next());
-  lines.startAgain();
-  EXPECT_EQ(rest(lines), (Texts{"one", longLine, "three"}));
-  EXPECT_EQ(lines.number(), 3U);
-}
-
-TEST_F(LinesOfAFile, CanBeStartedAgainFromTheirEnd) {
-  Lines lines = linesOf("one\ntwo");
-  lines.keepBeginning();
-  EXPECT_EQ(rest(lines), (Texts{"one", "two"}));
-  lines.startAgain();
-  EXPECT_EQ(rest(lines), (Texts{"one", "two"}));
-}
-
 }  // namespace
 }  // namespace wmq::tool

@@ -133,6 +133,40 @@ Output that fails ends with 3.
   wmq: standard output: No space left on device
   [3]
 
+Threads change nothing but the time: output and messages come in the order of the input.
+
+  $ wmq replay --limit 3000 "$EXAMPLES"/*.swf -o many > /dev/null
+  $ awk 'NR % 1000 == 7 { print "broken" } { print }' many > mixed
+  $ wmq decode -j 1 mixed 2> faults.1 > json.1
+  [1]
+  $ wc -l < faults.1 | grep -c '^1[0-9]$\|^2[0-9]$\|^[3-9][0-9]$'
+  1
+  $ for threads in 2 3 8; do wmq decode -j $threads mixed 2> faults > json; cmp json.1 json; cmp faults.1 faults; done
+  $ gzip -k mixed; zstd -q mixed
+  $ wmq decode -j 3 mixed.gz 2> /dev/null | cmp - json.1
+  [1]
+  $ wmq decode -j 3 - < mixed.zst 2> /dev/null | cmp - json.1
+  [1]
+  $ cat mixed | wmq decode -j 3 2>&1 > /dev/null | cut -d : -f 2- | cmp - <(cut -d : -f 2- faults.1)
+  [1]
+  $ wmq decode -j 2 many mixed many 2> faults | cmp - <(cat <(wmq decode many) json.1 <(wmq decode many))
+  [1]
+  $ cmp faults faults.1
+  $ wmq decode -j 0 many
+  wmq decode: --threads: Value 0 not in range 1 to 1024
+  Try 'wmq decode --help'.
+  [2]
+
+Lines that a pipe has brought are not kept back while it brings no more.
+
+  $ mkfifo pipe hold
+  $ { head -n 3 many; cat hold; } > pipe &
+  > wmq decode -j 2 pipe | { head -n 3 | wc -l; : > hold; }
+  3
+  $ { head -n 3 many; cat hold; } > pipe &
+  > wmq decode -j 1 pipe | { head -n 3 | wc -l; : > hold; }
+  3
+
 A reader that has seen enough ends the program silently.
 
   $ wmq replay --limit 2000 "$EXAMPLES"/*.swf -o events > /dev/null

@@ -147,6 +147,23 @@ Malformed lines are reported and counted, others only counted.
   Stream        1 file, 0 records, 0 bytes, 0 malformed lines
   [3]
 
+Threads change nothing but the time.
+
+  $ wmq replay --limit 3000 "$EXAMPLES"/*.swf -o many > /dev/null
+  $ awk 'NR % 1000 == 7 { print "broken" } { print }' many > mixed
+  $ wmq stats -j 1 mixed > expected 2> faults.1
+  [1]
+  $ for threads in 2 3 8; do wmq stats -j $threads mixed 2> faults | cmp - expected; cmp faults faults.1; done
+  $ cat mixed | wmq stats -j 2 2> /dev/null | cmp - expected
+  [1]
+
+What a line says behind its header counts only where something of it is told.
+
+  $ printf '"LOG_SWITCH" "10.1" 5 x\n"JOB_START" "10.1" 5 x\n' | wmq stats 2>&1 | head -n 2
+  -:2: error 46 WMQE_BAD_FORMAT: JOB_START, field jobId at byte 21: a number
+  Stream        1 file, 1 record, 24 bytes, 1 malformed line
+  [1]
+
 Names are shown as a terminal can take them, and survive in JSON.
 
   $ sed 's/user1/\x1b[31m\xff/g' whole > named

@@ -57,6 +57,8 @@ Help and version go to standard output.
         --since=TIME    only records of this time or later
         --until=TIME    only records of this time or earlier
         --pretty        indent the objects over several lines
+    -j, --threads=N     work on the input in N threads (default: one for each
+                        processor)
   
   TIME is a number of seconds since 1970-01-01T00:00:00Z, or ISO 8601 with a
   zone: 2023-11-14T22:13:20Z, 2023-11-14T23:13+01:00.
@@ -159,12 +161,15 @@ Help and version go to standard output.
   
     FILE:LINE: error NUMBER NAME: what is wrong
   
-  and the exit status is 1 then.
+  and the exit status is 1 then. Of lines that tell nothing of these things but
+  their type and time only the header is looked at.
   
   Options:
     -h, --help          print this help and end
         --json          print one JSON object instead of tables; times are in
                         seconds
+    -j, --threads=N     work on the input in N threads (default: one for each
+                        processor)
   
   A job counts with the queue and the user of its JOB_FINISH, one that has not
   ended with those of its JOB_NEW. Its cores are the hosts in its JOB_FINISH, a

@@ -1,0 +1,86 @@
+#include "blocks.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+#include "wmq/wmq.h"
+
+namespace wmq::tool {
+
+namespace {
+
+// Long enough to make handing over cheap, short enough to have many at work in little memory.
+constexpr size_t blockSize = size_t{256} << 10;
+
+}  // namespace
+
+uint64_t Block::eachLine(
+    const std::function<bool(std::string_view text, uint64_t number, uint64_t bytes)> &take) {
+  char *next = bytes.data();
+  char *const end = next + size;
+  uint64_t number = 0;
+  while (next != end) {
+    auto *lineEnd = static_cast<char *>(std::memchr(next, '\n', static_cast<size_t>(end - next)));
+    const bool ended = lineEnd != nullptr;
+    if (!ended) lineEnd = end;
+    *lineEnd = '\0';
+    const auto length = static_cast<size_t>(lineEnd - next);
+    const bool goOn = take({next, length}, ++number, length + (ended ? 1 : 0));
+    if (ended) *lineEnd = '\n';
+    if (!goOn) break;
+    next = lineEnd + (ended ? 1 : 0);
+  }
+  return number;
+}
+
+Blocks::Blocks(std::string name) : file(std::move(name)), input(file) {}
+
+bool Blocks::read(Block &block) {
+  std::vector<char> &bytes = block.bytes;
+  bytes.resize(std::max({bytes.size(), blockSize + 1, rest.size() + 1}));
+  std::copy(rest.begin(), rest.end(), bytes.begin());
+  size_t end = rest.size();
+  size_t whole = 0;  // bytes of whole lines
+  bool more = true;
+  while (more) {
+    if (end == bytes.size() - 1) {
+      if (whole > 0) break;
+      bytes.resize(2 * bytes.size());
+    }
+    if (whole > 0 && input.wouldWait()) break;
+    const size_t got = input.read(bytes.data() + end, bytes.size() - 1 - end);
+    more = got > 0;
+    if (const void *last = memrchr(bytes.data() + end, '\n', got))
+      whole = static_cast<size_t>(static_cast<const char *>(last) - bytes.data()) + 1;
+    end += got;
+  }
+  block.size = more ? whole : end;
+  rest.assign(bytes.begin() + static_cast<std::ptrdiff_t>(block.size),
+              bytes.begin() + static_cast<std::ptrdiff_t>(end));
+  return !block.empty();
+}
+
+bool Blocks::next(Block &block) {
+  if (seen.empty()) return read(block);
+  std::swap(block, seen.front());
+  seen.pop_front();
+  return true;
+}
+
+void Blocks::lookAhead(const std::function<bool(Block &)> &look) {
+  do {
+    Block block;
+    if (!read(block)) return;
+    seen.push_back(std::move(block));
+  } while (!look(seen.back()));
+}
+
+void Blocks::reportEnd(uint64_t lines, Faults &faults) const {
+  if (input.trouble() == Input::Trouble::system)
+    faults.failure(file == "-" ? "standard input" : file, input.troubleText());
+  if (input.trouble() == Input::Trouble::damaged)
+    faults.badInput(file, lines + 1, WMQE_BAD_FORMAT, input.troubleText());
+}
+
+}  // namespace wmq::tool

@@ -1,0 +1,73 @@
+// The lines of several input files, one after the other, as parts of work for a pipeline.
+#ifndef WMQ_TOOL_LINE_FEED_H
+#define WMQ_TOOL_LINE_FEED_H
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "blocks.h"
+#include "faults.h"
+#include "progress.h"
+#include "records.h"
+
+namespace wmq::tool {
+
+// A line that was refused, for the thread that reports it.
+struct BadLine {
+  uint64_t number;  // in its block
+  Refusal why;
+};
+
+struct LinePart {
+  std::shared_ptr<Blocks> source;
+  Block block;  // empty behind the last lines of a file
+  uint64_t bytesTaken = 0;
+
+  // What working on the block comes to.
+  uint64_t numLines = 0;
+  std::vector<BadLine> badLines;
+};
+
+class LineFeed {
+ public:
+  // Files that are opened when their turn comes; "-" stands for standard input, and so does no file at all.
+  explicit LineFeed(const std::vector<std::string> &files);
+
+  // Files that may be open already.
+  struct File {
+    std::string name;
+    std::shared_ptr<Blocks> opened;  // null: not yet
+  };
+  explicit LineFeed(std::deque<File> filesInOrder) : files(std::move(filesInOrder)) {}
+
+  // Called before a read that has to wait.
+  void beforeWaiting(std::function<void()> action) { onWait = std::move(action); }
+
+  // Gets the next lines, or the end of a file; false when all files are through.
+  bool fill(LinePart &part);
+
+ private:
+  std::deque<File> files;
+  std::function<void()> onWait;
+};
+
+// Reports what is wrong in parts that come in their order.
+class PartReport {
+ public:
+  PartReport(Faults &reportTo, Progress &show) : faults(reportTo), progress(show) {}
+
+  void add(const LinePart &part);
+
+ private:
+  Faults &faults;
+  Progress &progress;
+  uint64_t linesBefore = 0;  // of the file at hand
+};
+
+}  // namespace wmq::tool
+
+#endif
