@@ -1,4 +1,5 @@
-// The faults themselves: they happen, are counted, and end. What all tests together came to is told at the end.
+// The faults themselves: they happen, are counted, and end. What all tests together came to is told at the
+// end.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>

@@ -133,7 +133,7 @@ TEST_F(Statistics, SumRecordsBytesVersionsAndTimes) {
   EXPECT_EQ(stats.total.bytes, 434U);
   EXPECT_EQ(stats.types.at(EVENT_JOB_NEW).records, 2U);
   EXPECT_EQ(stats.types.at(EVENT_JOB_NEW).bytes, 200U);
-  EXPECT_EQ(stats.versions, (std::map<std::string, uint64_t>{{"10.1", 4}}));
+  EXPECT_EQ(stats.versions, (std::map<std::string, uint64_t, std::less<>>{{"10.1", 4}}));
   EXPECT_EQ(stats.firstTime, 4000);
   EXPECT_EQ(stats.lastTime, 6000);
   EXPECT_EQ(stats.malformedLines, 1U);
