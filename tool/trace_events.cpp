@@ -149,6 +149,32 @@ void EventMaker::describe(const TraceJob &job) {
   userGroup = nameOf(columns.group, "group", "");
 }
 
+// Members of one name in several structures. What describe() has made of the job must stand.
+template <class Log>
+void EventMaker::setSubmission(Log &log, const TraceJob &job) {
+  log.numProcessors = narrowed(std::max<int64_t>(job.columns.requestedProcessors, 0));
+  log.submitTime = job.submitTime;
+  copyName(log.userName, userName);
+  copyName(log.queue, queue);
+  log.resReq = resources.data();
+}
+
+template <class Log>
+void EventMaker::setOrigin(Log &log, const TraceJob &job) {
+  log.userId = userIdOf(job.columns);
+  log.maxNumProcessors = log.numProcessors;
+  copyName(log.fromHost, submitHost);
+  log.command = command.data();
+}
+
+template <class Log>
+void EventMaker::setEnd(Log &log, const TraceJob &job) {
+  log.jStatus = finalState(job.columns);
+  log.startTime = job.startTime;
+  log.endTime = job.endTime;
+  log.exitStatus = exitStatusOf(job.columns);
+}
+
 eventRecord &EventMaker::schedulerStart(int64_t time) {
   begin(EVENT_MBD_START, time);
   mbdStartLog &log = record.eventLog.mbdStartLog;
@@ -170,18 +196,11 @@ eventRecord &EventMaker::submission(const TraceJob &job) {
   describe(job);
   jobNewLog &log = record.eventLog.jobNewLog;
   log.jobId = narrowed(job.columns.number);
-  log.userId = userIdOf(job.columns);
-  copyName(log.userName, userName);
-  log.numProcessors = narrowed(std::max<int64_t>(job.columns.requestedProcessors, 0));
-  log.maxNumProcessors = log.numProcessors;
-  log.submitTime = job.submitTime;
+  setSubmission(log, job);
+  setOrigin(log, job);
   setLimits(log.rlimits, job.columns);
   log.hostFactor = 1;
-  copyName(log.queue, queue);
-  copyName(log.fromHost, submitHost);
-  log.resReq = resources.data();
   log.dependCond = dependency.data();
-  log.command = command.data();
   log.userGroup = userGroup.data();
   // What a line without these fields means.
   log.newInt7 = -1;
@@ -258,24 +277,14 @@ eventRecord &EventMaker::finish(const TraceJob &job, std::vector<char *> &hosts)
   describe(job);
   jobFinishLog &log = record.eventLog.jobFinishLog;
   log.jobId = narrowed(job.columns.number);
-  log.userId = userIdOf(job.columns);
-  copyName(log.userName, userName);
-  log.numProcessors = narrowed(std::max<int64_t>(job.columns.requestedProcessors, 0));
-  log.maxNumProcessors = log.numProcessors;
-  log.jStatus = finalState(job.columns);
-  log.submitTime = job.submitTime;
-  log.startTime = job.startTime;
-  log.endTime = job.endTime;
-  copyName(log.queue, queue);
-  copyName(log.fromHost, submitHost);
-  log.resReq = resources.data();
-  log.command = command.data();
+  setSubmission(log, job);
+  setOrigin(log, job);
+  setEnd(log, job);
   log.numExHosts = countOf(hosts);
   log.execHosts = hosts.data();
   log.wmxRusage = usageOf(job);
   log.cpuTime = static_cast<float>(log.wmxRusage.ru_utime);
   log.hostFactor = 1;
-  log.exitStatus = exitStatusOf(job.columns);
   return record;
 }
 
@@ -284,19 +293,10 @@ eventRecord &EventMaker::namedFinish(const TraceJob &job, HostSlots &hosts) {
   describe(job);
   jobFinish2Log &log = record.eventLog.jobFinish2Log;
   log.jobId = job.columns.number;
-  log.userId = userIdOf(job.columns);
-  copyName(log.userName, userName);
-  log.numProcessors = narrowed(std::max<int64_t>(job.columns.requestedProcessors, 0));
-  log.maxNumProcessors = log.numProcessors;
-  log.jStatus = finalState(job.columns);
-  log.submitTime = job.submitTime;
-  log.startTime = job.startTime;
-  log.endTime = job.endTime;
-  copyName(log.queue, queue);
-  copyName(log.fromHost, submitHost);
-  log.resReq = resources.data();
+  setSubmission(log, job);
+  setOrigin(log, job);
+  setEnd(log, job);
   log.dependCond = dependency.data();
-  log.command = command.data();
   log.userGroup = userGroup.data();
   log.numExHosts = countOf(hosts.hosts);
   log.execHosts = hosts.hosts.data();
@@ -305,7 +305,6 @@ eventRecord &EventMaker::namedFinish(const TraceJob &job, HostSlots &hosts) {
   log.cpuTime = usage.ru_utime;
   log.ru_utime = usage.ru_utime;
   log.ru_maxrss = usage.ru_maxrss;
-  log.exitStatus = exitStatusOf(job.columns);
   if (!job.started()) return record;
   log.runtime = narrowed(job.endTime - job.startTime);
   log.maxMem = memoryOf(job);
@@ -319,16 +318,12 @@ eventRecord &EventMaker::runningSample(const TraceJob &job, HostSlots &hosts, in
   describe(job);
   jobStatus2Log &log = record.eventLog.jobStatus2Log;
   log.jobId = job.columns.number;
+  setSubmission(log, job);
   log.expectedLogTime = narrowed(time);
   log.sampleInterval = narrowed(interval);
-  copyName(log.userName, userName);
-  log.numProcessors = narrowed(std::max<int64_t>(job.columns.requestedProcessors, 0));
   log.num_processors = narrowed(job.processors());
   log.jStatus = stateRunning;
-  log.submitTime = job.submitTime;
   log.startTime = job.startTime;
-  copyName(log.queue, queue);
-  log.resReq = resources.data();
   log.numExHosts = countOf(hosts.hosts);
   log.execHosts = hosts.hosts.data();
   log.slotUsages = hosts.slots.data();

@@ -73,6 +73,12 @@ class EventMaker {
  private:
   void begin(int32_t type, int64_t time);
   void describe(const TraceJob &job);
+  template <class Log>
+  void setSubmission(Log &log, const TraceJob &job);
+  template <class Log>
+  void setOrigin(Log &log, const TraceJob &job);
+  template <class Log>
+  void setEnd(Log &log, const TraceJob &job);
 
   const SwfHeader &header;
   eventRecord record{};
