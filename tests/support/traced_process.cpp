@@ -25,15 +25,20 @@ pid_t forkOrThrow() {
   return process;
 }
 
+bool waitFor(pid_t process, int &status) {
+  while (waitpid(process, &status, 0) < 0)
+    if (errno != EINTR) return false;
+  return true;
+}
+
 int statusOf(pid_t process) {
   int status = 0;
-  while (waitpid(process, &status, 0) < 0)
-    if (errno != EINTR) throw std::runtime_error("lost sight of a process");
+  if (!waitFor(process, status)) throw std::runtime_error("lost sight of a process");
   return status;
 }
 
 long trace(__ptrace_request request, pid_t process, long data) {
-  return ptrace(request, process, nullptr, reinterpret_cast<void *>(data));
+  return ptrace(request, process, nullptr, data);
 }
 
 }  // namespace
@@ -95,7 +100,8 @@ void TracedProcess::shortenWrite(size_t length) const {
 void TracedProcess::kill() {
   if (process_ == 0) return;
   ::kill(process_, SIGKILL);
-  statusOf(process_);
+  int status = 0;
+  waitFor(process_, status);
   process_ = 0;
 }
 
