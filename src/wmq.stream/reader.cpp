@@ -269,17 +269,25 @@ void readUsage(Reader &io, const char *field, wmxRusage &usage) {
   skipBlank(io);
 }
 
+// All pairs at once: adding one after the other takes an array that is asked to grow each time, which some
+// allocators copy.
 void readSubmitExt(Reader &io, const char *field, submitExt *&extension) {
   int32_t count = 0;
   element(io, field, count);
-  for (int32_t i = 0; i < count && io.error == 0; ++i) {
-    int32_t key = 0;
-    char *value = nullptr;
-    element(io, field, key);
-    readText(io, field, value);
-    if (io.error == 0 && add_pair2submit_ext(&extension, key, value) != 0)
-      fail(io, WMQE_NO_MEM, field, "memory for the pair");
-    std::free(value);
+  if (io.error != 0 || count <= 0) return;
+  if (!lineCanHold(io, count, 5))
+    return fail(io, WMQE_BAD_FORMAT, field, "as many elements as the count says");
+  extension = static_cast<submitExt *>(std::calloc(1, sizeof *extension));
+  if (extension != nullptr)
+    extension->pairs =
+        static_cast<submitExtPair *>(std::calloc(static_cast<size_t>(count), sizeof(submitExtPair)));
+  if (extension == nullptr || extension->pairs == nullptr)
+    return fail(io, WMQE_NO_MEM, field, "memory for the pairs");
+  for (; extension->numPairs < count; ++extension->numPairs) {
+    submitExtPair &pair = extension->pairs[extension->numPairs];
+    element(io, field, pair.key);
+    readText(io, field, pair.value);
+    if (io.error != 0) return release(pair.value);
   }
 }
 

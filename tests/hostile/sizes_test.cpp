@@ -27,7 +27,7 @@ TEST(HostileLines, OfUpToAMillionBytesEndAsTheyShouldAtACostInProportion) {
     // A small line may stand for a million CPUs, once: its cost is that of a larger one.
     const bool cpus = std::string(hostile.name) == "affinity-texts";
     const size_t fixed = cpus ? size_t{64} << 20 : sizeof(eventRecord);
-    for (const size_t bytes : {10000, 100000, 1000000}) {
+    for (const size_t bytes : {size_t{10000}, size_t{100000}, size_t{1000000}}) {
       const std::string line = hostile.ofSize(bytes);
       const Cost cost = costOf(line);
       EXPECT_EQ(cost.error, hostile.error) << hostile.name << ' ' << bytes << ' ' << wmq_errdetail();
