@@ -97,7 +97,7 @@ Record newRecord(int32_t type) {
   record->type = type;
   record->eventTime = 1700000000;
   std::strcpy(record->version, wmq_streamversion());
-  return Record(record);
+  return Record(record, {.plainly = true});
 }
 
 char *copyOf(std::string_view text) {
@@ -129,6 +129,7 @@ Record jobStatus() { return filled(EVENT_JOB_STATUS, &eventLog::jobStatusLog); }
 
 Record jobFinish2() {
   Record record = newRecord(EVENT_JOB_FINISH2);
+  record.get_deleter().plainly = false;
   jobFinish2Log &log = record->eventLog.jobFinish2Log;
   log.jobId = 4711;
   log.userId = 1000;
@@ -145,6 +146,7 @@ Record jobFinish2() {
 
 Record jobStart(int32_t numHosts) {
   Record record = newRecord(EVENT_JOB_START);
+  record.get_deleter().plainly = false;
   jobStartLog &log = record->eventLog.jobStartLog;
   log.jobId = 4711;
   fillHosts(log.numExHosts, log.execHosts, numHosts, "node");
@@ -152,15 +154,43 @@ Record jobStart(int32_t numHosts) {
   return record;
 }
 
+#undef NUMBER
+#undef TEXT
+#undef TEXTS
+#define NUMBER(n, member)
+#define TEXT(n, member) std::free(log.member);
+#define TEXTS(n, count, member)                                     \
+  for (int32_t i = 0; i < log.count; ++i) std::free(log.member[i]); \
+  std::free(log.member);
+
+static void freeMembers(const jobFinishLog &log) {
+#include "job_finish_members.inc"
+}
+static void freeMembers(const jobNewLog &log) {
+#include "job_new_members.inc"
+}
+static void freeMembers(const jobStatusLog &log) {
+#include "job_status_members.inc"
+}
+
+void ReleaseRecord::operator()(eventRecord *record) const {
+  if (!plainly) {
+    wmq_freekept(record);
+    return wmq_freelogrec(record);
+  }
+  if (record->type == EVENT_JOB_FINISH) freeMembers(record->eventLog.jobFinishLog);
+  if (record->type == EVENT_JOB_NEW) freeMembers(record->eventLog.jobNewLog);
+  if (record->type == EVENT_JOB_STATUS) freeMembers(record->eventLog.jobStatusLog);
+  std::free(record);
+}
+
 std::vector<size_t> blocksOf(const eventRecord &record) {
   std::vector<size_t> sizes{sizeof(eventRecord)};
   const auto text = [&](const char *owned) {
     if (owned != nullptr) sizes.push_back(std::strlen(owned) + 1);
   };
-#undef NUMBER
 #undef TEXT
 #undef TEXTS
-#define NUMBER(n, member)
 #define TEXT(n, member) text(log.member);
 #define TEXTS(n, count, member)                                                        \
   if (log.count > 0) sizes.push_back(static_cast<size_t>(log.count) * sizeof(char *)); \

@@ -13,15 +13,14 @@
 
 namespace wmq::bench {
 
+// Peers release what they have built with free alone: the library keeps released blocks for its own reader.
 struct ReleaseRecord {
-  void operator()(eventRecord *record) const {
-    wmq_freekept(record);
-    wmq_freelogrec(record);
-  }
+  bool plainly = false;
+  void operator()(eventRecord *record) const;
 };
 using Record = std::unique_ptr<eventRecord, ReleaseRecord>;
 
-Record newRecord(int32_t type);
+Record newRecord(int32_t type);       // zeroed, and released plainly
 char *copyOf(std::string_view text);  // from malloc, as records own their strings
 std::string lineOf(const eventRecord &record);
 Record parsed(const std::string &line);

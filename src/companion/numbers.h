@@ -7,7 +7,10 @@
 #ifndef WMQ_COMPANION_NUMBERS_H
 #define WMQ_COMPANION_NUMBERS_H
 
+#include <bit>
 #include <cstdint>
+
+#include "companion/byte_groups.h"
 
 namespace wmq {
 
@@ -17,6 +20,24 @@ inline bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 inline unsigned digitValue(char c) { return static_cast<unsigned char>(c) - unsigned{'0'}; }
 
 inline bool isDigit(char c) { return digitValue(c) <= 9; }
+
+// The value of eight bytes that are all digits, computed at once; false when one of them is none.
+inline bool eightDigits(const char *text, uint32_t &value) {
+  if constexpr (std::endian::native != std::endian::little) return false;
+  uint64_t group = groupAt<uint64_t>(text);
+  constexpr uint64_t zeros = 0x3030303030303030;
+  constexpr uint64_t highHalves = 0xf0f0f0f0f0f0f0f0;
+  // A digit keeps its high half when 6 is added to it; the bytes behind the digits do not.
+  if ((group & highHalves) != zeros || ((group + 0x0606060606060606) & highHalves) != zeros) return false;
+  group -= zeros;
+  group = group * 10 + (group >> 8);  // pairs of digits, in every other byte
+  constexpr uint64_t pairs = 0x000000ff000000ff;
+  constexpr uint64_t hundredAndMillion = 0x000f424000000064;
+  constexpr uint64_t oneAndTenThousand = 0x0000271000000001;
+  value = static_cast<uint32_t>(
+      ((group & pairs) * hundredAndMillion + (group >> 16 & pairs) * oneAndTenThousand) >> 32);
+  return true;
+}
 
 inline const char *skipSpace(const char *text) {
   while (isSpace(*text)) ++text;

@@ -10,6 +10,8 @@
 #include <emmintrin.h>
 #endif
 
+#include "companion/byte_groups.h"
+
 namespace wmq {
 
 // Whether a double quote before this character does not end a string.
@@ -58,6 +60,37 @@ const char *findQuoted(const char *text, const char *end, const char **content, 
 
 // Decodes what findQuoted found into exactly `length` bytes, without a NUL.
 void decodeQuoted(char *out, const char *content, size_t rawLength, size_t length);
+
+// A string as findQuoted finds it.
+struct Quoted {
+  const char *content = nullptr;
+  size_t rawLength = 0;
+  size_t length = 0;
+  const char *after = nullptr;  // null: there is none
+
+  // Decodes into `length` bytes and a NUL.
+  void decodeInto(char *out) const {
+    if (rawLength == length) {
+      copyBytes(out, content, length);
+    } else {
+      decodeQuoted(out, content, rawLength, length);
+    }
+    out[length] = '\0';
+  }
+};
+
+// The same at once for strings as nearly all are: right here, and without an escape. `*end` can be read.
+inline Quoted quotedAt(const char *text, const char *end) {
+  if (*text == '"') {
+    const char *const first = text + 1;
+    const char *const quote = findQuote(first, end);
+    const auto length = static_cast<size_t>(quote - first);
+    if (quote != end && !isEscape(quote[1])) return {first, length, length, quote + 1};
+  }
+  Quoted found;
+  found.after = findQuoted(text, end, &found.content, &found.rawLength, &found.length);
+  return found;
+}
 
 }  // namespace wmq
 

@@ -22,7 +22,7 @@ constexpr size_t kTypeNameSize = 60;
 struct Header {
   char typeName[kTypeNameSize];
   size_t typeNameLength;
-  char version[sizeof(eventRecord::version)];
+  char version[sizeof(eventRecord::version)] = {};
   int32_t eventTime;
   const EventType *type;  // null for a name that no type has
 };
@@ -33,16 +33,14 @@ Reader headerReader(const char *line, size_t length) {
 
 // Takes a quoted token, which something must follow, and the blank behind it.
 bool takeToken(Reader &io, char *token, size_t size, size_t &length, const char *expected) {
-  const char *content = nullptr;
-  size_t rawLength = 0;
-  const char *after = findQuoted(io.cursor, io.end, &content, &rawLength, &length);
-  if (after == nullptr || after == io.end || length >= size) {
+  const Quoted text = quotedAt(io.cursor, io.end);
+  if (text.after == nullptr || text.after == io.end || text.length >= size) {
     fail(io, WMQE_BAD_FORMAT, nullptr, expected);
     return false;
   }
-  decodeQuoted(token, content, rawLength, length);
-  token[length] = '\0';
-  io.cursor = after;
+  text.decodeInto(token);
+  length = text.length;
+  io.cursor = text.after;
   skipBlank(io);
   return true;
 }
@@ -119,7 +117,7 @@ static eventRecord *parseText(const char *line, size_t length) {
     return nullptr;
   }
   Reader io = headerReader(line, length);
-  Header header{};
+  Header header;
   if (!takeHeader(io, header, version)) {
     wmq_errno = io.error;
     return discard(record);
@@ -198,7 +196,7 @@ int wmq_peekline(const char *line, wmqLineHeader *header) {
     return -1;
   }
   wmq::Reader io = wmq::headerReader(line, std::strlen(line));
-  wmq::Header found{};
+  wmq::Header found;
   float lineVersion = 0;
   if (!wmq::takeHeader(io, found, lineVersion)) {
     wmq_errno = io.error;

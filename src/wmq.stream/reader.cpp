@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "companion/affinity.h"
-#include "companion/byte_groups.h"
+#include "companion/block_cache.h"
 #include "companion/host_list.h"
 #include "companion/numbers.h"
 #include "companion/quoting.h"
@@ -66,15 +66,24 @@ void fail(Reader &io, int error, const char *field, const char *expected) {
   noteFailure(field, static_cast<size_t>(io.cursor - io.line), expected);
 }
 
-// Most numbers are one digit. They are told at once; all others are scanned.
+// Nearly all numbers begin right here and have no sign.
 template <typename Integer>
 static bool scanInteger(Reader &io, Integer &value) {
   const char *const text = io.cursor;
-  const unsigned digit = digitValue(*text);
-  if (digit <= 9 && !isDigit(text[1])) {
-    value = static_cast<Integer>(digit);
-    io.cursor = text + 1;
-    return true;
+  uint64_t digits = digitValue(*text);
+  if (digits <= 9) {
+    const char *next = text + 1;
+    uint32_t eight = 0;
+    if (io.end - next >= 8 && eightDigits(next, eight)) {
+      digits = digits * 100'000'000 + eight;
+      next += 8;
+    }
+    for (unsigned digit; (digit = digitValue(*next)) <= 9; ++next) digits = digits * 10 + digit;
+    if (next - text <= 18) {
+      value = static_cast<Integer>(digits);
+      io.cursor = next;
+      return true;
+    }
   }
   int64_t wide = 0;
   const char *const after = scanInt64(text, wide);
@@ -105,45 +114,23 @@ bool scanUnsigned(Reader &io, int64_t &value) {
 
 void readText(Reader &io, const char *field, char *&value, size_t limit) {
   if (io.error != 0) return;
-  if (*io.cursor == '"') {
-    // As nearly all strings are: right here, and without an escape.
-    const char *const first = io.cursor + 1;
-    const char *const quote = findQuote(first, io.end);
-    const auto length = static_cast<size_t>(quote - first);
-    if (quote != io.end && !isEscape(quote[1]) && length <= limit) {
-      value = static_cast<char *>(std::malloc(length + 1));
-      if (value == nullptr) return fail(io, WMQE_NO_MEM, field, "memory for the string");
-      copyBytes(value, first, length);
-      value[length] = '\0';
-      io.cursor = quote + 1;
-      return skipBlank(io);
-    }
-  }
-  const char *content = nullptr;
-  size_t rawLength = 0;
-  size_t length = 0;
-  const char *after = findQuoted(io.cursor, io.end, &content, &rawLength, &length);
-  if (after == nullptr) return fail(io, WMQE_BAD_FORMAT, field, "a quoted string");
-  if (length > limit) return fail(io, WMQE_BAD_FORMAT, field, "a shorter string");
-  value = static_cast<char *>(std::malloc(length + 1));
+  const Quoted text = quotedAt(io.cursor, io.end);
+  if (text.after == nullptr) return fail(io, WMQE_BAD_FORMAT, field, "a quoted string");
+  if (text.length > limit) return fail(io, WMQE_BAD_FORMAT, field, "a shorter string");
+  value = static_cast<char *>(takeBlock(text.length + 1));
   if (value == nullptr) return fail(io, WMQE_NO_MEM, field, "memory for the string");
-  decodeQuoted(value, content, rawLength, length);
-  value[length] = '\0';
-  io.cursor = after;
+  text.decodeInto(value);
+  io.cursor = text.after;
   skipBlank(io);
 }
 
 void readChars(Reader &io, const char *field, char *array, size_t size, size_t minLength) {
-  const char *content = nullptr;
-  size_t rawLength = 0;
-  size_t length = 0;
-  const char *after = findQuoted(io.cursor, io.end, &content, &rawLength, &length);
-  if (after == nullptr) return fail(io, WMQE_BAD_FORMAT, field, "a quoted string");
-  if (length < minLength) return fail(io, WMQE_BAD_FORMAT, field, "a name that is not empty");
-  if (length >= size) return fail(io, WMQE_BAD_FORMAT, field, "a shorter name");
-  decodeQuoted(array, content, rawLength, length);
-  array[length] = '\0';
-  io.cursor = after;
+  const Quoted text = quotedAt(io.cursor, io.end);
+  if (text.after == nullptr) return fail(io, WMQE_BAD_FORMAT, field, "a quoted string");
+  if (text.length < minLength) return fail(io, WMQE_BAD_FORMAT, field, "a name that is not empty");
+  if (text.length >= size) return fail(io, WMQE_BAD_FORMAT, field, "a shorter name");
+  text.decodeInto(array);
+  io.cursor = text.after;
   skipBlank(io);
 }
 
@@ -177,7 +164,7 @@ void readWord(Reader &io, const char *field, char *&value, size_t limit) {
   const auto length = static_cast<size_t>(end - begin);
   if (length == 0) return fail(io, WMQE_BAD_FORMAT, field, "a word");
   if (length > limit) return fail(io, WMQE_BAD_FORMAT, field, "a shorter word");
-  value = static_cast<char *>(std::malloc(length + 1));
+  value = static_cast<char *>(takeBlock(length + 1));
   if (value == nullptr) return fail(io, WMQE_NO_MEM, field, "memory for the word");
   std::memcpy(value, begin, length);
   value[length] = '\0';
@@ -186,7 +173,7 @@ void readWord(Reader &io, const char *field, char *&value, size_t limit) {
 
 void emptyText(Reader &io, const char *field, char *&value) {
   if (io.error != 0) return;
-  value = static_cast<char *>(std::malloc(1));
+  value = static_cast<char *>(takeBlock(1));
   if (value == nullptr) return fail(io, WMQE_NO_MEM, field, "memory for the string");
   *value = '\0';
 }

@@ -3,7 +3,7 @@
 namespace wmq {
 
 void releaseStrings(int64_t count, char **&array) {
-  for (int64_t i = 0; array != nullptr && i < count; ++i) std::free(array[i]);
+  for (int64_t i = 0; array != nullptr && i < count; ++i) giveBlock(array[i]);
   release(array);
 }
 

@@ -6,6 +6,7 @@
 
 #include <cstdlib>
 
+#include "companion/block_cache.h"
 #include "wmq.stream/presence.h"
 #include "wmq/records/shapes.h"
 
@@ -17,7 +18,7 @@ struct Releaser {
 
 template <typename T>
 void release(T *&owned) {
-  std::free(owned);
+  giveBlock(owned);
   owned = nullptr;
 }
 

@@ -331,4 +331,27 @@ RC_GTEST_PROP(RealScan, UndoesTheShortestForm, (uint64_t bits)) {
   RC_ASSERT(ours<double>(scanDouble, text) == theirs<double>("%lf%n", text));
 }
 
+// --------------------------------------------------------------------------------- eight digits at once
+
+TEST(EightDigits, AreValuedAsDecimals) {
+  for (uint32_t number = 0; number < 100'000'000; number += 977) {
+    char text[16];
+    std::snprintf(text, sizeof text, "%08u", number);
+    uint32_t value = 1;
+    ASSERT_TRUE(wmq::eightDigits(text, value)) << text;
+    ASSERT_EQ(value, number);
+  }
+}
+
+TEST(EightDigits, AreToldFromAllOtherBytes) {
+  for (size_t place = 0; place < 8; ++place) {
+    for (int byte = 0; byte < 256; ++byte) {
+      std::string text = "12345678";
+      text[place] = static_cast<char>(byte);
+      uint32_t value = 0;
+      EXPECT_EQ(wmq::eightDigits(text.data(), value), byte >= '0' && byte <= '9') << place << ' ' << byte;
+    }
+  }
+}
+
 }  // namespace

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <cstdlib>
 
+#include "companion/block_cache.h"
+
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define WMQ_TESTS_BELOW(function) __interceptor_##function
 #elif defined(__has_feature)
@@ -18,6 +20,9 @@
 
 namespace wmq::testing {
 namespace {
+
+// Each allocation is to be one of this program's, and each release too.
+[[maybe_unused]] const bool noBlocksKept = blocksMayBeKept = false;
 
 thread_local int untilFailure = 0;  // 0: none is to fail
 thread_local bool failed = false;

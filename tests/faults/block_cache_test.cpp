@@ -1,0 +1,125 @@
+#include "companion/block_cache.h"
+
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <cstring>
+#include <functional>
+#include <vector>
+
+#include "support/failing_allocations.h"
+
+namespace wmq::testing {
+namespace {
+
+// Only a thread that has not released anything yet can be told to keep blocks.
+class KeptBlocks : public ::testing::Test {
+ protected:
+  void onANewThread(const std::function<void()> &action) {
+    blocksMayBeKept = true;
+    // Unlike std::thread, this releases nothing on the new thread that another has allocated.
+    task = [&] {
+      skipped = !keepsBlocks();
+      if (!skipped) action();
+    };
+    pthread_t thread;
+    ASSERT_EQ(pthread_create(&thread, nullptr, run, this), 0);
+    pthread_join(thread, nullptr);
+    blocksMayBeKept = false;
+    if (skipped) GTEST_SKIP() << "no blocks are kept where memory is checked";
+  }
+
+  bool skipped = false;
+
+ private:
+  static void *run(void *test) {
+    static_cast<KeptBlocks *>(test)->task();
+    return nullptr;
+  }
+
+  std::function<void()> task;
+};
+
+TEST_F(KeptBlocks, AreTakenAgainWithoutAnAllocation) {
+  onANewThread([] {
+    for (const size_t bytes : {1, 8, 24, 25, 40, 41, 88}) {
+      void *const block = takeBlock(bytes);
+      giveBlock(block);
+      const FailingAllocation failing(1, FailingAllocation::failToo);
+      EXPECT_EQ(takeBlock(bytes), block) << bytes;
+      EXPECT_FALSE(failing.hasFailed());
+      giveBlock(block);
+    }
+  });
+}
+
+TEST_F(KeptBlocks, AreNeverShorterThanWhatIsAskedFor) {
+  onANewThread([] {
+    std::vector<char *> blocks;
+    for (int round = 0; round < 3; ++round) {
+      for (size_t bytes = 1; bytes < 200; ++bytes) {
+        blocks.push_back(static_cast<char *>(takeBlock(bytes)));
+        std::memset(blocks.back(), static_cast<int>(bytes), bytes);
+      }
+      for (size_t bytes = 1; bytes < 200; ++bytes) {
+        char *const block = blocks[bytes - 1];
+        for (size_t i = 0; i < bytes; ++i) ASSERT_EQ(block[i], static_cast<char>(bytes));
+        giveBlock(block);
+      }
+      blocks.clear();
+    }
+  });
+}
+
+TEST_F(KeptBlocks, AreFew) {
+  onANewThread([] {
+    const int before = allocationsLeft();
+    std::vector<void *> blocks;
+    for (int i = 0; i < 10000; ++i) blocks.push_back(takeBlock(static_cast<size_t>(1 + i % 300)));
+    for (void *block : blocks) giveBlock(block);
+    EXPECT_LE(allocationsLeft() - before, 5 * 64 + 20) << "the vector's own among them";
+  });
+}
+
+TEST_F(KeptBlocks, TakeAMissingBlockForNothing) {
+  onANewThread([] { giveBlock(nullptr); });
+}
+
+TEST_F(KeptBlocks, MakeWayForAnAllocationThatFails) {
+  onANewThread([] {
+    const FailingAllocation failing(1, FailingAllocation::failToo);
+    EXPECT_EQ(takeBlock(10), nullptr);
+  });
+}
+
+// A key's value is set again in the first round of its release, so that the second sees what all others left.
+pthread_key_t lastKey;
+int leftAtTheEnd = -1;
+void lookAtTheEnd(void *round) {
+  static int rounds = 0;
+  leftAtTheEnd = allocationsLeft();
+  if (++rounds < 2) pthread_setspecific(lastKey, round);
+}
+
+TEST_F(KeptBlocks, AreFreedWhenTheThreadEnds) {
+  static int before = 0;
+  ASSERT_EQ(pthread_key_create(&lastKey, lookAtTheEnd), 0);
+  onANewThread([] {
+    pthread_setspecific(lastKey, &before);
+    before = allocationsLeft();
+    for (int i = 0; i < 10; ++i) {
+      void *const first = takeBlock(10);
+      void *const second = takeBlock(50);
+      giveBlock(first);
+      giveBlock(second);
+    }
+    EXPECT_EQ(allocationsLeft(), before + 2);
+  });
+  pthread_key_delete(lastKey);
+  if (!skipped) {
+    EXPECT_EQ(leftAtTheEnd, before);
+  }
+}
+
+}  // namespace
+}  // namespace wmq::testing
