@@ -29,8 +29,9 @@ Long work shows a bar on the terminal and leaves no trace of it. A fault takes i
 
   $ for i in $(seq 300); do cat stream; done > lines
   $ terminal '(cat lines; sleep 1; cat lines; echo nonsense) | wmq decode > /dev/null' |
-  >   sed 's/[0-9.]* MB/N MB/g' | cut -d : -f 1-3
-  N MB  N MB/s<ESC>[K<ESC>[K-:601: error 46 WMQE_BAD_FORMAT
+  >   sed 's/[0-9.]* MB/N MB/g; s/<ESC>\[K/ (erased)\n/g' | cut -d : -f 1-3 | grep '[:N]' | sort -u
+  -:601: error 46 WMQE_BAD_FORMAT
+  N MB  N MB/s (erased)
   [1]
 
 Short work shows none, nor does work that prints to the same terminal, or that has no terminal.
