@@ -6,6 +6,7 @@
 //   wmq/records/...      the log structure of each type and its layout functions
 //   wmq/event_record.h   the record
 //   wmq/stream.h         streams, lines, release
+//   wmq/follow.h         following a stream across rotations and restarts
 //   wmq/schema.h         what a type's structure and line consist of, as data
 // JSON is a second library (-lwmqjson): wmq/json.h.
 #ifndef WMQ_WMQ_H
@@ -14,6 +15,7 @@
 #include "wmq/companion.h"
 #include "wmq/event_record.h"
 #include "wmq/event_types.h"
+#include "wmq/follow.h"
 #include "wmq/schema.h"
 #include "wmq/stream.h"
 

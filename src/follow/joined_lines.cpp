@@ -1,0 +1,314 @@
+// Where one record ends and the next begins, on a line on which several stand.
+//
+// A header, "NAME" "VERSION" TIME, cannot stand inside a quoted string: each quote in there is doubled. What can
+// look like one is a string field that is the name of a type, followed by one that is a version and by a number,
+// and what comes of a string that a writer did not escape. So what looks like a header begins a record when it
+// stands where no field can begin, or when the line makes no sense without it.
+#include <cstdlib>
+#include <cstring>
+#include <string_view>
+
+#include "companion/byte_groups.h"
+#include "companion/numbers.h"
+#include "wmq.stream/line_parser.h"
+#include "wmq.stream/type_table.h"
+#include "wmq/follow.h"
+#include "wmq/stream.h"
+
+namespace wmq {
+namespace {
+
+// Headers that are looked at before a line is cut at the next one without further questions: what is cut off
+// is looked at again, so this only bounds the work that a hostile line can make.
+constexpr int kMostTries = 64;
+
+// ------------------------------------------------------------------------ headers
+
+struct Header {
+  const char *begin = nullptr;  // null: there is none
+  const char *end = nullptr;    // behind the event time
+  const EventType *type = nullptr;
+};
+
+bool isNameCharacter(char c) { return (c >= 'A' && c <= 'Z') || c == '_' || isDigit(c); }
+
+// The header whose type name ends at `closing`, a quote that `" "` and a digit begin with. Nothing before
+// `from` is looked at.
+Header headerAround(const char *from, const char *closing, const char *end) {
+  const char *name = closing;
+  while (name > from && isNameCharacter(name[-1])) --name;
+  if (name == closing || name == from || name[-1] != '"') return {};
+  const EventType *const type = eventTypeNamed(name, static_cast<size_t>(closing - name));
+  if (type == nullptr) return {};
+
+  const char *cursor = closing + 3;
+  const char *const version = cursor;
+  bool above0 = false;
+  for (; cursor < end && (isDigit(*cursor) || *cursor == '.'); ++cursor)
+    above0 = above0 || (*cursor != '0' && *cursor != '.');
+  if (!above0 || cursor - version >= static_cast<ptrdiff_t>(sizeof(eventRecord::version))) return {};
+  if (end - cursor < 3 || cursor[0] != '"' || cursor[1] != ' ') return {};
+  cursor += 2;
+  if (*cursor == '-') ++cursor;
+  const char *const time = cursor;
+  while (cursor < end && isDigit(*cursor)) ++cursor;
+  if (cursor == time || (cursor < end && *cursor != ' ' && *cursor != '"')) return {};
+  return {name - 1, cursor, type};
+}
+
+// One of the 32 places from `text` on begins `" "` and a digit; 35 bytes are looked at. Written without a
+// branch, so that the compiler makes a few vector instructions of it.
+bool anyClosing(const char *text) {
+  unsigned char any = 0;
+  for (size_t i = 0; i < 32; ++i) {
+    const auto digit = static_cast<unsigned char>(text[i + 3] - '0');
+    any =
+        static_cast<unsigned char>(any | static_cast<unsigned char>((text[i] == '"') & (text[i + 1] == ' ') &
+                                                                    (text[i + 2] == '"') & (digit < 10)));
+  }
+  return any != 0;
+}
+
+// The first header that begins at `from` or behind it.
+Header findHeader(const char *from, const char *end) {
+  const char *at = from;
+  while (end - at >= 4) {
+    if (end - at >= 35 && !anyClosing(at)) {
+      at += 32;
+      continue;
+    }
+    const char *const stop = end - at >= 35 ? at + 32 : end - 3;
+    for (; at < stop; ++at) {
+      if (at[0] != '"' || at[1] != ' ' || at[2] != '"' || !isDigit(at[3])) continue;
+      if (const Header header = headerAround(from, at, end); header.begin != nullptr) return header;
+    }
+  }
+  return {};
+}
+
+bool leavesLineOpen(const EventType &type) {
+  return type.body == Body::headerOnly || type.body == Body::openLine || type.body == Body::sideStream;
+}
+
+// ------------------------------------------------------------------------ fields
+
+// What stands at a place of a line, when the line is taken as fields that blanks set apart.
+enum class Place {
+  field,    // a field may begin here, or it is inside a string
+  word,     // behind something that is no string, without a blank between
+  closing,  // here a string ends, and something other than a blank follows
+};
+
+// Takes the line apart up to `at`, which is a quote that a letter other than n follows.
+Place placeOf(const char *line, const char *at) {
+  bool inside = false;
+  for (const char *cursor = line; cursor < at; ++cursor) {
+    if (*cursor != '"') continue;
+    if (inside && (cursor[1] == '"' || cursor[1] == 'n')) {
+      ++cursor;
+      if (cursor == at) return Place::field;
+    } else {
+      inside = !inside;
+    }
+  }
+  if (inside) return Place::closing;
+  return at == line || at[-1] == ' ' ? Place::field : Place::word;
+}
+
+// Behind the string that begins at `quote`; null when it does not end.
+const char *behindString(const char *quote, const char *end) {
+  for (const char *cursor = quote + 1; cursor < end; ++cursor) {
+    if (*cursor != '"') continue;
+    if (cursor + 1 == end || (cursor[1] != '"' && cursor[1] != 'n')) return cursor + 1;
+    ++cursor;
+  }
+  return nullptr;
+}
+
+// Every string ends, and blanks stand around it.
+bool isWellFormed(const char *text, const char *end) {
+  for (const char *cursor = text; cursor < end; ++cursor) {
+    if (*cursor != '"') continue;
+    if (cursor != text && cursor[-1] != ' ') return false;
+    cursor = behindString(cursor, end);
+    if (cursor == nullptr || (cursor < end && *cursor != ' ')) return false;
+  }
+  return true;
+}
+
+struct LastFields {
+  const char *any = nullptr;     // where the last field begins
+  const char *string = nullptr;  // where the last string begins
+};
+
+LastFields lastFieldsOf(const char *text, const char *end) {
+  LastFields last;
+  for (const char *cursor = text; cursor < end;) {
+    if (*cursor == ' ') {
+      ++cursor;
+      continue;
+    }
+    last.any = cursor;
+    if (*cursor == '"') {
+      last.string = cursor;
+      cursor = behindString(cursor, end);
+      if (cursor == nullptr) break;
+    } else {
+      while (cursor < end && *cursor != ' ' && *cursor != '"') ++cursor;
+    }
+  }
+  return last;
+}
+
+// ------------------------------------------------------------------------ the line
+
+// A copy of the line that is parsed piece by piece. Afterwards wmq_errno and the version are as before: it was
+// not the caller who parsed. Without memory wmq_errno is WMQE_NO_MEM then.
+class Trial {
+ public:
+  Trial(const char *line, size_t length) : text(static_cast<char *>(std::malloc(length + 1))), size(length) {
+    if (text == nullptr) {
+      formerError = WMQE_NO_MEM;
+      return;
+    }
+    std::memcpy(text, line, length);
+    text[length] = '\0';
+  }
+  Trial(const Trial &) = delete;
+  Trial &operator=(const Trial &) = delete;
+  ~Trial() {
+    std::free(text);
+    wmq_errno = formerError;
+    version = formerVersion;
+  }
+
+  bool hasMemory() const { return text != nullptr; }
+  char *begin() const { return text; }
+  char *end() const { return text + size; }
+
+  bool parses(const char *from, const char *to) const {
+    char &behind = text[to - text];
+    const char kept = behind;
+    behind = '\0';
+    wmq_errno = 0;
+    eventRecord *const record = parsestreamlineMT(from, static_cast<size_t>(to - from));
+    behind = kept;
+    wmq_freekept(record);
+    wmq_freelogrec(record);
+    return record != nullptr;
+  }
+
+ private:
+  char *text;
+  size_t size;
+  int formerError = wmq_errno;
+  float formerVersion = version;
+};
+
+// Behind a place where no field can begin, fields that are well formed up to the end of the line are enough: a
+// record that does not parse is to be told by itself, too.
+bool looksIntact(const Trial &trial, const Header &header) {
+  const Header next = leavesLineOpen(*header.type) ? findHeader(header.end, trial.end()) : Header{};
+  return isWellFormed(header.begin, next.begin != nullptr ? next.begin : trial.end());
+}
+
+// What follows the last field that a layout knows is ignored. Numbers are left over on lines of some types, but
+// strings only on lines of later versions, or where two records are taken for one.
+bool usesAllStrings(const Trial &trial, const Header &header, const char *end) {
+  const char *const last = lastFieldsOf(header.begin, end).string;
+  return trial.parses(header.begin, end) && (last < header.end || !trial.parses(header.begin, last));
+}
+
+bool usesAllFields(const Trial &trial, const Header &header) {
+  return trial.parses(header.begin, trial.end()) &&
+         !trial.parses(header.begin, lastFieldsOf(header.begin, trial.end()).any);
+}
+
+// What `header` begins is a record, up to the end of the line or up to the record that is joined to it, and
+// uses every string that it has.
+bool makesRecord(const Trial &trial, const Header &header) {
+  const char *end = trial.end();
+  if (leavesLineOpen(*header.type)) {
+    const Header next = findHeader(header.end, trial.end());
+    if (next.begin != nullptr && header.type->body != Body::openLine) return next.begin == header.end;
+    if (next.begin != nullptr) end = next.begin;
+  }
+  return isWellFormed(header.begin, end) && usesAllStrings(trial, header, end);
+}
+
+// `whole`: the line parses as one record that uses every field.
+bool beginsRecord(const Trial &trial, const Header &header, bool whole) {
+  switch (placeOf(trial.begin(), header.begin)) {
+    case Place::word:
+      return looksIntact(trial, header);
+    case Place::closing:
+      return whole ? makesRecord(trial, header) : looksIntact(trial, header);
+    default:
+      // A field that the first record has a use for stays a field.
+      return (!whole || trial.parses(trial.begin(), header.begin)) && makesRecord(trial, header);
+  }
+}
+
+bool isBlank(const char *from, const char *to) {
+  while (from < to && *from == ' ') ++from;
+  return from == to;
+}
+
+size_t firstRecord(const char *line, size_t length, int &part) {
+  part = WMQ_PART_LINE;
+  const char *const end = line + length;
+  Header next = findHeader(line + 1, end);
+  if (next.begin == nullptr) return length;
+
+  // A record that leaves its line open, with another behind it.
+  const Header own = findHeader(line, next.begin);
+  const bool hasOwn = own.begin == line;
+  if (hasOwn && own.type->body != Body::openLine && leavesLineOpen(*own.type) &&
+      isBlank(own.end, next.begin)) {
+    part = WMQ_PART_JOINED;
+    return static_cast<size_t>(next.begin - line);
+  }
+  if (hasOwn && own.type->body == Body::openLine) {
+    const auto before = static_cast<size_t>(next.begin - line);
+    const Trial trial(line, before);
+    if (!trial.hasMemory()) return 0;
+    if (trial.parses(trial.begin(), trial.end())) {
+      part = WMQ_PART_JOINED;
+      return before;
+    }
+  }
+
+  // A record that another writer has left unfinished, with one behind it; or one record that looks like two.
+  const Trial trial(line, length);
+  if (!trial.hasMemory()) return 0;
+  // What was torn would begin as a record does.
+  const bool parses = trial.parses(trial.begin(), trial.end());
+  if (parses && *line != '"') return length;
+  const Header first = findHeader(trial.begin(), trial.end());
+  const bool whole = parses && first.begin == trial.begin() && usesAllFields(trial, first);
+  next = findHeader(trial.begin() + 1, trial.end());
+  for (int tries = 0; next.begin != nullptr; ++tries) {
+    const bool enough = tries == kMostTries && !whole;
+    if (enough || beginsRecord(trial, next, whole)) {
+      part = WMQ_PART_TORN;
+      return static_cast<size_t>(next.begin - trial.begin());
+    }
+    if (tries == kMostTries) break;
+    next = findHeader(next.begin + 1, trial.end());
+  }
+  return length;
+}
+
+}  // namespace
+}  // namespace wmq
+
+size_t wmq_firstrecord(const char *line, size_t length, int *part) {
+  int found = WMQ_PART_LINE;
+  size_t first = 0;
+  if (line == nullptr)
+    wmq_errno = WMQE_BAD_ARG;
+  else if (length > 0)
+    first = wmq::firstRecord(line, length, found);
+  if (part != nullptr) *part = found;
+  return first;
+}

@@ -1,0 +1,246 @@
+// Where one record ends and the next begins on a line.
+#include <gmock/gmock.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "support/small_records.h"
+#include "wmq/follow.h"
+
+namespace wmq::testing {
+namespace {
+
+using ::testing::ElementsAre;
+using Part = std::pair<int, std::string>;
+
+const std::string next = R"("LOG_SWITCH" "10.1" 1700000001 7 )";
+const std::string vacated = R"("JOB_VACATED" "10.1" 1700000000)";
+const std::string sbdStatus = R"("SBD_JOB_STATUS" "10.1" 1700000000 7 0 0 0 0 0 0 0 0 0 0 0 0 3)";
+
+std::vector<Part> partsOf(const std::string &line) {
+  std::vector<Part> parts;
+  for (size_t at = 0; at < line.size();) {
+    int part = -1;
+    const size_t length = wmq_firstrecord(line.data() + at, line.size() - at, &part);
+    if (length == 0 || length > line.size() - at) {
+      ADD_FAILURE() << "a part of " << length << " bytes at " << at;
+      break;
+    }
+    parts.emplace_back(part, line.substr(at, length));
+    at += length;
+  }
+  return parts;
+}
+
+Part line(const std::string &text) { return {WMQ_PART_LINE, text}; }
+Part joined(const std::string &text) { return {WMQ_PART_JOINED, text}; }
+Part torn(const std::string &text) { return {WMQ_PART_TORN, text}; }
+
+std::string lineOf(int32_t type) {
+  eventRecord record = bareRecord(type);
+  std::string text = format(record);
+  if (!text.empty() && text.back() == '\n') text.pop_back();
+  return text;
+}
+
+// The very line that would be written for the record that is read from it.
+bool isOneRecord(const std::string &text) {
+  const OwnedRecord record = parse(text);
+  return record != nullptr && format(*record) == text + '\n';
+}
+
+TEST(JoinedLines, AreCutBehindTypesThatLeaveTheirLineOpen) {
+  const std::string occupied = R"("JOB_OCCUPY_REQ" "10.1" 1700000000)";
+  EXPECT_THAT(partsOf(vacated + next), ElementsAre(joined(vacated), line(next)));
+  EXPECT_THAT(partsOf(occupied + next), ElementsAre(joined(occupied), line(next)));
+  EXPECT_THAT(partsOf(sbdStatus + next), ElementsAre(joined(sbdStatus), line(next)));
+}
+
+TEST(JoinedLines, CutTheBareHeaderOfJobStatus2AndLeaveOneWithFields) {
+  const std::string bare = R"("JOB_STATUS2" "10.1" 1700000000)";
+  const std::string fields = bare + R"( 7 2 "jStatus" "4" "ineligiblePendingTime" "0")";
+  EXPECT_THAT(partsOf(bare + next), ElementsAre(joined(bare), line(next)));
+  EXPECT_THAT(partsOf(fields), ElementsAre(line(fields)));
+}
+
+TEST(JoinedLines, MayHoldManyRecords) {
+  EXPECT_THAT(partsOf(vacated + sbdStatus + vacated + next),
+              ElementsAre(joined(vacated), joined(sbdStatus), joined(vacated), line(next)));
+  EXPECT_THAT(partsOf(vacated + vacated), ElementsAre(joined(vacated), line(vacated)));
+}
+
+TEST(JoinedLines, AreCutBeforeTheEndOfTheFile) {
+  const std::string end = R"("END_OF_STREAM" "10.1" 1700000002)";
+  EXPECT_THAT(partsOf(vacated + end), ElementsAre(joined(vacated), line(end)));
+}
+
+TEST(JoinedLines, AreCutBeforeOlderVersionsToo) {
+  const std::string old = R"("LOG_SWITCH" "2.1" 17 7 )";
+  EXPECT_THAT(partsOf(sbdStatus + old), ElementsAre(joined(sbdStatus), line(old)));
+}
+
+TEST(JoinedLines, OneRecordStaysWhole) {
+  for (const std::string &text : {next, vacated, sbdStatus, std::string("# comment"), std::string("x")})
+    EXPECT_THAT(partsOf(text), ElementsAre(line(text)));
+}
+
+TEST(JoinedLines, EveryTypeStaysWholeAndIsFoundBehindAnOpenOne) {
+  for (int32_t type = 1; type <= WMQ_MAX_EVENT_TYPE; ++type) {
+    const std::string text = lineOf(type);
+    if (text.empty()) continue;
+    EXPECT_THAT(partsOf(text), ElementsAre(line(text)));
+    EXPECT_THAT(partsOf(vacated + text), ElementsAre(joined(vacated), line(text)));
+  }
+}
+
+// ---------------------------------------------------------------- text that looks like a header
+
+TEST(JoinedLines, AQuotedStringIsNeverTakenForARecord) {
+  eventRecord record = bareRecord(EVENT_JOB_NEW);
+  for (const std::string &content :
+       {next, vacated + next, "x" + next, "\n" + next, "\"" + next + "\"", next + next}) {
+    std::string text = content;
+    record.eventLog.jobNewLog.command = text.data();
+    std::string written = format(record);
+    written.pop_back();
+    EXPECT_THAT(partsOf(written), ElementsAre(line(written)));
+  }
+}
+
+TEST(JoinedLines, FieldsThatLookLikeAHeaderStayFields) {
+  // Three strings and numbers behind them: calStr2 and calStr3 are the name of a type and a version.
+  const std::string calendar = R"("CAL_NEW" "10.1" 1700000000 5 9 "a" "LOG_SWITCH" "10.1" 7)";
+  EXPECT_THAT(partsOf(calendar), ElementsAre(line(calendar)));
+  const std::string text = R"("CAL_NEW" "10.1" 1700000000 5 9 "a""LOG_SWITCH" "10.1" 7 "b")";
+  EXPECT_THAT(partsOf(text), ElementsAre(line(text)));
+}
+
+TEST(JoinedLines, ALineThatDoesNotParseIsNotCutAtItsFields) {
+  const std::string bad = R"("CAL_NEW" "10.1" 1700000000 x 9 "a" "LOG_SWITCH" "10.1" 7 5 "more" "b")";
+  EXPECT_THAT(partsOf(bad), ElementsAre(line(bad)));
+  const std::string unknown = R"("NO_SUCH" "10.1" 1700000000 "LOG_SWITCH" "10.1" 7 5 "more")";
+  EXPECT_THAT(partsOf(unknown), ElementsAre(line(unknown)));
+}
+
+TEST(JoinedLines, UnknownTypesAndVersionsBeginNothing) {
+  for (const char *behind :
+       {R"("NO_SUCH" "10.1" 1 7)", R"("LOG_SWITCH" "0" 1 7)", R"("LOG_SWITCH" "10.1" x 7)",
+        R"("LOG_SWITCH"  "10.1" 1 7)", R"("log_switch" "10.1" 1 7)"}) {
+    const std::string text = vacated + behind;
+    EXPECT_THAT(partsOf(text), ElementsAre(line(text)));
+  }
+}
+
+// ---------------------------------------------------------------------------- torn lines
+
+TEST(TornLines, GiveTheRecordBehindThemWhereverTheyWereTorn) {
+  eventRecord record = bareRecord(EVENT_JOB_NEW);
+  char command[] = "echo \"a b\" c";
+  record.eventLog.jobNewLog.command = command;
+  const std::string whole = format(record);
+  for (size_t length = 1; length < whole.size(); ++length) {
+    const std::string part = whole.substr(0, length);
+    const std::vector<Part> parts = partsOf(part + next);
+    ASSERT_FALSE(parts.empty());
+    EXPECT_EQ(parts.back(), line(next)) << "torn behind " << part;
+    EXPECT_EQ(parts.front(), torn(part));
+    EXPECT_EQ(parts.size(), 2U);
+  }
+}
+
+// Torn behind its header, MBD_START takes the name of a type and its version for its two strings.
+TEST(TornLines, ThatMakeOneRecordWithTheNextAreThatRecord) {
+  const std::string text = R"("MBD_START" "10.1" 1700000000 )" + next.substr(0, next.size() - 1);
+  ASSERT_TRUE(isOneRecord(text));
+  EXPECT_THAT(partsOf(text), ElementsAre(line(text)));
+}
+
+TEST(TornLines, OfEveryTypeAreToldFromTheRecordBehind) {
+  for (int32_t type = 1; type <= WMQ_MAX_EVENT_TYPE; ++type) {
+    const std::string whole = lineOf(type);
+    if (whole.empty()) continue;
+    for (size_t length = 1; length < whole.size(); ++length) {
+      const std::string both = whole.substr(0, length) + next;
+      const std::vector<Part> parts = partsOf(both);
+      if (isOneRecord(both)) {
+        EXPECT_THAT(parts, ElementsAre(line(both)));
+        continue;
+      }
+      ASSERT_EQ(parts.size(), 2U) << whole.substr(0, length);
+      EXPECT_EQ(parts.back(), line(next)) << whole.substr(0, length);
+    }
+  }
+}
+
+TEST(TornLines, RecordsOfEveryTypeAreFoundBehind) {
+  const std::string text = R"("GRP_CTRL" "10.1" 1 2 3 4 "some te)";
+  const std::string number = R"("LOG_SWITCH" "10.1" 1700000001 1)";
+  for (int32_t type = 1; type <= WMQ_MAX_EVENT_TYPE; ++type) {
+    const std::string whole = lineOf(type);
+    if (whole.empty() || type == EVENT_JOB_PROV_HOST || type == EVENT_JOB_STATUS2)
+      continue;  // not read as written
+    EXPECT_THAT(partsOf(text + whole), ElementsAre(torn(text), line(whole)));
+    EXPECT_THAT(partsOf(number + whole), ElementsAre(torn(number), line(whole)));
+  }
+}
+
+TEST(TornLines, TwoInARow) {
+  const std::string first = R"("GRP_CTRL" "10.1" 1 2 3 4 "some te)";
+  const std::string second = R"("CAL_NEW" "10.1" 1700000000 5 9 "a" "b)";
+  const std::vector<Part> parts = partsOf(first + second + next);
+  ASSERT_EQ(parts.size(), 2U);
+  EXPECT_EQ(parts.front(), torn(first + second));
+  EXPECT_EQ(parts.back(), line(next));
+}
+
+TEST(TornLines, BeforeJoinedOnes) {
+  const std::string part = R"("GRP_CTRL" "10.1" 1 2 3 4 "some te)";
+  EXPECT_THAT(partsOf(part + vacated + next), ElementsAre(torn(part), joined(vacated), line(next)));
+  EXPECT_THAT(partsOf(part + sbdStatus + next), ElementsAre(torn(part), joined(sbdStatus), line(next)));
+}
+
+TEST(TornLines, OfAnOpenTypeAreNotTakenForTheirRecord) {
+  const std::string part = R"("SBD_JOB_STATUS" "10.1" 1700000000 7 0 0 0)";
+  EXPECT_THAT(partsOf(part + next), ElementsAre(torn(part), line(next)));
+  const std::string header = R"("JOB_VACATED" "10.1" )";
+  EXPECT_THAT(partsOf(header + next), ElementsAre(torn(header), line(next)));
+}
+
+TEST(TornLines, MayBeWhatADiskHasLost) {
+  const std::string lost(100, '\0');
+  EXPECT_THAT(partsOf(lost + next), ElementsAre(torn(lost), line(next)));
+}
+
+TEST(TornLines, WorkIsBoundedOnHostileLines) {
+  std::string hostile = R"("GRP_CTRL" "10.1" 1 x)";
+  for (int i = 0; i < 20000; ++i) hostile += R"("MIG" "10.1" 1 y)";
+  size_t bytes = 0;
+  for (const Part &part : partsOf(hostile)) bytes += part.second.size();
+  EXPECT_EQ(bytes, hostile.size());
+}
+
+// ---------------------------------------------------------------------------- the call
+
+TEST(FirstRecord, LeavesErrorAndVersionAsTheyWere) {
+  wmq_setlineversion(3.5F);
+  wmq_errno = 99;
+  const std::string text = R"("GRP_CTRL" "9.0" 1 2 3 4 "some te)" + next;
+  EXPECT_LT(wmq_firstrecord(text.data(), text.size(), nullptr), text.size());
+  EXPECT_EQ(wmq_errno, 99);
+  EXPECT_EQ(wmq_lineversion(), 3.5F);
+}
+
+TEST(FirstRecord, TellsOfBadArguments) {
+  int part = 7;
+  wmq_errno = 0;
+  EXPECT_EQ(wmq_firstrecord(nullptr, 5, &part), 0U);
+  EXPECT_EQ(wmq_errno, WMQE_BAD_ARG);
+  wmq_errno = 0;
+  EXPECT_EQ(wmq_firstrecord("", 0, &part), 0U);
+  EXPECT_EQ(part, WMQ_PART_LINE);
+  EXPECT_EQ(wmq_errno, 0);
+}
+
+}  // namespace
+}  // namespace wmq::testing
