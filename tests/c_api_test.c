@@ -297,6 +297,51 @@ static void withoutAStream(void) {
   CHECK(wmq_errno == WMQE_BAD_FORMAT);
 }
 
+static void following(const char *path) {
+  struct streamParams params = {.fileName = (char *)path, .maxStreamFileNum = 10};
+  CHECK(wmq_openstream(&params) == 0);
+  eventRecord *status = buildJobStatus();
+  CHECK(wmq_writestream(status) == 0);
+
+  struct wmqFollowParams from = {.path = path, .from = WMQ_FROM_END};
+  wmqFollower *follower = wmq_followopen(&from);
+  CHECK(follower != NULL);
+  struct eventRecord *record = status;
+  CHECK(wmq_follownext(follower, &record, 0) == WMQ_FOLLOW_NOTHING);
+  CHECK(record == NULL);
+  CHECK(wmq_writestream(status) == 0);
+  CHECK(wmq_follownext(follower, &record, -1) == WMQ_FOLLOW_RECORD);
+  CHECK(record != NULL && record->type == EVENT_JOB_STATUS);
+  CHECK(wmq_followdetail(follower)->kind == WMQ_FOLLOW_RECORD);
+  CHECK(sameText(wmq_followdetail(follower)->file, path));
+  wmq_freekept(record);
+  wmq_freelogrec(record);
+
+  char position[WMQ_POSITION_SIZE];
+  CHECK(wmq_followposition(follower, position) == 0);
+  wmq_followclose(follower);
+  from.from = WMQ_FROM_POSITION;
+  from.position = position;
+  follower = wmq_followopen(&from);
+  CHECK(follower != NULL);
+  CHECK(wmq_follownext(follower, &record, 0) == WMQ_FOLLOW_NOTHING);
+  CHECK(wmq_follownext(follower, NULL, 0) == WMQ_FOLLOW_FAILED && wmq_errno == WMQE_BAD_ARG);
+  CHECK(wmq_follownext(NULL, &record, 0) == WMQ_FOLLOW_FAILED && wmq_errno == WMQE_BAD_ARG);
+  CHECK(wmq_followposition(NULL, position) == -1 && wmq_errno == WMQE_BAD_ARG);
+  CHECK(wmq_followdetail(NULL)->kind == WMQ_FOLLOW_NOTHING);
+  wmq_followwake(follower);
+  CHECK(wmq_followdescriptor(NULL) == -1);
+  wmq_followclose(follower);
+  wmq_followclose(NULL);
+
+  int part = -1;
+  const char *joined = "\"JOB_VACATED\" \"10.1\" 17\"LOG_SWITCH\" \"10.1\" 18 7";
+  CHECK(wmq_firstrecord(joined, strlen(joined), &part) == 23 && part == WMQ_PART_JOINED);
+
+  wmq_freelogrec(status);
+  CHECK(wmq_closestream() == 0);
+}
+
 int main(void) {
   char directory[] = "/tmp/wmq-c-api-XXXXXX";
   if (mkdtemp(directory) == NULL) {
@@ -309,6 +354,7 @@ int main(void) {
   throughAStream(path);
   lineByLine(path);
   withoutAStream();
+  following(path);
 
   CHECK(remove(path) == 0);
   CHECK(rmdir(directory) == 0);

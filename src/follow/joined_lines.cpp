@@ -1,9 +1,9 @@
 // Where one record ends and the next begins, on a line on which several stand.
 //
-// A header, "NAME" "VERSION" TIME, cannot stand inside a quoted string: each quote in there is doubled. What can
-// look like one is a string field that is the name of a type, followed by one that is a version and by a number,
-// and what comes of a string that a writer did not escape. So what looks like a header begins a record when it
-// stands where no field can begin, or when the line makes no sense without it.
+// A header, "NAME" "VERSION" TIME, cannot stand inside a quoted string: each quote in there is doubled. What
+// can look like one is a string field that is the name of a type, followed by one that is a version and by a
+// number, and what comes of a string that a writer did not escape. So what looks like a header begins a
+// record when it stands where no field can begin, or when the line makes no sense without it.
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
@@ -162,8 +162,8 @@ LastFields lastFieldsOf(const char *text, const char *end) {
 
 // ------------------------------------------------------------------------ the line
 
-// A copy of the line that is parsed piece by piece. Afterwards wmq_errno and the version are as before: it was
-// not the caller who parsed. Without memory wmq_errno is WMQE_NO_MEM then.
+// A copy of the line that is parsed piece by piece. Afterwards wmq_errno and the version are as before: it
+// was not the caller who parsed. Without memory wmq_errno is WMQE_NO_MEM then.
 class Trial {
  public:
   Trial(const char *line, size_t length) : text(static_cast<char *>(std::malloc(length + 1))), size(length) {
@@ -205,15 +205,15 @@ class Trial {
   float formerVersion = version;
 };
 
-// Behind a place where no field can begin, fields that are well formed up to the end of the line are enough: a
-// record that does not parse is to be told by itself, too.
+// Behind a place where no field can begin, fields that are well formed up to the end of the line are enough:
+// a record that does not parse is to be told by itself, too.
 bool looksIntact(const Trial &trial, const Header &header) {
   const Header next = leavesLineOpen(*header.type) ? findHeader(header.end, trial.end()) : Header{};
   return isWellFormed(header.begin, next.begin != nullptr ? next.begin : trial.end());
 }
 
-// What follows the last field that a layout knows is ignored. Numbers are left over on lines of some types, but
-// strings only on lines of later versions, or where two records are taken for one.
+// What follows the last field that a layout knows is ignored. Numbers are left over on lines of some types,
+// but strings only on lines of later versions, or where two records are taken for one.
 bool usesAllStrings(const Trial &trial, const Header &header, const char *end) {
   const char *const last = lastFieldsOf(header.begin, end).string;
   return trial.parses(header.begin, end) && (last < header.end || !trial.parses(header.begin, last));

@@ -44,10 +44,12 @@ std::string lineOf(int32_t type) {
   return text;
 }
 
+std::string withoutEnd(const std::string &text) { return text.substr(0, text.find_last_not_of(" \n") + 1); }
+
 // The very line that would be written for the record that is read from it.
 bool isOneRecord(const std::string &text) {
   const OwnedRecord record = parse(text);
-  return record != nullptr && format(*record) == text + '\n';
+  return record != nullptr && withoutEnd(format(*record)) == withoutEnd(text);
 }
 
 TEST(JoinedLines, AreCutBehindTypesThatLeaveTheirLineOpen) {
@@ -151,7 +153,7 @@ TEST(TornLines, GiveTheRecordBehindThemWhereverTheyWereTorn) {
 
 // Torn behind its header, MBD_START takes the name of a type and its version for its two strings.
 TEST(TornLines, ThatMakeOneRecordWithTheNextAreThatRecord) {
-  const std::string text = R"("MBD_START" "10.1" 1700000000 )" + next.substr(0, next.size() - 1);
+  const std::string text = R"("MBD_START" "10.1" 1700000000 )" + next;
   ASSERT_TRUE(isOneRecord(text));
   EXPECT_THAT(partsOf(text), ElementsAre(line(text)));
 }

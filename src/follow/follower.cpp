@@ -1,0 +1,268 @@
+// Reading: records, lines, notices, and the wait for more.
+#include "follow/follower.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <memory>
+
+#include "wmq.stream/line_parser.h"
+#include "wmq.stream/type_table.h"
+#include "wmq/stream.h"
+
+wmq::OpenFile::~OpenFile() {
+  if (fd >= 0) ::close(fd);
+}
+
+namespace wmq {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// Milliseconds that are left, for poll(2).
+int timeLeft(Clock::time_point deadline) {
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
+  return static_cast<int>(std::max<int64_t>(left, 0));
+}
+
+bool leavesLineOpen(int32_t type) {
+  const Body body = eventType(type).body;
+  return body == Body::openLine || body == Body::headerOnly;
+}
+
+struct ReleaseRecord {
+  void operator()(eventRecord *record) const {
+    wmq_freekept(record);
+    wmq_freelogrec(record);
+  }
+};
+
+}  // namespace
+
+wmqFollowDetail emptyDetail() {
+  wmqFollowDetail detail{};
+  detail.file = detail.text = detail.reason = detail.missingFiles = "";
+  return detail;
+}
+
+}  // namespace wmq
+
+using wmq::leavesLineOpen;
+using wmq::LinePart;
+using wmq::LineWindow;
+
+void wmqFollower::restoreText() {
+  if (restored != nullptr) *restored = restoredByte;
+  restored = nullptr;
+}
+
+int wmqFollower::next(eventRecord **record, int timeout) {
+  restoreText();
+  detail = wmq::emptyDetail();
+  *record = nullptr;
+  const auto deadline = wmq::Clock::now() + std::chrono::milliseconds(std::max(timeout, 0));
+  bool collected = false;
+  for (;;) {
+    Step done = Step::again;
+    while (done == Step::again) done = step(record);
+    if (done == Step::given) return detail.kind;
+    if (done == Step::failed) return detail.kind = WMQ_FOLLOW_FAILED;
+    // News that is taken before a last look cannot be missed: what comes later ends the wait.
+    if (!collected) {
+      watch.collect();
+      collected = true;
+      continue;
+    }
+    const int left = timeout < 0 ? -1 : wmq::timeLeft(deadline);
+    if (left == 0 || !watch.wait(left)) return WMQ_FOLLOW_NOTHING;
+    collected = false;
+  }
+}
+
+wmqFollower::Step wmqFollower::step(eventRecord **record) {
+  if (owedNotice != 0) return payNotice();
+  if (!file.isOpen()) return moveOn();
+  LinePart part;
+  const int formerError = wmq_errno;
+  wmq_errno = 0;
+  if (window.look(part, state == State::drained || state == State::cut)) return give(part, record);
+  if (wmq_errno != 0) return Step::failed;
+  wmq_errno = formerError;
+  if (state == State::cut) return beginAnew();
+  switch (window.fill(file.get())) {
+    case LineWindow::Fill::more:
+      return Step::again;
+    case LineWindow::Fill::truncated:
+      return goneShort(false);
+    case LineWindow::Fill::rewritten:
+      return goneShort(true);
+    case LineWindow::Fill::failed:
+      wmq_errno = WMQE_SYS;
+      return Step::failed;
+    default:
+      break;
+  }
+  if (state == State::live) return lookForSuccessor();
+  if (state == State::drained) return moveOn();
+  state = State::drained;
+  return Step::again;
+}
+
+// All that may fail comes first: what has been taken from the window must reach the caller.
+wmqFollower::Step wmqFollower::give(LinePart &part, eventRecord **record) {
+  if (part.length == 0 || *part.text == '#') {
+    window.take(part);
+    return Step::again;
+  }
+  if (endSeen) {
+    detail.offset = endOffset;
+    giveNotice(
+        WMQ_NOTICE_END_IN_MIDDLE,
+        "lines follow the end of the stream: it was written by a writer that could not rename the file");
+    if (!rememberBefore(file.get(), endOffset)) return Step::failed;
+    endSeen = false;
+    given = endOffset;
+    return Step::given;
+  }
+  restored = part.text + part.length;
+  restoredByte = *restored;
+  *restored = '\0';
+
+  std::unique_ptr<eventRecord, wmq::ReleaseRecord> parsed;
+  if (part.part != WMQ_PART_TORN) {
+    wmq_errno = 0;
+    parsed.reset(wmq::parsestreamlineMT(part.text, part.length));
+  }
+  if (parsed != nullptr && parsed->type == EVENT_END_OF_STREAM) {
+    restoreText();
+    window.take(part);
+    endSeen = true;
+    endOffset = window.offset();
+    return Step::again;
+  }
+  detail.offset = part.offset;
+  detail.length = part.size;
+  detail.text = part.text;
+  detail.textLength = static_cast<int64_t>(part.length);
+  detail.lineEnd = part.lineEnd ? 1 : 0;
+  // Of a line that never got its end only a type that leaves it open is whole.
+  const bool whole = part.lineEnd || (parsed != nullptr && leavesLineOpen(parsed->type));
+  if (part.part == WMQ_PART_TORN || !whole)
+    giveNotice(WMQ_NOTICE_TORN, "a record that was not written to its end");
+  else if (parsed != nullptr)
+    giveRecord();
+  else
+    giveBadLine(wmq_errno);
+
+  if (detail.kind == WMQ_FOLLOW_RECORD) *record = parsed.release();
+  rememberText(part);
+  window.take(part);
+  given = window.offset();
+  return Step::given;
+}
+
+void wmqFollower::giveRecord() {
+  fileName = entry.path;
+  detail.file = fileName.c_str();
+  resumedFrom.clear();
+  detail.kind = WMQ_FOLLOW_RECORD;
+}
+
+void wmqFollower::giveBadLine(int error) {
+  reason = wmq_errdetail();
+  if (reason.empty()) reason = wmq_strerror(error);
+  giveRecord();
+  detail.kind = WMQ_FOLLOW_LINE;
+  detail.error = error;
+  detail.reason = reason.c_str();
+}
+
+void wmqFollower::giveNotice(int notice, const std::string &why) {
+  reason = why;
+  fileName = file.isOpen() ? entry.path : path;
+  resumedFrom.clear();
+  detail.kind = WMQ_FOLLOW_NOTICE;
+  detail.notice = notice;
+  detail.file = fileName.c_str();
+  detail.reason = reason.c_str();
+}
+
+// Somebody has cut the file, or written it anew. If a copy of it has become an old file before, it is whole.
+wmqFollower::Step wmqFollower::goneShort(bool rewritten) {
+  const wmq::Position position = currentPosition();
+  wmq::StreamListing listing;
+  if (!wmq::listStream(path, listing)) {
+    wmq_errno = WMQE_SYS;
+    return Step::failed;
+  }
+  if (position.offset > 0)
+    for (const wmq::StreamEntry &copy : listing.old) {
+      bool found = false;
+      if (copy.identity == entry.identity) continue;
+      if (!tryEntry(copy, position, found)) return Step::failed;
+      if (found) return takePlace() ? Step::again : Step::failed;
+    }
+  state = State::cut;
+  wasRewritten = rewritten;
+  return Step::again;
+}
+
+wmqFollower::Step wmqFollower::beginAnew() {
+  giveNotice(WMQ_NOTICE_TRUNCATED, std::string("the file was ") + (wasRewritten ? "written anew" : "cut") +
+                                       "; it is read from its first byte");
+  detail.offset = given;
+  detail.missingBytes = -1;
+  if (!window.moveTo(file.get(), 0)) {
+    wmq_errno = WMQE_SYS;
+    return Step::failed;
+  }
+  state = State::live;
+  endSeen = false;
+  given = 0;
+  lastLength = 0;
+  firstIsWhole = false;
+  first = {};
+  return Step::given;
+}
+
+// The end of what was handed out, while it is still there.
+void wmqFollower::rememberText(const LinePart &part) {
+  const bool hasEnd = part.size > static_cast<int64_t>(part.length);
+  const size_t fromText = std::min(part.length, sizeof lastBytes - 1);
+  std::memcpy(lastBytes, part.text + part.length - fromText, fromText);
+  lastBytes[fromText] = '\n';
+  lastLength = fromText + (hasEnd ? 1 : 0);
+}
+
+bool wmqFollower::rememberBefore(int fd, int64_t offset) {
+  char bytes[sizeof lastBytes];
+  const auto length = static_cast<size_t>(std::min(offset, static_cast<int64_t>(sizeof bytes)));
+  const int64_t from = offset - static_cast<int64_t>(length);
+  if (wmq::readFully(fd, bytes, length, from) != static_cast<ssize_t>(length)) {
+    wmq_errno = WMQE_SYS;
+    return false;
+  }
+  std::memcpy(lastBytes, bytes, length);
+  lastLength = length;
+  return true;
+}
+
+wmq::Position wmqFollower::currentPosition() {
+  if (file.isOpen() && !firstIsWhole) wmq::extractFirstLine(file.get(), first, firstIsWhole);
+  return {.hasFile = file.isOpen(),
+          .identity = entry.identity,
+          .suffix = entry.suffix,
+          .first = first,
+          .offset = given,
+          .last = {static_cast<int64_t>(lastLength), wmq::checksum(lastBytes, lastLength)},
+          .former = former};
+}
+
+void wmqFollower::position(char *text) {
+  const std::string told = resumedFrom.empty() ? wmq::positionText(currentPosition()) : resumedFrom;
+  text[told.copy(text, WMQ_POSITION_SIZE - 1)] = '\0';
+}

@@ -1,0 +1,146 @@
+// One follower: which file it reads, how far, and what comes behind it.
+#ifndef WMQ_FOLLOW_FOLLOWER_H
+#define WMQ_FOLLOW_FOLLOWER_H
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "follow/change_watch.h"
+#include "follow/line_window.h"
+#include "follow/position_token.h"
+#include "follow/stream_listing.h"
+#include "wmq/follow.h"
+
+namespace wmq {
+
+// Closes itself.
+class OpenFile {
+ public:
+  OpenFile() = default;
+  explicit OpenFile(int descriptor) : fd(descriptor) {}
+  OpenFile(OpenFile &&other) noexcept : fd(other.fd) { other.fd = -1; }
+  OpenFile &operator=(OpenFile &&other) noexcept {
+    std::swap(fd, other.fd);
+    return *this;
+  }
+  ~OpenFile();
+
+  bool isOpen() const { return fd >= 0; }
+  int get() const { return fd; }
+
+ private:
+  int fd = -1;
+};
+
+// Without any null text.
+wmqFollowDetail emptyDetail();
+
+}  // namespace wmq
+
+struct wmqFollower {
+ public:
+  // All of these return false, or WMQ_FOLLOW_FAILED, with wmq_errno.
+  bool open(const wmqFollowParams &params);
+  int next(eventRecord **record, int timeout);
+  void position(char *text);
+
+  void wake() const { watch.wake(); }
+  int descriptor() const { return watch.descriptor(); }
+  const wmqFollowDetail &lastDetail() const { return detail; }
+
+ private:
+  // What follows the file that is read.
+  struct Successor {
+    bool found = false;
+    wmq::StreamEntry entry;
+    bool exact = false;  // nothing stands between the two but what `missing` names
+    std::vector<wmq::StreamEntry> missing;
+  };
+
+  enum class Step {
+    given,    // `detail` is to be handed out
+    again,    // something has changed: look again
+    waiting,  // nothing to do until something changes
+    failed    // wmq_errno
+  };
+
+  // What is known of the file that is read.
+  enum class State {
+    live,        // it may grow
+    superseded,  // another has taken its place: nothing comes any more but what has not been read yet
+    drained,     // all of it has been read
+    cut          // what had been read of it is no longer there
+  };
+
+  bool openAt(int32_t from);
+  bool openOldest();
+  bool openCurrent(bool atEnd);
+  bool resume(const char *text);
+  bool locate(const wmq::Position &wanted, bool &found);
+  bool tryEntry(const wmq::StreamEntry &candidate, const wmq::Position &wanted, bool &found);
+  bool tryEntries(const wmq::StreamListing &listing, const wmq::Position &wanted, bool &found);
+  bool tryPlace(const wmq::StreamListing &listing, const wmq::Position &wanted, bool &found);
+
+  Step step(eventRecord **record);
+  Step give(wmq::LinePart &part, eventRecord **record);
+  void giveRecord();
+  void giveBadLine(int error);
+  void giveNotice(int notice, const std::string &why);
+  void owe(int notice, std::string why, std::string names, int64_t bytes);
+  Step payNotice();
+  Step goneShort(bool rewritten);
+  Step beginAnew();
+  Step lookForSuccessor();
+  Step moveOn();
+  Step arrive(wmq::OpenFile opened, const Successor &successor);
+
+  bool begin(wmq::OpenFile opened, const wmq::StreamEntry &found, int64_t offset);
+  bool takePlace();
+  void takePlaceIn(const wmq::StreamListing &listing);
+  wmq::Position currentPosition();
+  void rememberText(const wmq::LinePart &part);
+  bool rememberBefore(int fd, int64_t offset);
+  std::vector<wmq::StreamEntry> newerThanFormer(const wmq::StreamListing &listing, bool &stands) const;
+  Successor successorIn(const wmq::StreamListing &listing) const;
+  void restoreText();
+
+  std::string path;
+  wmq::ChangeWatch watch;
+
+  wmq::OpenFile file;  // what is read; not open while there is none yet
+  wmq::StreamEntry entry;
+  wmq::LineWindow window;
+  State state = State::live;
+  bool endSeen = false;   // an END_OF_STREAM line was passed over, and nothing has come behind it yet
+  int64_t endOffset = 0;  // behind it
+
+  wmq::FormerFile former;
+  std::vector<wmq::StreamEntry> ahead;  // files behind the one that is read, when they were listed last
+  bool wasRewritten = false;            // with State::cut
+  bool isLost = false;                  // the file of the position is gone, and nobody has been told yet
+  std::string lostFile;
+  wmq::FileIdentity lostIdentity;
+
+  wmq::Extract first;  // of the file that is read
+  bool firstIsWhole = false;
+  int64_t given = 0;    // behind what was handed out last
+  char lastBytes[256];  // before it: what a position sums up
+  size_t lastLength = 0;
+  std::string resumedFrom;  // the position, until something is handed out
+
+  // A notice of what has been done already, until it is given.
+  int owedNotice = 0;
+  std::string owedReason;
+  int64_t owedBytes = 0;
+
+  // What `detail` points to.
+  wmqFollowDetail detail = wmq::emptyDetail();
+  std::string reason;
+  std::string missing;
+  std::string fileName;
+  char *restored = nullptr;  // the byte in the window in whose place a NUL stands
+  char restoredByte = 0;
+};
+
+#endif

@@ -1,0 +1,406 @@
+// Which file comes next, and where a position is found again.
+//
+// Rotation gives an old file a suffix that is above all that are there, and removes old files from the oldest
+// on. So while the file that was read is still there under its old name, all files behind it are there, too,
+// in the order of their suffixes. Every choice is made by a list that shows that, taken after the chosen file
+// was opened: what was chosen by an older list may have been passed by.
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include "follow/follower.h"
+#include "wmq/stream.h"
+
+using wmq::FileStatus;
+using wmq::OpenFile;
+using wmq::Position;
+using wmq::StreamEntry;
+using wmq::StreamListing;
+
+namespace wmq {
+namespace {
+
+// A stream that changes faster than it can be listed is listed again when the news of it has come.
+constexpr int kMostTries = 100;
+
+bool failSystem() {
+  wmq_errno = WMQE_SYS;
+  return false;
+}
+
+bool list(const std::string &path, StreamListing &listing) {
+  return listStream(path, listing) || failSystem();
+}
+
+// Opens what was listed. Not open, without an error, when it is gone or another file stands there.
+bool openEntry(const StreamEntry &entry, OpenFile &opened) {
+  // Nobody waits for the other end of a pipe that somebody may have put there.
+  OpenFile file(open(entry.path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  if (!file.isOpen()) return errno == ENOENT || failSystem();
+  FileStatus status;
+  if (!statusOf(file.get(), status)) return failSystem();
+  if (!status.regular) {
+    errno = EINVAL;
+    return failSystem();
+  }
+  if (status.identity == entry.identity) opened = std::move(file);
+  return true;
+}
+
+// Where the last line that has its end, ends.
+bool findLastEnd(int fd, int64_t size, int64_t &offset) {
+  char bytes[4096];
+  for (offset = size; offset > 0;) {
+    const int64_t from = std::max<int64_t>(0, offset - static_cast<int64_t>(sizeof bytes));
+    const auto length = static_cast<size_t>(offset - from);
+    if (readFully(fd, bytes, length, from) != static_cast<ssize_t>(length)) return failSystem();
+    const void *const found = memrchr(bytes, '\n', length);
+    if (found != nullptr) {
+      offset = from + (static_cast<const char *>(found) - bytes) + 1;
+      return true;
+    }
+    offset = from;
+  }
+  return true;
+}
+
+bool isSame(const StreamListing &a, const StreamListing &b) {
+  if (a.old.size() != b.old.size() || a.hasCurrent != b.hasCurrent) return false;
+  for (size_t i = 0; i < a.old.size(); ++i)
+    if (a.old[i].path != b.old[i].path || !(a.old[i].identity == b.old[i].identity)) return false;
+  return !a.hasCurrent || a.current.identity == b.current.identity;
+}
+
+}  // namespace
+}  // namespace wmq
+
+// ------------------------------------------------------------------------------- opening
+
+bool wmqFollower::open(const wmqFollowParams &params) {
+  path = params.path;
+  if (!watch.open(path, params.pollMilliseconds)) return wmq::failSystem();
+  return params.from == WMQ_FROM_POSITION ? resume(params.position) : openAt(params.from);
+}
+
+bool wmqFollower::openAt(int32_t from) {
+  return from == WMQ_FROM_OLDEST ? openOldest() : openCurrent(from == WMQ_FROM_END);
+}
+
+bool wmqFollower::openOldest() {
+  for (int tries = 0; tries < wmq::kMostTries; ++tries) {
+    StreamListing before;
+    StreamListing after;
+    if (!wmq::list(path, before)) return false;
+    if (before.old.empty() && !before.hasCurrent) return true;
+    const StreamEntry &oldest = before.old.empty() ? before.current : before.old.front();
+    OpenFile opened;
+    if (!wmq::openEntry(oldest, opened)) return false;
+    if (!opened.isOpen() || !wmq::list(path, after) || !wmq::isSame(before, after)) continue;
+    if (!begin(std::move(opened), oldest, 0)) return false;
+    takePlaceIn(after);
+    return true;
+  }
+  errno = EBUSY;
+  return wmq::failSystem();
+}
+
+bool wmqFollower::openCurrent(bool atEnd) {
+  for (int tries = 0; tries < wmq::kMostTries; ++tries) {
+    StreamListing listing;
+    if (!wmq::list(path, listing)) return false;
+    if (!listing.hasCurrent) {
+      takePlaceIn(listing);
+      return true;
+    }
+    OpenFile opened;
+    FileStatus status;
+    if (!wmq::openEntry(listing.current, opened)) return false;
+    if (!opened.isOpen()) continue;
+    int64_t offset = 0;
+    if (atEnd &&
+        (!wmq::statusOf(opened.get(), status) || !wmq::findLastEnd(opened.get(), status.size, offset)))
+      return wmq::failSystem();
+    return begin(std::move(opened), listing.current, offset) && takePlace();
+  }
+  errno = EBUSY;
+  return wmq::failSystem();
+}
+
+// With a failure, the file that is read stays.
+bool wmqFollower::begin(OpenFile opened, const StreamEntry &found, int64_t offset) {
+  wmq::LineWindow fresh;
+  StreamEntry itself = found;
+  wmq::Extract firstLine;
+  bool whole = false;
+  if (!fresh.moveTo(opened.get(), offset) || !wmq::extractFirstLine(opened.get(), firstLine, whole))
+    return wmq::failSystem();
+  if (!rememberBefore(opened.get(), offset)) return false;
+  window = std::move(fresh);
+  file = std::move(opened);
+  entry = std::move(itself);
+  first = firstLine;
+  firstIsWhole = whole;
+  state = State::live;
+  endSeen = false;
+  given = offset;
+  watch.watchFile(file.get());
+  return true;
+}
+
+bool wmqFollower::takePlace() {
+  StreamListing listing;
+  if (!wmq::list(path, listing)) return false;
+  takePlaceIn(listing);
+  return true;
+}
+
+// Where the file that is read stands among the others. While it is the current one, none is behind it, and
+// the newest old one is the one before.
+void wmqFollower::takePlaceIn(const StreamListing &listing) {
+  const StreamEntry *const renamed = file.isOpen() ? listing.oldFile(entry.identity) : nullptr;
+  const bool isCurrent = file.isOpen() && listing.hasCurrent && listing.current.identity == entry.identity;
+  if (renamed != nullptr && !isCurrent) {
+    entry = *renamed;
+    former = {true, entry.suffix, first};
+    ahead.clear();
+    for (const StreamEntry &other : listing.old)
+      if (other.suffix > entry.suffix) ahead.push_back(other);
+    if (listing.hasCurrent) ahead.push_back(listing.current);
+  } else if (isCurrent || !file.isOpen()) {
+    entry.suffix = wmq::kNoSuffix;
+    entry.path = path;
+    ahead.clear();
+    former = {};
+    if (listing.old.empty()) return;
+    const StreamEntry &newest = listing.old.back();
+    former = {true, newest.suffix, {}};
+    OpenFile opened;
+    bool whole = false;
+    if (wmq::openEntry(newest, opened) && opened.isOpen())
+      wmq::extractFirstLine(opened.get(), former.first, whole);
+  }
+}
+
+// -------------------------------------------------------------------------------- resuming
+
+bool wmqFollower::resume(const char *text) {
+  Position wanted;
+  if (!wmq::readPosition(text, wanted)) {
+    wmq_errno = WMQE_BAD_FORMAT;
+    return false;
+  }
+  resumedFrom = text;
+  former = wanted.former;
+  if (!wanted.hasFile) {
+    StreamListing listing;
+    return wmq::list(path, listing);
+  }
+  bool found = false;
+  if (!locate(wanted, found)) return false;
+  if (found) return true;
+  if (wanted.suffix != wmq::kNoSuffix) former = {true, wanted.suffix, wanted.first};
+  isLost = true;
+  lostFile = wanted.suffix != wmq::kNoSuffix ? path + "." + std::to_string(wanted.suffix) : "";
+  lostIdentity = wanted.identity;
+  return true;
+}
+
+// Renaming while the files are listed can hide one: only what two lists agree on is not there.
+bool wmqFollower::locate(const Position &wanted, bool &found) {
+  StreamListing before;
+  StreamListing after;
+  for (int tries = 0; tries < wmq::kMostTries; ++tries) {
+    if (!wmq::list(path, before) || !tryEntries(before, wanted, found)) return false;
+    if (found) return takePlace();
+    if (!wmq::list(path, after)) return false;
+    if (wmq::isSame(before, after)) return true;
+  }
+  return true;
+}
+
+bool wmqFollower::tryEntries(const StreamListing &listing, const Position &wanted, bool &found) {
+  std::vector<StreamEntry> candidates = listing.old;
+  if (listing.hasCurrent) candidates.push_back(listing.current);
+  const bool hasContent = wanted.first.length > 0 || wanted.offset > 0;
+  // First what the system says is the file, then what has its name, then whatever has its content.
+  const auto rank = [&](const StreamEntry &candidate) {
+    if (candidate.identity == wanted.identity) return 0;
+    return candidate.suffix == wanted.suffix ? 1 : 2;
+  };
+  std::stable_sort(candidates.begin(), candidates.end(),
+                   [&](const StreamEntry &a, const StreamEntry &b) { return rank(a) < rank(b); });
+  for (const StreamEntry &candidate : candidates) {
+    const bool certain = rank(candidate) == 0 && hasBirth(candidate.identity) && hasBirth(wanted.identity);
+    if (!hasContent && !certain) continue;
+    if (!tryEntry(candidate, wanted, found)) return false;
+    if (found) return true;
+  }
+  return hasContent || tryPlace(listing, wanted, found);
+}
+
+bool wmqFollower::tryEntry(const StreamEntry &candidate, const Position &wanted, bool &found) {
+  OpenFile opened;
+  FileStatus status;
+  if (!wmq::openEntry(candidate, opened)) return false;
+  if (!opened.isOpen()) return true;
+  if (!wmq::statusOf(opened.get(), status)) return wmq::failSystem();
+  if (status.size < wanted.offset || !wmq::matchesFirst(opened.get(), wanted.first) ||
+      !wmq::matchesBefore(opened.get(), wanted.offset, wanted.last))
+    return true;
+  found = begin(std::move(opened), candidate, wanted.offset);
+  return found;
+}
+
+// An empty file has nothing to be known by but its place: it is the first behind the one before it.
+bool wmqFollower::tryPlace(const StreamListing &listing, const Position &wanted, bool &found) {
+  bool stands = false;
+  const std::vector<StreamEntry> newer = newerThanFormer(listing, stands);
+  if (!stands && (wanted.former.known || !newer.empty())) return true;
+  if (!newer.empty()) return tryEntry(newer.front(), wanted, found);
+  return !listing.hasCurrent || tryEntry(listing.current, wanted, found);
+}
+
+// ------------------------------------------------------------------------------ what follows
+
+// Old files behind the one that was the newest before the file that is read. `stands`: that one is still
+// there, and so none of them is missing.
+std::vector<StreamEntry> wmqFollower::newerThanFormer(const StreamListing &listing, bool &stands) const {
+  stands = false;
+  if (!former.known) return listing.old;
+  std::vector<StreamEntry> newer;
+  for (const StreamEntry &old : listing.old) {
+    if (old.suffix < former.suffix) continue;
+    if (old.suffix == former.suffix) {
+      OpenFile opened;
+      const int formerError = wmq_errno;
+      stands =
+          wmq::openEntry(old, opened) && opened.isOpen() && wmq::matchesFirst(opened.get(), former.first);
+      wmq_errno = formerError;
+      if (stands) continue;
+    }
+    newer.push_back(old);
+  }
+  // With all of them gone and the clock set back, suffixes may have begun again further down.
+  return newer.empty() && !stands ? listing.old : newer;
+}
+
+wmqFollower::Successor wmqFollower::successorIn(const StreamListing &listing) const {
+  const bool isCurrent = file.isOpen() && listing.hasCurrent && listing.current.identity == entry.identity;
+  if (isCurrent) return {};
+  if (const StreamEntry *own = file.isOpen() ? listing.oldFile(entry.identity) : nullptr; own != nullptr) {
+    for (const StreamEntry &old : listing.old)
+      if (old.suffix > own->suffix) return {.found = true, .entry = old, .exact = true, .missing = {}};
+    return {.found = listing.hasCurrent, .entry = listing.current, .exact = true, .missing = {}};
+  }
+  // It is gone. One that was behind it when it was still there is known to be the next that is left.
+  Successor successor;
+  for (const StreamEntry &known : ahead) {
+    const StreamEntry *still = hasBirth(known.identity) ? listing.oldFile(known.identity) : nullptr;
+    if (still == nullptr && hasBirth(known.identity) && listing.hasCurrent &&
+        listing.current.identity == known.identity)
+      still = &listing.current;
+    if (still != nullptr) {
+      successor.found = successor.exact = true;
+      successor.entry = *still;
+      return successor;
+    }
+    successor.missing.push_back(known);
+  }
+  bool stands = false;
+  const std::vector<StreamEntry> newer = newerThanFormer(listing, stands);
+  successor.found = !newer.empty() || listing.hasCurrent;
+  successor.entry = newer.empty() ? listing.current : newer.front();
+  successor.exact = !file.isOpen() && !isLost && (former.known ? stands : listing.old.empty());
+  return successor;
+}
+
+wmqFollower::Step wmqFollower::lookForSuccessor() {
+  if (!watch.namesChanged()) return Step::waiting;
+  FileStatus status;
+  if (entry.suffix == wmq::kNoSuffix && wmq::statusOf(path.c_str(), status) &&
+      status.identity == entry.identity)
+    return Step::waiting;
+  StreamListing listing;
+  if (!wmq::list(path, listing)) return Step::failed;
+  takePlaceIn(listing);
+  if (!successorIn(listing).found) return Step::waiting;
+  state = State::superseded;
+  return Step::again;
+}
+
+wmqFollower::Step wmqFollower::moveOn() {
+  for (int tries = 0; tries < wmq::kMostTries; ++tries) {
+    StreamListing listing;
+    if (!wmq::list(path, listing)) return Step::failed;
+    const Successor chosen = successorIn(listing);
+    if (!chosen.found) {
+      if (!isLost) return Step::waiting;
+      owe(WMQ_NOTICE_GAP, "the file of the position is gone, and there is no other", lostFile, -1);
+      isLost = false;
+      return Step::again;
+    }
+    OpenFile opened;
+    if (!wmq::openEntry(chosen.entry, opened)) return Step::failed;
+    if (!opened.isOpen()) continue;
+    if (!wmq::list(path, listing)) return Step::failed;
+    const Successor confirmed = successorIn(listing);
+    if (!confirmed.found || !(confirmed.entry.identity == chosen.entry.identity) ||
+        confirmed.exact != chosen.exact)
+      continue;
+    return arrive(std::move(opened), confirmed);
+  }
+  return Step::waiting;
+}
+
+void wmqFollower::owe(int notice, std::string why, std::string names, int64_t bytes) {
+  owedReason = std::move(why);
+  missing = std::move(names);
+  owedBytes = bytes;
+  owedNotice = notice;
+}
+
+wmqFollower::Step wmqFollower::payNotice() {
+  giveNotice(owedNotice, owedReason);
+  detail.missingFiles = missing.c_str();
+  detail.missingBytes = owedBytes;
+  owedNotice = 0;
+  return Step::given;
+}
+
+wmqFollower::Step wmqFollower::arrive(OpenFile opened, const Successor &successor) {
+  std::string names;
+  int64_t bytes = 0;
+  for (const StreamEntry &gone : successor.missing) {
+    if (gone.suffix == wmq::kNoSuffix) continue;
+    names += (names.empty() ? "" : "\n") + gone.path;
+    bytes += gone.size;
+  }
+  if (isLost && successor.entry.identity == lostIdentity && hasBirth(lostIdentity)) {
+    owe(WMQ_NOTICE_TRUNCATED,
+        "the file of the position was cut or written anew; it is read from its first byte", lostFile, -1);
+  } else if (isLost) {
+    owe(WMQ_NOTICE_GAP,
+        "the file of the position is gone; what came behind the position, up to this file, is missing",
+        lostFile, -1);
+  } else if (!successor.exact) {
+    owe(WMQ_NOTICE_GAP,
+        file.isOpen() ? "the file that was read is gone; files between it and this one may be missing"
+                      : "files may have come and gone before this one",
+        std::move(names), -1);
+  } else if (!successor.missing.empty()) {
+    owe(WMQ_NOTICE_GAP, "files were removed before they were read", std::move(names), bytes);
+  } else if (file.isOpen()) {
+    owe(WMQ_NOTICE_ROTATED, endSeen ? "" : entry.path + " has no END_OF_STREAM line at its end", "", 0);
+  }
+  // Until the notice is given, the follower stands before what it tells of.
+  if (owedNotice != 0 && resumedFrom.empty()) resumedFrom = wmq::positionText(currentPosition());
+  if (!begin(std::move(opened), successor.entry, 0)) {
+    owedNotice = 0;
+    return Step::failed;
+  }
+  isLost = false;
+  return takePlace() ? Step::again : Step::failed;
+}

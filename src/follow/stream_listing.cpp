@@ -1,0 +1,86 @@
+#include "follow/stream_listing.h"
+
+#include <dirent.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include "wmq/companion.h"
+
+namespace wmq {
+namespace {
+
+struct CloseDirectory {
+  void operator()(DIR *directory) const { closedir(directory); }
+};
+
+// The number behind "NAME."; rotation counts on from the largest of those below this one.
+constexpr int64_t kLastSuffix = INT32_MAX - 2;
+
+bool suffixOf(const char *entry, const std::string &name, int64_t &suffix) {
+  if (std::strncmp(entry, name.c_str(), name.size()) != 0 || entry[name.size()] != '.') return false;
+  const char *const text = entry + name.size() + 1;
+  if (!islongint_(text)) return false;
+  suffix = std::strtoll(text, nullptr, 10);
+  return suffix <= kLastSuffix && suffix > kNoSuffix;
+}
+
+bool bySuffix(const StreamEntry &a, const StreamEntry &b) {
+  return a.suffix != b.suffix ? a.suffix < b.suffix : a.path < b.path;
+}
+
+}  // namespace
+
+std::string directoryPart(const std::string &path) {
+  const size_t slash = path.rfind('/');
+  if (slash == std::string::npos) return ".";
+  return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+std::string namePart(const std::string &path) {
+  const size_t slash = path.rfind('/');
+  return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+const StreamEntry *StreamListing::oldFile(const FileIdentity &identity) const {
+  for (const StreamEntry &entry : old)
+    if (entry.identity == identity) return &entry;
+  return nullptr;
+}
+
+bool listStream(const std::string &path, StreamListing &listing) {
+  listing = {};
+  const std::unique_ptr<DIR, CloseDirectory> directory(opendir(directoryPart(path).c_str()));
+  if (directory == nullptr) return false;
+  const std::string name = namePart(path);
+  const std::string before = path.substr(0, path.size() - name.size());
+  for (;;) {
+    errno = 0;
+    const dirent *const entry = readdir(directory.get());
+    if (entry == nullptr) break;
+    StreamEntry found;
+    FileStatus status;
+    if (!suffixOf(entry->d_name, name, found.suffix)) continue;
+    if (!statusOfEntry(dirfd(directory.get()), entry->d_name, status) || !status.regular) continue;
+    found.path = before + entry->d_name;
+    found.identity = status.identity;
+    found.size = status.size;
+    listing.old.push_back(std::move(found));
+  }
+  if (errno != 0) return false;
+  std::sort(listing.old.begin(), listing.old.end(), bySuffix);
+
+  FileStatus status;
+  if (statusOf(path.c_str(), status)) {
+    listing.hasCurrent = true;
+    listing.current = {kNoSuffix, path, status.identity, status.size};
+  } else if (errno != ENOENT) {
+    return false;
+  }
+  return true;
+}
+
+}  // namespace wmq
