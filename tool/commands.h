@@ -14,6 +14,8 @@ void addDecodeCommand(CLI::App &program, Run &run);
 void addEncodeCommand(CLI::App &program, Run &run);
 void addReplayCommand(CLI::App &program, Run &run);
 void addStatsCommand(CLI::App &program, Run &run);
+void addFollowCommand(CLI::App &program, Run &run);
+void addVerifyCommand(CLI::App &program, Run &run);
 void addSchemaCommand(CLI::App &program, Run &run);
 
 }  // namespace wmq::tool

@@ -49,7 +49,8 @@ void describe(CLI::App &program) {
       "Examples:\n"
       "  wmq decode stream | jq .type\n"
       "  wmq replay trace.swf.gz -o ./stream --max-size 4M\n"
-      "  wmq stats stream stream.*");
+      "  wmq stats stream stream.*\n"
+      "  wmq follow --state here stream | jq .type");
   program.formatter(std::make_shared<HelpFormatter>());
   program.require_subcommand(0, 1);
   program.set_help_flag("-h,--help", "print this help and end");
@@ -80,6 +81,8 @@ int runProgram(int argc, char **argv) {
   addEncodeCommand(program, run);
   addReplayCommand(program, run);
   addStatsCommand(program, run);
+  addFollowCommand(program, run);
+  addVerifyCommand(program, run);
   addSchemaCommand(program, run);
   // Set last: commands take over the flags that stand when they are added, and this one is not theirs.
   program.set_help_all_flag("--help-all", "print the help of all commands and end");

@@ -1,0 +1,41 @@
+#include "followed.h"
+
+#include <algorithm>
+
+#include "text.h"
+
+namespace wmq::tool {
+
+const char *noticeName(int32_t notice) {
+  switch (notice) {
+    case WMQ_NOTICE_ROTATED:
+      return "rotated";
+    case WMQ_NOTICE_END_IN_MIDDLE:
+      return "end in the middle";
+    case WMQ_NOTICE_TORN:
+      return "torn";
+    case WMQ_NOTICE_GAP:
+      return "gap";
+    default:
+      return "truncated";
+  }
+}
+
+std::string noticeText(const wmqFollowDetail &detail) {
+  std::string text = detail.reason;
+  std::string names = detail.missingFiles;
+  std::replace(names.begin(), names.end(), '\n', ' ');
+  if (!names.empty()) text += ": " + names;
+  if (detail.notice == WMQ_NOTICE_GAP)
+    text += detail.missingBytes < 0
+                ? " (how much is not known)"
+                : " (" + counted(static_cast<uint64_t>(detail.missingBytes), "byte") + ")";
+  return text;
+}
+
+std::string positionOf(const Follower &follower) {
+  char position[WMQ_POSITION_SIZE];
+  return wmq_followposition(follower.get(), position) == 0 ? position : "";
+}
+
+}  // namespace wmq::tool
