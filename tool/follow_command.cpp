@@ -270,8 +270,8 @@ void addFollowCommand(CLI::App &program, Run &run) {
   auto options = std::make_shared<FollowOptions>();
   CLI::App *command = program.add_subcommand(
       "follow",
-      "Print the records of a stream as they are written, as JSON, one object on one\n"
-      "line. PATH is the stream's current file. Following goes on across rotations and\n"
+      "Print the records of a stream as they come, one JSON object a line.\n"
+      "PATH is the stream's current file. Following goes on across rotations and\n"
       "restarts of the writer, and waits for a file that is not there yet. Records that\n"
       "share a line are printed each by itself. What is missing or malformed is told on\n"
       "standard error as\n"

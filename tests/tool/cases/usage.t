@@ -16,6 +16,9 @@ Help and version go to standard output.
     replay              Turn a workload trace into the events that a scheduler
                         would have logged
     stats               Tell what is in a stream
+    follow              Print the records of a stream as they come, one JSON
+                        object a line
+    verify              Prove that a stream is whole
     schema              Tell how the records of a type stand on the line
   
   Options:
@@ -38,6 +41,7 @@ Help and version go to standard output.
     wmq decode stream | jq .type
     wmq replay trace.swf.gz -o ./stream --max-size 4M
     wmq stats stream stream.*
+    wmq follow --state here stream | jq .type
   $ wmq decode --help
   Usage: wmq decode [OPTION]... [FILE]...
   
@@ -213,6 +217,8 @@ All of them in one go.
   Usage: wmq encode [OPTION]... [FILE]...
   Usage: wmq replay [OPTION]... -o FILE TRACE
   Usage: wmq stats [OPTION]... [FILE]...
+  Usage: wmq follow [OPTION]... PATH
+  Usage: wmq verify [OPTION]... PATH
   Usage: wmq schema [OPTION]... [TYPE]
 
 No line is too wide for a terminal.
