@@ -25,10 +25,10 @@ void PartReport::add(const LinePart &part) {
     linesBefore = 0;
     return;
   }
+  progress.reached(part.bytesTaken);
   for (const BadLine &line : part.badLines)
     faults.badInput(part.source->name(), linesBefore + line.number, line.why.error, line.why.text);
   linesBefore += part.numLines;
-  progress.reached(part.bytesTaken);
 }
 
 }  // namespace wmq::tool

@@ -83,7 +83,13 @@ char *formatShortestReal(char *out, Real value) {
 
 }  // namespace
 
-char *formatInt64(char *out, int64_t value) { return std::to_chars(out, out + 20, value).ptr; }
+char *formatInt64(char *out, int64_t value) {
+  if (value >= 0 && value <= 9) {  // as most are
+    *out = static_cast<char>('0' + value);
+    return out + 1;
+  }
+  return std::to_chars(out, out + 20, value).ptr;
+}
 
 char *formatInt32(char *out, int32_t value) { return std::to_chars(out, out + 11, value).ptr; }
 

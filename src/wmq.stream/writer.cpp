@@ -58,9 +58,8 @@ void fail(Writer &io, int error, const char *field, const char *expected) {
   noteFailure(field, io.size - io.begin, expected);
 }
 
-char *room(Writer &io, size_t bytes) {
+char *grow(Writer &io, size_t bytes) {
   if (io.error != 0) return nullptr;
-  if (io.capacity - io.size >= bytes) return io.text + io.size;
   size_t capacity = io.capacity > 0 ? io.capacity : kFirstCapacity;
   while (capacity - io.size < bytes) capacity *= 2;
   auto *text = static_cast<char *>(std::realloc(io.text, capacity));

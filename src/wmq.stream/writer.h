@@ -35,7 +35,12 @@ int handOver(Writer &io, FILE *file);
 // ------------------------------------------------------------------ primitives
 
 void fail(Writer &io, int error, const char *field, const char *expected);
-char *room(Writer &io, size_t bytes);  // null after a failure; `io.size` is the caller's to advance
+char *grow(Writer &io, size_t bytes);
+
+// Where so many bytes may be put; null after a failure. `io.size` is the caller's to advance.
+inline char *room(Writer &io, size_t bytes) {
+  return io.error == 0 && io.capacity - io.size >= bytes ? io.text + io.size : grow(io, bytes);
+}
 void put(Writer &io, const char *text, size_t length);
 inline void put(Writer &io, std::string_view text) { put(io, text.data(), text.size()); }
 void putInteger(Writer &io, int64_t value);                         // behind a blank
