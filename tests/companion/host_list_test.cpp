@@ -112,6 +112,8 @@ TEST(ExpandingAHostList, LeavesNothingToExpandAlone) {
   int count = -3;
   char **none = nullptr;
   EXPECT_EQ(uncompressHostList(&count, &none), 0);
+  EXPECT_EQ(uncompressHostList(nullptr, &none), 0);
+  EXPECT_EQ(uncompressHostList(&count, nullptr), 0);
   EXPECT_EQ(count, -3);
   count = 4;
   EXPECT_EQ(uncompressHostList(&count, &none), 0);

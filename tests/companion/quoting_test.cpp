@@ -171,6 +171,7 @@ TEST(StripQStr, IsNegativeWithoutACompleteString) {
   EXPECT_LT(stripQStr("12 13", out), 0);
   EXPECT_LT(stripQStr("\"open", out), 0);
   EXPECT_LT(stripQStr(nullptr, out), 0);
+  EXPECT_LT(stripQStr("\"a\"", nullptr), 0);
 }
 
 RC_GTEST_PROP(StripQStr, UndoesAddQStr, ()) {

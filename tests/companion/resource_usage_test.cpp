@@ -75,11 +75,14 @@ TEST(ResourceUsage, CountsTheNumbersOfAShortText) {
   EXPECT_EQ(consumed, 0);
   EXPECT_EQ(str2wmxRu(" x", &usage, nullptr), 0);
   EXPECT_EQ(str2wmxRu(nullptr, &usage, &consumed), 0);
+  EXPECT_EQ(str2wmxRu("1 2", nullptr, &consumed), 0);
+  EXPECT_EQ(consumed, 0);
 }
 
 TEST(ResourceUsage, IsNegativeWhenItCannotBeWritten) {
   const wmxRusage usage{};
   EXPECT_LT(wmxRu2Str(nullptr, &usage, 0), 0);
+  EXPECT_LT(wmq::test::resultOnAFullDevice([](FILE *file) { return wmxRu2Str(file, nullptr, 0); }), 0);
   EXPECT_LT(wmq::test::resultOnAFullDevice([&](FILE *file) { return wmxRu2Str(file, &usage, 0); }), 0);
 }
 
@@ -121,6 +124,20 @@ TEST(ReleasingUsage, EmptiesGpuEntries) {
   EXPECT_EQ(entry.pairs, nullptr);
   EXPECT_EQ(entry.numPairs, 0);
   freeGpuRusage(1, nullptr);
+}
+
+TEST(ReleasingUsage, NeedsNoArrayForACount) {
+  hostRusageEntry entry{};
+  entry.numAttrs = 2;
+  freeHostRusage(1, &entry);
+  EXPECT_EQ(entry.numAttrs, 0);
+  gpuRusageEntry gpu{};
+  gpu.numPairs = 2;
+  freeGpuRusage(1, &gpu);
+  EXPECT_EQ(gpu.numPairs, 0);
+  allocHostInfo info = {2, nullptr};
+  freeAllocHostInfo(&info);
+  EXPECT_EQ(info.numHosts, 0);
 }
 
 TEST(ReleasingUsage, EmptiesAPairAndAllocatedHosts) {

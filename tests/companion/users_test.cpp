@@ -1,5 +1,6 @@
 #include "companion/users.h"
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <nss.h>
 #include <pwd.h>
@@ -7,11 +8,26 @@
 
 #include <cerrno>
 #include <cstring>
+#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "wmq/companion.h"
+
+// What the system's user database says to a request with that much room; unset: what it really says.
+static std::function<int(size_t room)> databaseFailure;
+
+// Stands in for the C library's.
+extern "C" int getpwuid_r(uid_t uid, passwd *entry, char *room, size_t size, passwd **found) {
+  const int error = databaseFailure ? databaseFailure(size) : 0;
+  if (error == 0) {
+    using Function = int(uid_t, passwd *, char *, size_t, passwd **);
+    return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, "getpwuid_r"))(uid, entry, room, size, found);
+  }
+  *found = nullptr;
+  return error;
+}
 
 namespace {
 
@@ -140,7 +156,17 @@ TEST_F(UserNames, MayBeAskedForByManyThreads) {
 // Of all sources of user names only the file is asked: others are plug-ins, which stay in memory.
 class SystemUsers : public testing::Test {
  protected:
-  SystemUsers() { __nss_configure_lookup("passwd", "files"); }
+  SystemUsers() {
+    __nss_configure_lookup("passwd", "files");
+    wmq::forgetUsers();
+  }
+  ~SystemUsers() override { databaseFailure = nullptr; }
+
+  static std::string nameOfRoot() {
+    char name[60];
+    errno = 0;
+    return getWMXUserByUid_(0, name, sizeof name) == 0 ? name : "no name";
+  }
 };
 
 TEST_F(SystemUsers, AreThoseOfTheUserDatabase) {
@@ -155,6 +181,34 @@ TEST_F(SystemUsers, DoNotIncludeAnInventedOne) {
   char name[60];
   EXPECT_NE(getWMXUserByUid_(uid, name, sizeof name), 0);
   EXPECT_EQ(errno, ENOENT);
+}
+
+TEST_F(SystemUsers, MayHaveEntriesOfAnyLengthUpToAMebibyte) {
+  const std::string root = nameOfRoot();
+  for (const size_t needed : {2049, 5000, 1 << 20}) {
+    wmq::forgetUsers();
+    databaseFailure = [needed](size_t room) { return room < needed ? ERANGE : 0; };
+    EXPECT_EQ(nameOfRoot(), root) << needed;
+  }
+  wmq::forgetUsers();
+  databaseFailure = [](size_t room) { return room <= size_t{1} << 20 ? ERANGE : 0; };
+  EXPECT_EQ(nameOfRoot(), "no name");
+  EXPECT_EQ(errno, ERANGE);
+}
+
+TEST_F(SystemUsers, AreAskedForAgainAfterAnInterruption) {
+  const std::string root = nameOfRoot();
+  wmq::forgetUsers();
+  int interruptions = 3;
+  databaseFailure = [&](size_t) { return interruptions-- > 0 ? EINTR : 0; };
+  EXPECT_EQ(nameOfRoot(), root);
+  EXPECT_LT(interruptions, 0);
+}
+
+TEST_F(SystemUsers, AreNotToldWhereTheDatabaseFails) {
+  databaseFailure = [](size_t) { return EIO; };
+  EXPECT_EQ(nameOfRoot(), "no name");
+  EXPECT_EQ(errno, EIO);
 }
 
 }  // namespace

@@ -22,6 +22,7 @@ struct LayoutFunctions {
   const char *name;
   int32_t type;
   int (*read)(const char *fields, eventRecord &record);
+  int (*readNowhere)(const char *fields);
   int (*write)(FILE *file, eventRecord &record);  // null: there is none
 };
 
@@ -35,14 +36,19 @@ int writing(FILE *file, eventRecord &record) {
   return kFunction(file, &(record.eventLog.*kLog));
 }
 
+template <auto kFunction>
+int readingNowhere(const char *fields) {
+  return kFunction(fields, nullptr);
+}
+
 template <auto kLog, auto kRead>
 constexpr LayoutFunctions only(const char *name, int32_t type) {
-  return {name, type, reading<kRead, kLog>, nullptr};
+  return {name, type, reading<kRead, kLog>, readingNowhere<kRead>, nullptr};
 }
 
 template <auto kLog, auto kRead, auto kWrite>
 constexpr LayoutFunctions both(const char *name, int32_t type) {
-  return {name, type, reading<kRead, kLog>, writing<kWrite, kLog>};
+  return {name, type, reading<kRead, kLog>, readingNowhere<kRead>, writing<kWrite, kLog>};
 }
 
 int readFinish(const char *fields, jobFinishLog *log) { return readJobFinish(fields, log, kEventTime); }
@@ -179,6 +185,7 @@ TEST_P(ALayoutWriter, WritesWhatTheLineCarries) {
 TEST_P(ALayoutReader, RefusesWhatIsNotThere) {
   eventRecord record{};
   EXPECT_NE(GetParam().read(nullptr, record), 0);
+  EXPECT_NE(GetParam().readNowhere(" 1"), 0);
 }
 
 TEST_P(ALayoutWriter, RefusesWhatIsNotThere) {

@@ -113,6 +113,21 @@ TEST(OldRemoteControl, LeavesThePositionWhereItStoppedBehindItsNames) {
   EXPECT_EQ(old.rest, "six 0");
 }
 
+TEST(RemoteControl, IsRefusedWhereSomethingIsMissing) {
+  char line[] = " \"a\" \"b\" 0 0";
+  char *position = line;
+  char *nowhere = nullptr;
+  oldRmtJobCtrlRecord old{};
+  newRmtJobCtrlRecord fresh{};
+  EXPECT_EQ(readRmtJobCtrlRecordFromLine(nullptr, &old), WMQE_BAD_ARG);
+  EXPECT_EQ(readRmtJobCtrlRecordFromLine(&nowhere, &old), WMQE_BAD_ARG);
+  EXPECT_EQ(readRmtJobCtrlRecordFromLine(&position, nullptr), WMQE_BAD_ARG);
+  EXPECT_EQ(readNewRmtJobCtrlRecordFromLine(nullptr, &fresh), WMQE_BAD_ARG);
+  EXPECT_EQ(readNewRmtJobCtrlRecordFromLine(&nowhere, &fresh), WMQE_BAD_ARG);
+  EXPECT_EQ(readNewRmtJobCtrlRecordFromLine(&position, nullptr), WMQE_BAD_ARG);
+  EXPECT_EQ(position, line);
+}
+
 TEST(OldRemoteControl, DoesNotMoveThePositionWithoutBothNames) {
   EXPECT_EQ(ReadOld(" no name").rest, " no name");
   EXPECT_EQ(ReadOld(" \"one\" no other").rest, " \"one\" no other");

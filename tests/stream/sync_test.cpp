@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <functional>
 
+#include "support/ordinary_user.h"
 #include "support/scripted_clock.h"
 #include "support/side_stream_fixture.h"
 #include "support/text_files.h"
@@ -167,6 +168,21 @@ TEST_F(SyncingTheStream, FindsTheOldFilesOfAClockThatWasSetBack) {
   EXPECT_THAT(namesIn(directory.path()), ElementsAre("s", "s.1700000400"));
   EXPECT_EQ(wmq_syncstream(), 0);
   EXPECT_THAT(watched.take(), ElementsAre(path, path + ".1700000400", directory.path()));
+}
+
+TEST_F(SyncingTheStream, NeedsToReadItsOldFiles) {
+  chmod(directory.path().c_str(), 0777);
+  makeFile(path, "full\n");
+  ASSERT_EQ(open({.size = 1}), 0);
+  rotate();
+  chmod((path + ".1700000500").c_str(), 0);
+  {
+    const OrdinaryUser user;
+    if (!user.isOrdinary()) GTEST_SKIP() << "root cannot step down here";
+    expectFailure(EACCES);
+  }
+  chmod((path + ".1700000500").c_str(), 0644);
+  EXPECT_EQ(wmq_syncstream(), 0);
 }
 
 TEST_F(SyncingTheStream, IsTriedAgainWhenItWasInterrupted) {
