@@ -43,6 +43,22 @@ struct ReleaseRecord {
 
 }  // namespace
 
+void ReadLast::take(const LinePart &part) {
+  const bool hasEnd = part.size > static_cast<int64_t>(part.length);
+  const size_t fromText = std::min(part.length, sizeof bytes - 1);
+  std::memcpy(bytes, part.text + part.length - fromText, fromText);
+  bytes[fromText] = '\n';
+  length = fromText + (hasEnd ? 1 : 0);
+}
+
+bool ReadLast::takeBefore(int fd, int64_t offset) {
+  length = static_cast<size_t>(std::min(offset, static_cast<int64_t>(sizeof bytes)));
+  const int64_t from = offset - static_cast<int64_t>(length);
+  if (readFully(fd, bytes, length, from) == static_cast<ssize_t>(length)) return true;
+  wmq_errno = WMQE_SYS;
+  return false;
+}
+
 wmqFollowDetail emptyDetail() {
   wmqFollowDetail detail{};
   detail.file = detail.text = detail.reason = detail.missingFiles = "";
@@ -123,7 +139,7 @@ wmqFollower::Step wmqFollower::give(LinePart &part, eventRecord **record) {
     giveNotice(
         WMQ_NOTICE_END_IN_MIDDLE,
         "lines follow the end of the stream: it was written by a writer that could not rename the file");
-    if (!rememberBefore(file.get(), endOffset)) return Step::failed;
+    last = end;
     endSeen = false;
     given = endOffset;
     return Step::given;
@@ -138,6 +154,7 @@ wmqFollower::Step wmqFollower::give(LinePart &part, eventRecord **record) {
     parsed.reset(wmq::parsestreamlineMT(part.text, part.length));
   }
   if (parsed != nullptr && parsed->type == EVENT_END_OF_STREAM) {
+    end.take(part);
     restoreText();
     window.take(part);
     endSeen = true;
@@ -159,7 +176,7 @@ wmqFollower::Step wmqFollower::give(LinePart &part, eventRecord **record) {
     giveBadLine(wmq_errno);
 
   if (detail.kind == WMQ_FOLLOW_RECORD) *record = parsed.release();
-  rememberText(part);
+  last.take(part);
   window.take(part);
   given = window.offset();
   return Step::given;
@@ -223,32 +240,10 @@ wmqFollower::Step wmqFollower::beginAnew() {
   state = State::live;
   endSeen = false;
   given = 0;
-  lastLength = 0;
+  last.length = 0;
   firstIsWhole = false;
   first = {};
   return Step::given;
-}
-
-// The end of what was handed out, while it is still there.
-void wmqFollower::rememberText(const LinePart &part) {
-  const bool hasEnd = part.size > static_cast<int64_t>(part.length);
-  const size_t fromText = std::min(part.length, sizeof lastBytes - 1);
-  std::memcpy(lastBytes, part.text + part.length - fromText, fromText);
-  lastBytes[fromText] = '\n';
-  lastLength = fromText + (hasEnd ? 1 : 0);
-}
-
-bool wmqFollower::rememberBefore(int fd, int64_t offset) {
-  char bytes[sizeof lastBytes];
-  const auto length = static_cast<size_t>(std::min(offset, static_cast<int64_t>(sizeof bytes)));
-  const int64_t from = offset - static_cast<int64_t>(length);
-  if (wmq::readFully(fd, bytes, length, from) != static_cast<ssize_t>(length)) {
-    wmq_errno = WMQE_SYS;
-    return false;
-  }
-  std::memcpy(lastBytes, bytes, length);
-  lastLength = length;
-  return true;
 }
 
 wmq::Position wmqFollower::currentPosition() {
@@ -258,7 +253,7 @@ wmq::Position wmqFollower::currentPosition() {
           .suffix = entry.suffix,
           .first = first,
           .offset = given,
-          .last = {static_cast<int64_t>(lastLength), wmq::checksum(lastBytes, lastLength)},
+          .last = {static_cast<int64_t>(last.length), wmq::checksum(last.bytes, last.length)},
           .former = former};
 }
 

@@ -33,6 +33,15 @@ class OpenFile {
   int fd = -1;
 };
 
+// The end of what was read: what a position sums up.
+struct ReadLast {
+  char bytes[256];
+  size_t length = 0;
+
+  void take(const LinePart &part);
+  bool takeBefore(int fd, int64_t offset);  // false with wmq_errno
+};
+
 // Without any null text.
 wmqFollowDetail emptyDetail();
 
@@ -99,8 +108,6 @@ struct wmqFollower {
   bool takePlace();
   void takePlaceIn(const wmq::StreamListing &listing);
   wmq::Position currentPosition();
-  void rememberText(const wmq::LinePart &part);
-  bool rememberBefore(int fd, int64_t offset);
   std::vector<wmq::StreamEntry> newerThanFormer(const wmq::StreamListing &listing, bool &stands) const;
   Successor successorIn(const wmq::StreamListing &listing) const;
   void restoreText();
@@ -114,6 +121,7 @@ struct wmqFollower {
   State state = State::live;
   bool endSeen = false;   // an END_OF_STREAM line was passed over, and nothing has come behind it yet
   int64_t endOffset = 0;  // behind it
+  wmq::ReadLast end;
 
   wmq::FormerFile former;
   std::vector<wmq::StreamEntry> ahead;  // files behind the one that is read, when they were listed last
@@ -124,9 +132,8 @@ struct wmqFollower {
 
   wmq::Extract first;  // of the file that is read
   bool firstIsWhole = false;
-  int64_t given = 0;    // behind what was handed out last
-  char lastBytes[256];  // before it: what a position sums up
-  size_t lastLength = 0;
+  int64_t given = 0;        // behind what was handed out last
+  wmq::ReadLast last;       // before it
   std::string resumedFrom;  // the position, until something is handed out
 
   // A notice of what has been done already, until it is given.

@@ -137,11 +137,13 @@ bool wmqFollower::begin(OpenFile opened, const StreamEntry &found, int64_t offse
   bool whole = false;
   if (!fresh.moveTo(opened.get(), offset) || !wmq::extractFirstLine(opened.get(), firstLine, whole))
     return wmq::failSystem();
-  if (!rememberBefore(opened.get(), offset)) return false;
+  wmq::ReadLast before;
+  if (!before.takeBefore(opened.get(), offset)) return false;
   window = std::move(fresh);
   file = std::move(opened);
   entry = std::move(itself);
   first = firstLine;
+  last = before;
   firstIsWhole = whole;
   state = State::live;
   endSeen = false;
@@ -254,13 +256,16 @@ bool wmqFollower::tryEntry(const StreamEntry &candidate, const Position &wanted,
   return found;
 }
 
-// An empty file has nothing to be known by but its place: it is the first behind the one before it.
+// An empty file has nothing to be known by but its place: it is the first behind the one before it. On the
+// same device, another file in this place has replaced it.
 bool wmqFollower::tryPlace(const StreamListing &listing, const Position &wanted, bool &found) {
   bool stands = false;
   const std::vector<StreamEntry> newer = newerThanFormer(listing, stands);
   if (!stands && (wanted.former.known || !newer.empty())) return true;
-  if (!newer.empty()) return tryEntry(newer.front(), wanted, found);
-  return !listing.hasCurrent || tryEntry(listing.current, wanted, found);
+  if (newer.empty() && !listing.hasCurrent) return true;
+  const StreamEntry &inPlace = newer.empty() ? listing.current : newer.front();
+  const bool moved = inPlace.identity.device != wanted.identity.device;
+  return !(moved || inPlace.identity == wanted.identity) || tryEntry(inPlace, wanted, found);
 }
 
 // ------------------------------------------------------------------------------ what follows
@@ -313,7 +318,9 @@ wmqFollower::Successor wmqFollower::successorIn(const StreamListing &listing) co
   const std::vector<StreamEntry> newer = newerThanFormer(listing, stands);
   successor.found = !newer.empty() || listing.hasCurrent;
   successor.entry = newer.empty() ? listing.current : newer.front();
-  successor.exact = !file.isOpen() && !isLost && (former.known ? stands : listing.old.empty());
+  // A follower that has waited for the stream begins with what it finds first.
+  const bool beginsHere = resumedFrom.empty() && listing.old.empty();
+  successor.exact = !file.isOpen() && !isLost && (former.known ? stands : beginsHere);
   return successor;
 }
 
@@ -327,6 +334,12 @@ wmqFollower::Step wmqFollower::lookForSuccessor() {
   if (!wmq::list(path, listing)) return Step::failed;
   takePlaceIn(listing);
   if (!successorIn(listing).found) return Step::waiting;
+  // What has taken its place may be a copy of it.
+  if (listing.oldFile(entry.identity) == nullptr && first.length > 0) {
+    bool found = false;
+    if (!locate(currentPosition(), found)) return Step::failed;
+    if (found) return Step::again;
+  }
   state = State::superseded;
   return Step::again;
 }

@@ -4,6 +4,7 @@
 // can look like one is a string field that is the name of a type, followed by one that is a version and by a
 // number, and what comes of a string that a writer did not escape. So what looks like a header begins a
 // record when it stands where no field can begin, or when the line makes no sense without it.
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
@@ -21,6 +22,9 @@ namespace {
 // Headers that are looked at before a line is cut at the next one without further questions: what is cut off
 // is looked at again, so this only bounds the work that a hostile line can make.
 constexpr int kMostTries = 64;
+
+// Bytes that the header of a type can take.
+constexpr size_t kMostOfHeader = 96;
 
 // ------------------------------------------------------------------------ headers
 
@@ -88,6 +92,17 @@ Header findHeader(const char *from, const char *end) {
 
 bool leavesLineOpen(const EventType &type) {
   return type.body == Body::headerOnly || type.body == Body::openLine || type.body == Body::sideStream;
+}
+
+// The first quote behind the header of a type that leaves its line open, if it can only be the beginning of
+// another record.
+const char *openEnd(const Header &header, const char *end) {
+  if (!leavesLineOpen(*header.type)) return nullptr;
+  const auto left = static_cast<size_t>(end - header.end);
+  const void *const quote = std::memchr(header.end, '"', left);
+  const auto *const at = static_cast<const char *>(quote);
+  if (at == nullptr || !isDigit(at[-1])) return nullptr;
+  return header.type->body == Body::openLine || at == header.end ? at : nullptr;
 }
 
 // ------------------------------------------------------------------------ fields
@@ -205,11 +220,18 @@ class Trial {
   float formerVersion = version;
 };
 
-// Behind a place where no field can begin, fields that are well formed up to the end of the line are enough:
-// a record that does not parse is to be told by itself, too.
+// Where a record that leaves its line open ends, when another one, or the beginning of one, stands right behind
+// it; else null. Such a record holds numbers only, so that the first quote is the next one's.
+const char *endOfOpenRecord(const Trial &trial, const Header &header) {
+  const char *const end = openEnd(header, trial.end());
+  if (end == nullptr || header.type->body != Body::openLine) return end;
+  return trial.parses(header.begin, end) ? end : nullptr;
+}
+
+// Behind a place where no field can begin, fields that are well formed up to the end of the line are enough: a
+// record that does not parse is to be told by itself, too.
 bool looksIntact(const Trial &trial, const Header &header) {
-  const Header next = leavesLineOpen(*header.type) ? findHeader(header.end, trial.end()) : Header{};
-  return isWellFormed(header.begin, next.begin != nullptr ? next.begin : trial.end());
+  return endOfOpenRecord(trial, header) != nullptr || isWellFormed(header.begin, trial.end());
 }
 
 // What follows the last field that a layout knows is ignored. Numbers are left over on lines of some types,
@@ -227,13 +249,8 @@ bool usesAllFields(const Trial &trial, const Header &header) {
 // What `header` begins is a record, up to the end of the line or up to the record that is joined to it, and
 // uses every string that it has.
 bool makesRecord(const Trial &trial, const Header &header) {
-  const char *end = trial.end();
-  if (leavesLineOpen(*header.type)) {
-    const Header next = findHeader(header.end, trial.end());
-    if (next.begin != nullptr && header.type->body != Body::openLine) return next.begin == header.end;
-    if (next.begin != nullptr) end = next.begin;
-  }
-  return isWellFormed(header.begin, end) && usesAllStrings(trial, header, end);
+  return endOfOpenRecord(trial, header) != nullptr ||
+         (isWellFormed(header.begin, trial.end()) && usesAllStrings(trial, header, trial.end()));
 }
 
 // `whole`: the line parses as one record that uses every field.
@@ -257,25 +274,25 @@ bool isBlank(const char *from, const char *to) {
 size_t firstRecord(const char *line, size_t length, int &part) {
   part = WMQ_PART_LINE;
   const char *const end = line + length;
-  Header next = findHeader(line + 1, end);
-  if (next.begin == nullptr) return length;
 
   // A record that leaves its line open, with another behind it.
-  const Header own = findHeader(line, next.begin);
-  const bool hasOwn = own.begin == line;
-  if (hasOwn && own.type->body != Body::openLine && leavesLineOpen(*own.type) &&
-      isBlank(own.end, next.begin)) {
+  const Header own = findHeader(line, line + std::min(length, kMostOfHeader));
+  const bool isOpen = own.begin == line && leavesLineOpen(*own.type);
+  const char *const openedEnd = isOpen ? openEnd(own, end) : nullptr;
+  if (openedEnd != nullptr) {
+    const auto first = static_cast<size_t>(openedEnd - line);
+    const Trial trial(line, first);
+    if (!trial.hasMemory()) return 0;
+    if (own.type->body != Body::openLine || trial.parses(trial.begin(), trial.end())) {
+      part = WMQ_PART_JOINED;
+      return first;
+    }
+  }
+  Header next = findHeader(line + 1, end);
+  if (next.begin == nullptr) return length;
+  if (isOpen && own.type->body != Body::openLine && isBlank(own.end, next.begin)) {
     part = WMQ_PART_JOINED;
     return static_cast<size_t>(next.begin - line);
-  }
-  if (hasOwn && own.type->body == Body::openLine) {
-    const auto before = static_cast<size_t>(next.begin - line);
-    const Trial trial(line, before);
-    if (!trial.hasMemory()) return 0;
-    if (trial.parses(trial.begin(), trial.end())) {
-      part = WMQ_PART_JOINED;
-      return before;
-    }
   }
 
   // A record that another writer has left unfinished, with one behind it; or one record that looks like two.

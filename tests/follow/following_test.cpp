@@ -364,6 +364,16 @@ TEST_F(Following, AReplacedFileIsAGap) {
   EXPECT_THAT(follower.rest(), ElementsAre("gap", "8"));
 }
 
+TEST_F(Following, ACopyInThePlaceOfTheFileIsReadOn) {
+  append(lines(1, 3));
+  StreamFollower follower(path);
+  EXPECT_EQ(follower.next(), "1");
+  fs::copy_file(path, path + "-copy");
+  fs::rename(path + "-copy", path);
+  append(lines(4, 4));
+  EXPECT_THAT(follower.rest(), ElementsAre("2", "3", "4"));
+}
+
 TEST_F(Following, ATruncatedFileIsReadFromItsFirstByte) {
   append(lines(1, 3));
   StreamFollower follower(path);
@@ -529,12 +539,13 @@ TEST_F(Following, APositionInAnEmptyFileIsKnownByItsPlace) {
   EXPECT_THAT(StreamFollower(path, position).rest(), ElementsAre("gap", "3"));
 }
 
-TEST_F(Following, APositionBeforeTheFirstFileGoesOnWithIt) {
+// Whether this file was the first, nobody can tell.
+TEST_F(Following, APositionBeforeTheFirstFileIsFollowedByAGap) {
   StreamFollower follower(path);
   EXPECT_EQ(follower.next(), "");
   const std::string position = follower.position();
   append(lines(1, 1));
-  EXPECT_THAT(StreamFollower(path, position).rest(), ElementsAre("1"));
+  EXPECT_THAT(StreamFollower(path, position).rest(), ElementsAre("gap", "1"));
   rotate(100);
   EXPECT_THAT(StreamFollower(path, position).rest(), ElementsAre("gap", "1", "rotated"));
 }

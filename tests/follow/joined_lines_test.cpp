@@ -125,11 +125,24 @@ TEST(JoinedLines, ALineThatDoesNotParseIsNotCutAtItsFields) {
   EXPECT_THAT(partsOf(unknown), ElementsAre(line(unknown)));
 }
 
-TEST(JoinedLines, UnknownTypesAndVersionsBeginNothing) {
+TEST(JoinedLines, WhatBeginsBehindAnOpenRecordNeedNotBeWhole) {
+  const std::string part = R"("GRP_CTRL" "10.)";
+  for (const std::string &open : {vacated, sbdStatus}) {
+    EXPECT_THAT(partsOf(open + part), ElementsAre(joined(open), line(part)));
+    EXPECT_THAT(partsOf(open + "\""), ElementsAre(joined(open), line("\"")));
+    EXPECT_THAT(partsOf(open + part + next), ElementsAre(joined(open), torn(part), line(next)));
+    const std::string before = R"("GRP_CTRL" "10.1" 1 2 3 4 "some te)";
+    EXPECT_THAT(partsOf(before + open + part + next),
+                ElementsAre(torn(before), joined(open), torn(part), line(next)));
+  }
+}
+
+TEST(JoinedLines, UnknownTypesAndVersionsBeginNoRecord) {
   for (const char *behind :
        {R"("NO_SUCH" "10.1" 1 7)", R"("LOG_SWITCH" "0" 1 7)", R"("LOG_SWITCH" "10.1" x 7)",
         R"("LOG_SWITCH"  "10.1" 1 7)", R"("log_switch" "10.1" 1 7)"}) {
-    const std::string text = vacated + behind;
+    EXPECT_THAT(partsOf(vacated + behind), ElementsAre(joined(vacated), line(behind)));
+    const std::string text = next + behind;
     EXPECT_THAT(partsOf(text), ElementsAre(line(text)));
   }
 }
