@@ -220,16 +220,16 @@ class Trial {
   float formerVersion = version;
 };
 
-// Where a record that leaves its line open ends, when another one, or the beginning of one, stands right behind
-// it; else null. Such a record holds numbers only, so that the first quote is the next one's.
+// Where a record that leaves its line open ends, when another one, or the beginning of one, stands right
+// behind it; else null. Such a record holds numbers only, so that the first quote is the next one's.
 const char *endOfOpenRecord(const Trial &trial, const Header &header) {
   const char *const end = openEnd(header, trial.end());
   if (end == nullptr || header.type->body != Body::openLine) return end;
   return trial.parses(header.begin, end) ? end : nullptr;
 }
 
-// Behind a place where no field can begin, fields that are well formed up to the end of the line are enough: a
-// record that does not parse is to be told by itself, too.
+// Behind a place where no field can begin, fields that are well formed up to the end of the line are enough:
+// a record that does not parse is to be told by itself, too.
 bool looksIntact(const Trial &trial, const Header &header) {
   return endOfOpenRecord(trial, header) != nullptr || isWellFormed(header.begin, trial.end());
 }
