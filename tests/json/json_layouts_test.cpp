@@ -332,6 +332,21 @@ TEST(JsonLayouts, TakeNumbersThatAreTooSmallAsZero) {
   EXPECT_EQ(from.specimen.fine, 0.0);
 }
 
+TEST(JsonLayouts, TellTooSmallNumbersFromTooLargeOnesHoweverTheyAreWritten) {
+  const std::string zeros(400, '0');
+  for (const std::string &small : {"0." + zeros + "1", "0." + zeros + "1e+20", "-0." + zeros + "1e-20",
+                                   std::string("123e-400"), std::string("1E-99999999999999999999")}) {
+    const FromJson from(R"({"fine":)" + small + "}");
+    ASSERT_TRUE(from.read) << small << from.fault;
+    EXPECT_EQ(from.specimen.fine, 0.0) << small;
+  }
+  for (const char *large : {"12e+308", "-12e308", "1e+400", "0.1e400", "1e99999999999999999999"})
+    EXPECT_FALSE(FromJson(R"({"fine":)" + std::string(large) + "}").read) << large;
+  for (const char *large : {"1e39", "-1e+39", "12345678901234567890123456789012345678901", "0.01e60"})
+    EXPECT_EQ(faultOf(R"({"single":)" + std::string(large) + "}"),
+              std::string("s.single: ") + large + " is out of range");
+}
+
 TEST(JsonLayouts, TakeIntegersForReals) {
   const FromJson from(R"({"single":7,"fine":-0})");
   ASSERT_TRUE(from.read) << from.fault;
