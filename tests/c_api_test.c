@@ -338,6 +338,7 @@ static void following(const char *path) {
   const char *joined = "\"JOB_VACATED\" \"10.1\" 17\"LOG_SWITCH\" \"10.1\" 18 7";
   CHECK(wmq_firstrecord(joined, strlen(joined), &part) == 23 && part == WMQ_PART_JOINED);
 
+  wmq_freekept(status);
   wmq_freelogrec(status);
   CHECK(wmq_closestream() == 0);
 }

@@ -32,8 +32,9 @@ Data that is cut short or damaged is reported behind the lines that could be rea
   short:2: error 46 WMQE_BAD_FORMAT: zstd data is cut short
   [1]
   $ (cat packed.txt; echo rest) > longer
-  $ wmq decode longer plain
-  longer:2: error 46 WMQE_BAD_FORMAT: gzip data: incorrect header check
+  $ wmq decode longer plain 2> faults
   {"type":"JOB_VACATED","code":30,"version":"10.1","eventTime":5,"eventLog":{}}
   {"type":"JOB_VACATED","code":30,"version":"10.1","eventTime":5,"eventLog":{}}
   [1]
+  $ cat faults
+  longer:2: error 46 WMQE_BAD_FORMAT: gzip data: incorrect header check
