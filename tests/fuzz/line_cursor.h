@@ -39,6 +39,7 @@ class LineCursor {
 
   bool atEnd() const { return at_ == line_.size(); }
   size_t position() const { return at_; }
+  size_t bytesLeft() const { return line_.size() - at_; }
   void goTo(size_t position) { at_ = position; }
   void skipOne() {
     if (!atEnd()) ++at_;

@@ -48,6 +48,19 @@ bool negativeIsZero(const wmqLayout &layout, const wmqField &field) {
   return std::strcmp(layout.name, "jobForwardLog") == 0 && std::strcmp(field.name, "hosts") == 0;
 }
 
+// Fewest bytes of a line that an entry takes, one behind each field included.
+size_t leastBytes(const wmqLayout &entry) {
+  size_t bytes = 0;
+  for (size_t i = 0; i < entry.numFields; ++i) {
+    const wmqField &field = entry.fields[i];
+    if ((field.flags & WMQ_FIELD_WRITTEN_ONLY) != 0) continue;
+    if (isNumber(field)) bytes += std::strlen("0 ");
+    if (field.kind == WMQ_KIND_STRING && field.shape == WMQ_SHAPE_ONE)
+      bytes += *field.form == 'q' ? std::strlen("\"\" ") : std::strlen("x ");
+  }
+  return bytes;
+}
+
 bool hasCheckedRanges(const wmqLayout &layout) { return std::strcmp(layout.name, "jobSwitch2Log") == 0; }
 
 class Structures {
@@ -365,6 +378,10 @@ void Structures::array(const wmqLayout &layout, size_t index, const std::string 
   if (count <= 0) return;
   if (index + 1 < layout.numFields && layout.fields[index + 1].position == field.position)
     return parallelArrays(layout, index, path, count);
+  // Entries that cannot all be there are not looked at, whatever is wrong with them.
+  if (field.kind == WMQ_KIND_STRUCT &&
+      static_cast<size_t>(count) > (cursor_.bytesLeft() + 1) / leastBytes(*field.layout))
+    throw Refusal{WMQE_BAD_FORMAT};
   const std::string name = path + field.name;
   flat_[name] = kFlatArray;
   for (int64_t i = 0; i < count; ++i) {

@@ -119,6 +119,17 @@ TEST_F(EveryCountOfALine, MayBeHugeOrNegativeAtNoCost) {
   EXPECT_GT(tried, 3000U);
 }
 
+// A list that cannot be there fails as a short line does, before its entries can fail otherwise.
+TEST(ListsOfEntries, AreNotLookedAtWhenTheLineCannotHoldThem) {
+  const auto errorWith = [](const std::string &count) {
+    const OwnedRecord record =
+        parse("\"JOB_MOVE\" \"10.1\" 5 1 2 3 4 5 \"ann\" 6 0 0 " + count + " \"n1\" \"n2\" 1 66 -1");
+    return record == nullptr ? wmq_errno : 0;
+  };
+  EXPECT_EQ(errorWith("1"), WMQE_NO_MEM) << "the count of the first entry is negative";
+  EXPECT_EQ(errorWith("99"), WMQE_BAD_FORMAT);
+}
+
 // The one case in which a line may ask for more than it holds.
 TEST_F(EveryCountOfALine, MayBeAMillionWhereRangesAreNotChecked) {
   constexpr size_t most = 3 * sizeof(int32_t) * 1048576;
