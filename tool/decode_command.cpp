@@ -10,6 +10,7 @@
 #include "commands.h"
 #include "faults.h"
 #include "line_feed.h"
+#include "line_parts.h"
 #include "options.h"
 #include "output.h"
 #include "pipeline.h"
@@ -29,6 +30,7 @@ struct DecodeOptions {
   int64_t since = std::numeric_limits<int64_t>::min();
   int64_t until = std::numeric_limits<int64_t>::max();
   bool pretty = false;
+  bool splits = true;  // lines on which several records stand
   unsigned threads = 1;
 
   bool chooses() const {
@@ -84,9 +86,15 @@ void decodePart(DecodePart &part, const DecodeOptions &options) {
   part.json.clear();
   part.badLines.clear();
   part.numLines = part.block.eachLine([&](std::string_view line, uint64_t number, uint64_t /*bytes*/) {
-    Refusal why;
-    if (!isPassedOver(line, options) && !decodeLine(line, options, part, why))
+    const auto take = [&](std::string_view text, bool isTorn) {
+      Refusal why{WMQE_BAD_FORMAT, "a record that was not written to its end"};
+      if (!isTorn && (isPassedOver(text, options) || decodeLine(text, options, part, why))) return;
       part.badLines.push_back({number, std::move(why)});
+    };
+    if (options.splits)
+      eachRecordText(line, take);
+    else
+      take(line, false);
     return true;
   });
 }
@@ -137,6 +145,10 @@ void addDecodeCommand(CLI::App &program, Run &run) {
   addTimeOption(*command, "--since", options->since, "only records of this time or later");
   addTimeOption(*command, "--until", options->until, "only records of this time or earlier");
   command->add_flag("--pretty", options->pretty, "indent the objects over several lines");
+  command->add_flag(
+      "--split-joined,!--no-split-joined", options->splits,
+      "print each of the records that stand on one line, which some types and interrupted writers "
+      "leave open (default); --no-split-joined: one record for each line");
   addThreadsOption(*command, options->threads);
   command->footer(
       "TIME is a number of seconds since 1970-01-01T00:00:00Z, or ISO 8601 with a\n"

@@ -67,7 +67,7 @@ class FollowRun {
       // What was written is handed over before its position is kept.
       if (!stopped) save();
     }
-    if (unflushed == 0) output.finish(faults);
+    if (!abandoned) output.finish(faults);
     return std::max(status, faults.exitStatus());
   }
 
@@ -95,7 +95,8 @@ class FollowRun {
   char *text = nullptr;
   size_t capacity = 0;
   bool ended = false;
-  bool stopped = false;  // by a failure: what was given last is not done, and the position stays before it
+  bool stopped = false;    // by a failure: what was given last is not done, and the position stays before it
+  bool abandoned = false;  // nobody takes the rest of the output
   int status = exitFine;
   Clock::time_point lastGiven = Clock::now();
   Clock::time_point lastSaved = Clock::now();
@@ -167,10 +168,9 @@ bool FollowRun::flush() {
   while (unflushed > 0 && signals.poll(&waited, 1, -1) < 0)
     if (signals.haveCome()) break;
   bool ready = unflushed == 0 || (waited.revents & (POLLOUT | POLLERR | POLLNVAL)) != 0;
-  if (ready && output.flush()) {
-    unflushed = 0;
-    return true;
-  }
+  abandoned = !ready;
+  unflushed = 0;
+  if (ready && output.flush()) return true;
   ended = stopped = true;
   return false;
 }

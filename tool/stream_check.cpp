@@ -19,20 +19,25 @@ constexpr uint64_t mostFindings = 100;  // of each kind
 
 struct FlawWords {
   const char *name;
-  const char *text;
+  const char *one;
+  const char *several;
 };
 constexpr FlawWords words[numFlaws] = {
-    {"torn", "records that were not written to their end"},
-    {"joined", "records that another one follows on the same line"},
-    {"malformed", "lines that do not parse"},
-    {"noEnd", "old files without END_OF_STREAM at their end"},
-    {"endInMiddle", "END_OF_STREAM lines with something behind them"},
-    {"endInCurrent", "END_OF_STREAM at the end of the current file"},
-    {"missing", "gaps between files"},
-    {"backwards", "records older than one before them"},
-    {"version", "records of a later version than is known"},
-    {"unsubmitted", "jobs that start without having been submitted"},
-    {"unstarted", "jobs that end without having been started"},
+    {"torn", "record that was not written to its end", "records that were not written to their end"},
+    {"joined", "record that another one follows on the same line",
+     "records that another one follows on the same line"},
+    {"malformed", "line that does not parse", "lines that do not parse"},
+    {"noEnd", "old file without END_OF_STREAM at its end", "old files without END_OF_STREAM at their end"},
+    {"endInMiddle", "END_OF_STREAM line with something behind it",
+     "END_OF_STREAM lines with something behind them"},
+    {"endInCurrent", "END_OF_STREAM at the end of the current file",
+     "END_OF_STREAM at the end of the current file"},
+    {"missing", "gap between files", "gaps between files"},
+    {"backwards", "record older than one before it", "records older than one before them"},
+    {"version", "record of a later version than is known", "records of a later version than is known"},
+    {"unsubmitted", "job that starts without having been submitted",
+     "jobs that start without having been submitted"},
+    {"unstarted", "job that ends without having been started", "jobs that end without having been started"},
 };
 
 bool isLate(const char *version) {
@@ -73,7 +78,10 @@ bool isOfType(const std::string &line, int32_t type, wmqLineHeader &header) {
 }  // namespace
 
 const char *flawName(Flaw flaw) { return words[static_cast<size_t>(flaw)].name; }
-const char *flawText(Flaw flaw) { return words[static_cast<size_t>(flaw)].text; }
+const char *flawText(Flaw flaw, uint64_t count) {
+  const FlawWords &word = words[static_cast<size_t>(flaw)];
+  return count == 1 ? word.one : word.several;
+}
 
 bool StreamCheck::isWhole() const {
   return std::all_of(counts.begin(), counts.end(), [](uint64_t count) { return count == 0; });

@@ -30,7 +30,7 @@ inline constexpr size_t numFlaws = 11;
 
 // A word for programs, a phrase for people.
 const char *flawName(Flaw flaw);
-const char *flawText(Flaw flaw);
+const char *flawText(Flaw flaw, uint64_t count);
 
 struct Finding {
   Flaw flaw;

@@ -54,7 +54,8 @@ std::string reportText(const StreamCheck &check) {
                       flawName(finding.flaw) + ": " + finding.text) +
             "\n";
   eachFlaw([&](Flaw flaw) {
-    if (check.count(flaw) > 0) text += grouped(check.count(flaw)) + " " + flawText(flaw) + "\n";
+    if (check.count(flaw) > 0)
+      text += grouped(check.count(flaw)) + " " + flawText(flaw, check.count(flaw)) + "\n";
   });
   text += counted(check.records, "record") + " in " + counted(check.files.size(), "file") + ": " +
           (check.isWhole() ? "whole" : "not whole") + "\n";

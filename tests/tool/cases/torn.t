@@ -11,12 +11,14 @@ A writer that was killed, or a full disk, may leave a line without its end. The 
   $ echo "$JOBS" | sed 's/"jobId":7/"jobId":8/' | wmq encode -o torn
   $ echo "$JOBS" | sed 's/"jobId":7/"jobId":9/' | wmq encode -o torn
   $ wmq decode torn | jq -c '.eventLog.jobId'
-  torn:1: error 46 WMQE_BAD_FORMAT: JOB_STATUS, field srcJobId at byte 64: a number
+  torn:1: error 46 WMQE_BAD_FORMAT: a record that was not written to its end
+  8
   9
   [1]
 
-What comes behind on that line begins with the last header on it.
+One record for each line loses the one behind.
 
-  $ sed -E 's/.+("[A-Z0-9_]+" "[0-9.]+" -?[0-9]+)/\1/' torn | wmq decode - | jq -c '.eventLog.jobId'
-  8
+  $ wmq decode --no-split-joined torn | jq -c '.eventLog.jobId'
+  torn:1: error 46 WMQE_BAD_FORMAT: JOB_STATUS, field srcJobId at byte 64: a number
   9
+  [1]

@@ -61,6 +61,10 @@ Help and version go to standard output.
         --since=TIME    only records of this time or later
         --until=TIME    only records of this time or earlier
         --pretty        indent the objects over several lines
+        --split-joined, --no-split-joined
+                        print each of the records that stand on one line, which
+                        some types and interrupted writers leave open (default);
+                        --no-split-joined: one record for each line
     -j, --threads=N     work on the input in N threads (default: one for each
                         processor)
   
