@@ -29,7 +29,8 @@ namespace {
 // Class c holds blocks of at least 16 * c + 24 bytes: such are the sizes of the C library's blocks.
 constexpr size_t kLeastBytes = 24;
 constexpr size_t kClasses = 5;
-constexpr uint32_t kMostOfClass = 64;
+constexpr size_t kMostBytes = size_t{128} << 10;  // in all
+constexpr size_t bytesOf(size_t sizeClass) { return 16 * sizeClass + kLeastBytes; }
 
 struct Block {
   Block *next;
@@ -37,7 +38,7 @@ struct Block {
 
 struct Cache {
   Block *first[kClasses];
-  uint32_t counts[kClasses];
+  size_t bytes;
   enum class State : uint8_t { unknown, inUse, unused } state;
 };
 
@@ -77,18 +78,18 @@ void *takeBlock(size_t bytes) {
   if (wanted >= kClasses || cache.first[wanted] == nullptr) return std::malloc(bytes);
   Block *const block = cache.first[wanted];
   cache.first[wanted] = block->next;
-  --cache.counts[wanted];
+  cache.bytes -= bytesOf(wanted);
   return block;
 }
 
 void giveBlock(void *released) {
   if (released == nullptr) return;
   const size_t size = (malloc_usable_size(released) - kLeastBytes) / 16;
-  if (size >= kClasses || cache.counts[size] == kMostOfClass || !keepsBlocks()) return std::free(released);
+  if (size >= kClasses || cache.bytes >= kMostBytes || !keepsBlocks()) return std::free(released);
   auto *const block = static_cast<Block *>(released);
   block->next = cache.first[size];
   cache.first[size] = block;
-  ++cache.counts[size];
+  cache.bytes += bytesOf(size);
 }
 #else
 void *takeBlock(size_t bytes) { return std::malloc(bytes); }

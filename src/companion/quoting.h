@@ -63,17 +63,17 @@ void decodeQuoted(char *out, const char *content, size_t rawLength, size_t lengt
 
 // A string as findQuoted finds it.
 struct Quoted {
-  const char *content = nullptr;
-  size_t rawLength = 0;
-  size_t length = 0;
-  const char *after = nullptr;  // null: there is none
+  const char *content;
+  size_t length;      // decoded
+  const char *after;  // null: there is none
+  bool escapes;
 
   // Decodes into `length` bytes and a NUL.
   void decodeInto(char *out) const {
-    if (rawLength == length) {
-      copyBytes(out, content, length);
+    if (escapes) {
+      decodeQuoted(out, content, static_cast<size_t>(after - 1 - content), length);
     } else {
-      decodeQuoted(out, content, rawLength, length);
+      copyBytes(out, content, length);
     }
     out[length] = '\0';
   }
@@ -84,12 +84,14 @@ inline Quoted quotedAt(const char *text, const char *end) {
   if (*text == '"') {
     const char *const first = text + 1;
     const char *const quote = findQuote(first, end);
-    const auto length = static_cast<size_t>(quote - first);
-    if (quote != end && !isEscape(quote[1])) return {first, length, length, quote + 1};
+    if (quote != end && !isEscape(quote[1]))
+      return {first, static_cast<size_t>(quote - first), quote + 1, false};
   }
-  Quoted found;
-  found.after = findQuoted(text, end, &found.content, &found.rawLength, &found.length);
-  return found;
+  const char *content = nullptr;
+  size_t rawLength = 0;
+  size_t length = 0;
+  const char *const after = findQuoted(text, end, &content, &rawLength, &length);
+  return {content, length, after, length != rawLength};
 }
 
 }  // namespace wmq
