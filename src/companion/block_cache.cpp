@@ -44,18 +44,12 @@ struct Cache {
 
 thread_local constinit Cache cache{};
 
-void freeAll(void *) {
-  for (Block *&first : cache.first) {
-    while (first != nullptr) {
-      Block *const block = first;
-      first = block->next;
-      std::free(block);
-    }
-  }
+void endKeeping(void *) {
+  freeKeptBlocks();
   cache.state = Cache::State::unused;
 }
 
-const ThreadKey cacheKey(freeAll);
+const ThreadKey cacheKey(endKeeping);
 
 // Valgrind brings its own malloc into the process this way, and nothing else tells of it.
 bool valgrindChecks() {
@@ -64,6 +58,17 @@ bool valgrindChecks() {
 }
 
 }  // namespace
+
+void freeKeptBlocks() {
+  for (Block *&first : cache.first) {
+    while (first != nullptr) {
+      Block *const block = first;
+      first = block->next;
+      std::free(block);
+    }
+  }
+  cache.bytes = 0;
+}
 
 bool keepsBlocks() {
   if (cache.state == Cache::State::unknown) {
@@ -95,6 +100,7 @@ void giveBlock(void *released) {
 void *takeBlock(size_t bytes) { return std::malloc(bytes); }
 void giveBlock(void *block) { std::free(block); }
 bool keepsBlocks() { return false; }
+void freeKeptBlocks() {}
 #endif
 
 }  // namespace wmq

@@ -18,6 +18,7 @@ void giveBlock(void *block);
 
 // Whether this thread keeps blocks. Tests that count allocations switch it off before a thread has kept any.
 bool keepsBlocks();
+void freeKeptBlocks();
 extern bool blocksMayBeKept;
 
 }  // namespace wmq

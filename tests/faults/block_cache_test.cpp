@@ -74,12 +74,15 @@ TEST_F(KeptBlocks, AreNeverShorterThanWhatIsAskedFor) {
 TEST_F(KeptBlocks, AreFew) {
   onANewThread([] {
     const int before = allocationsLeft();
-    std::vector<void *> blocks(100'000);
-    for (void *&block : blocks) block = takeBlock(10);
-    for (void *block : blocks) giveBlock(block);
-    blocks = {};
+    {
+      std::vector<void *> blocks(100'000);
+      for (void *&block : blocks) block = takeBlock(10);
+      for (void *block : blocks) giveBlock(block);
+    }
     EXPECT_LE(allocationsLeft() - before, 128 * 1024 / 24 + 1);
     EXPECT_GE(allocationsLeft() - before, 1000);
+    freeKeptBlocks();
+    EXPECT_EQ(allocationsLeft(), before);
   });
 }
 
