@@ -19,6 +19,7 @@ namespace wmq {
 namespace {
 
 constexpr int kUsualInterval = 100;
+constexpr int kRest = 2;  // milliseconds between two wakings
 
 // Ends of a pipe of one's own: nobody waits for it, and programs that are started do not get it.
 bool openPipe(int (&ends)[2]) {
@@ -135,18 +136,34 @@ void ChangeWatch::collect() {
 #endif
 }
 
-bool ChangeWatch::wait(int timeout) {
-  const int most = !polling ? timeout : timeout < 0 ? interval : std::min(timeout, interval);
-  pollfd waited[2] = {{wakeEnds[0], POLLIN, 0}, {polling ? -1 : notify, POLLIN, 0}};
-  const int ready = ::poll(waited, 2, most);
+// False when the wait is to end: woken, or by a signal.
+bool ChangeWatch::pause(int milliseconds, bool forNews, bool &news) {
+  pollfd waited[2] = {{wakeEnds[0], POLLIN, 0}, {forNews ? notify : -1, POLLIN, 0}};
+  const int ready = ::poll(waited, 2, milliseconds);
   if (ready < 0) return false;
-  if (waited[0].revents != 0) {
-    char bytes[64];
-    while (read(wakeEnds[0], bytes, sizeof bytes) > 0) {
-    }
-    return false;
+  news = ready > 0;
+  if (waited[0].revents == 0) return true;
+  char bytes[64];
+  while (read(wakeEnds[0], bytes, sizeof bytes) > 0) {
   }
-  return polling || ready > 0;
+  return false;
+}
+
+bool ChangeWatch::wait(int timeout) {
+  bool news = false;
+  if (polling) return pause(timeout < 0 ? interval : std::min(timeout, interval), false, news);
+  // While records keep coming, news is left to gather: to tell each of them to each of many followers would
+  // cost the writer more than the write.
+  const auto since = std::chrono::floor<std::chrono::milliseconds>(Clock::now() - lastNews).count();
+  if (since < kRest) {
+    const int rest = kRest - static_cast<int>(since);
+    if (timeout >= 0 && timeout <= rest) return pause(timeout, true, news) && news;
+    if (!pause(rest, false, news)) return false;
+    if (timeout > 0) timeout -= rest;
+  }
+  if (!pause(timeout, true, news) || !news) return false;
+  lastNews = Clock::now();
+  return true;
 }
 
 }  // namespace wmq

@@ -2,6 +2,7 @@
 #ifndef WMQ_FOLLOW_CHANGE_WATCH_H
 #define WMQ_FOLLOW_CHANGE_WATCH_H
 
+#include <chrono>
 #include <string>
 
 namespace wmq {
@@ -36,7 +37,10 @@ class ChangeWatch {
   int descriptor() const { return polling ? -1 : notify; }
 
  private:
+  using Clock = std::chrono::steady_clock;
+
   void poll(int wantedInterval);
+  bool pause(int milliseconds, bool forNews, bool &news);
 
   std::string name;
   int notify = -1;
@@ -45,6 +49,7 @@ class ChangeWatch {
   bool polling = false;
   int interval = 0;
   bool names = true;
+  Clock::time_point lastNews{};
 };
 
 }  // namespace wmq

@@ -103,6 +103,13 @@ bool extractFirstLine(int fd, Extract &extract, bool &whole) {
   return true;
 }
 
+bool hasFirstLine(int fd, const Extract &first) {
+  Extract found;
+  bool whole = false;
+  return extractFirstLine(fd, found, whole) && whole && found.length == first.length &&
+         found.sum == first.sum;
+}
+
 bool matchesFirst(int fd, const Extract &first) { return matchesBefore(fd, first.length, first); }
 
 bool matchesBefore(int fd, int64_t end, const Extract &last) {

@@ -22,6 +22,11 @@ inline bool operator==(const FileIdentity &a, const FileIdentity &b) {
   return a.device == b.device && a.inode == b.inode && (a.birth == b.birth || a.birth == 0 || b.birth == 0);
 }
 
+// The same file without a doubt.
+inline bool isCertain(const FileIdentity &a, const FileIdentity &b) {
+  return a == b && hasBirth(a) && hasBirth(b);
+}
+
 struct FileStatus {
   FileIdentity identity;
   int64_t size = 0;
@@ -52,6 +57,9 @@ bool extractBefore(int fd, int64_t end, int64_t length, Extract &extract);
 
 // The first line, as far as it has come: at most kMostSummed bytes. `whole`: it will never be more.
 bool extractFirstLine(int fd, Extract &extract, bool &whole);
+
+// The first line is whole, and it is the one that was summed up.
+bool hasFirstLine(int fd, const Extract &first);
 
 // The file begins with, or holds before `end`, what was summed up.
 bool matchesFirst(int fd, const Extract &first);

@@ -235,8 +235,7 @@ bool wmqFollower::tryEntries(const StreamListing &listing, const Position &wante
   std::stable_sort(candidates.begin(), candidates.end(),
                    [&](const StreamEntry &a, const StreamEntry &b) { return rank(a) < rank(b); });
   for (const StreamEntry &candidate : candidates) {
-    const bool certain = rank(candidate) == 0 && hasBirth(candidate.identity) && hasBirth(wanted.identity);
-    if (!hasContent && !certain) continue;
+    if (!hasContent && !wmq::isCertain(candidate.identity, wanted.identity)) continue;
     if (!tryEntry(candidate, wanted, found)) return false;
     if (found) return true;
   }
@@ -249,7 +248,11 @@ bool wmqFollower::tryEntry(const StreamEntry &candidate, const Position &wanted,
   if (!wmq::openEntry(candidate, opened)) return false;
   if (!opened.isOpen()) return true;
   if (!wmq::statusOf(opened.get(), status)) return wmq::failSystem();
-  if (status.size < wanted.offset || !wmq::matchesFirst(opened.get(), wanted.first) ||
+  // What the system cannot vouch for has to have the whole of the line: many lines begin with the same bytes.
+  const bool certain = wmq::isCertain(candidate.identity, wanted.identity);
+  const bool hasFirst = certain || wanted.first.length == 0 ? wmq::matchesFirst(opened.get(), wanted.first)
+                                                            : wmq::hasFirstLine(opened.get(), wanted.first);
+  if (status.size < wanted.offset || !hasFirst ||
       !wmq::matchesBefore(opened.get(), wanted.offset, wanted.last))
     return true;
   found = begin(std::move(opened), candidate, wanted.offset);
@@ -391,7 +394,7 @@ wmqFollower::Step wmqFollower::arrive(OpenFile opened, const Successor &successo
     names += (names.empty() ? "" : "\n") + gone.path;
     bytes += gone.size;
   }
-  if (isLost && successor.entry.identity == lostIdentity && hasBirth(lostIdentity)) {
+  if (isLost && wmq::isCertain(successor.entry.identity, lostIdentity)) {
     owe(WMQ_NOTICE_TRUNCATED,
         "the file of the position was cut or written anew; it is read from its first byte", lostFile, -1);
   } else if (isLost) {

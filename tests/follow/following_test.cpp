@@ -456,6 +456,16 @@ TEST_F(Following, APositionIsFoundInACopyElsewhere) {
   EXPECT_THAT(StreamFollower(other / "s", position).rest(), ElementsAre("2", "rotated", "3"));
 }
 
+TEST_F(Following, AFileThatBeginsLikeTheOneOfThePositionIsAnother) {
+  append(vacated);
+  StreamFollower follower(path);
+  EXPECT_EQ(follower.next(), "");
+  const std::string position = follower.position();
+  fs::remove(path);
+  append(vacated + "1" + logSwitchLine(2));
+  EXPECT_EQ(StreamFollower(path, position).next(), "gap");
+}
+
 TEST_F(Following, APositionInARemovedFileIsAGapThatNamesIt) {
   append(lines(1, 2));
   rotate(100);

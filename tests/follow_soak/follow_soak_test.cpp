@@ -247,10 +247,17 @@ class Sequence {
     save();
     if (!fs::exists(path)) return false;
     sizeRead = fs::file_size(path);
-    if (sizeRead == 0) return false;
+    if (offsetOf(savedPosition) == 0) return false;
     const ino_t itself = inodeOf(path);
     write(1 + pick(10), false);
     return inodeOf(path) == itself;
+  }
+
+  // The seventh part of a position.
+  static int64_t offsetOf(const std::string &position) {
+    size_t at = 0;
+    for (int colons = 0; colons < 6 && at != std::string::npos; ++colons) at = position.find(':', at) + 1;
+    return std::atoll(position.c_str() + at);
   }
 
   static ino_t inodeOf(const std::string &file) {
