@@ -88,9 +88,11 @@ bool StreamCheck::isWhole() const {
 }
 
 void StreamCheck::note(Flaw flaw, const std::string &file, int64_t offset, std::string text) {
-  if (++counts[static_cast<size_t>(flaw)] <= mostFindings)
-    findings.push_back({flaw, file, offset, std::move(text)});
+  if (isListed(flaw)) findings.push_back({flaw, file, offset, std::move(text)});
+  ++counts[static_cast<size_t>(flaw)];
 }
+
+bool StreamCheck::isListed(Flaw flaw) const { return count(flaw) < mostFindings; }
 
 void StreamCheck::note(Flaw flaw, const wmqFollowDetail &detail, std::string text) {
   note(flaw, detail.file, detail.offset, std::move(text));
@@ -135,7 +137,8 @@ void StreamCheck::addRecord(const eventRecord &record, const wmqFollowDetail &de
   ++*lastVersionCount;
   if (lastVersionIsLate) note(Flaw::version, detail, std::string("version ") + record.version);
   if (anyTime && record.eventTime < latest)
-    note(Flaw::backwards, detail, timeText(record.eventTime) + " behind " + timeText(latest));
+    note(Flaw::backwards, detail,
+         isListed(Flaw::backwards) ? timeText(record.eventTime) + " behind " + timeText(latest) : "");
   latest = anyTime ? std::max(latest, record.eventTime) : record.eventTime;
   anyTime = true;
   addJob(record, detail);

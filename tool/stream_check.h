@@ -59,6 +59,7 @@ class StreamCheck {
   uint64_t earlierJobs = 0;                  // submitted before the stream begins, as far as it can be known
 
  private:
+  bool isListed(Flaw flaw) const;  // there is room for another finding
   void note(Flaw flaw, const wmqFollowDetail &detail, std::string text);
   void note(Flaw flaw, const std::string &file, int64_t offset, std::string text);
   void addRecord(const eventRecord &record, const wmqFollowDetail &detail);
