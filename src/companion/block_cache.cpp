@@ -1,6 +1,5 @@
 #include "companion/block_cache.h"
 
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
@@ -21,32 +20,19 @@
 namespace wmq {
 
 constinit bool blocksMayBeKept = true;
+thread_local constinit BlockCache blockCache{};
 
 // Only this C library tells how many bytes a block has.
 #if defined(__GLIBC__) && !defined(WMQ_CHECKED_MEMORY)
 namespace {
 
-// Class c holds blocks of at least 16 * c + 24 bytes: such are the sizes of the C library's blocks.
-constexpr size_t kLeastBytes = 24;
-constexpr size_t kClasses = 5;
-constexpr size_t kMostBytes = size_t{128} << 10;  // in all
-constexpr size_t bytesOf(size_t sizeClass) { return 16 * sizeClass + kLeastBytes; }
-
-struct Block {
-  Block *next;
-};
-
-struct Cache {
-  Block *first[kClasses];
-  size_t bytes;
-  enum class State : uint8_t { unknown, inUse, unused } state;
-};
-
-thread_local constinit Cache cache{};
+using State = BlockCache::State;
+constexpr size_t mostBytes = size_t{128} << 10;  // in all
 
 void endKeeping(void *) {
   freeKeptBlocks();
-  cache.state = Cache::State::unused;
+  blockCache.room = 0;
+  blockCache.state = State::unused;
 }
 
 const ThreadKey cacheKey(endKeeping);
@@ -57,47 +43,44 @@ bool valgrindChecks() {
   return preloaded != nullptr && std::strstr(preloaded, "vgpreload") != nullptr;
 }
 
+void keep(void *released, size_t sizeClass) {
+  auto *const block = static_cast<KeptBlock *>(released);
+  block->next = blockCache.first[sizeClass];
+  blockCache.first[sizeClass] = block;
+  blockCache.room -= BlockCache::bytesOf(sizeClass);
+}
+
+// The cache is full, or this is the first block that the thread releases.
+[[gnu::noinline]] void giveWithoutRoom(void *block, size_t sizeClass) {
+  if (blockCache.state == State::unknown && keepsBlocks()) return keep(block, sizeClass);
+  std::free(block);
+}
+
 }  // namespace
 
 void freeKeptBlocks() {
-  for (Block *&first : cache.first) {
-    while (first != nullptr) {
-      Block *const block = first;
-      first = block->next;
-      std::free(block);
-    }
+  for (size_t c = 0; c < BlockCache::numClasses; ++c) {
+    while (void *const block = takeKept(c)) std::free(block);
   }
-  cache.bytes = 0;
 }
 
 bool keepsBlocks() {
-  if (cache.state == Cache::State::unknown) {
-    const bool kept = blocksMayBeKept && !valgrindChecks() && cacheKey.keep(&cache);
-    cache.state = kept ? Cache::State::inUse : Cache::State::unused;
+  if (blockCache.state == State::unknown) {
+    const bool kept = blocksMayBeKept && !valgrindChecks() && cacheKey.keep(&blockCache);
+    blockCache.state = kept ? State::inUse : State::unused;
+    blockCache.room = kept ? mostBytes : 0;
   }
-  return cache.state == Cache::State::inUse;
+  return blockCache.state == State::inUse;
 }
 
-void *takeBlock(size_t bytes) {
-  const size_t wanted = bytes <= kLeastBytes ? 0 : (bytes - kLeastBytes + 15) / 16;
-  if (wanted >= kClasses || cache.first[wanted] == nullptr) return std::malloc(bytes);
-  Block *const block = cache.first[wanted];
-  cache.first[wanted] = block->next;
-  cache.bytes -= bytesOf(wanted);
-  return block;
-}
-
-void giveBlock(void *released) {
-  if (released == nullptr) return;
-  const size_t size = (malloc_usable_size(released) - kLeastBytes) / 16;
-  if (size >= kClasses || cache.bytes >= kMostBytes || !keepsBlocks()) return std::free(released);
-  auto *const block = static_cast<Block *>(released);
-  block->next = cache.first[size];
-  cache.first[size] = block;
-  cache.bytes += bytesOf(size);
+void giveBlock(void *block) {
+  if (block == nullptr) return;
+  const size_t sizeClass = (malloc_usable_size(block) - BlockCache::leastBytes) / 16;
+  if (sizeClass >= BlockCache::numClasses) return std::free(block);
+  if (blockCache.room < BlockCache::bytesOf(sizeClass)) return giveWithoutRoom(block, sizeClass);
+  keep(block, sizeClass);
 }
 #else
-void *takeBlock(size_t bytes) { return std::malloc(bytes); }
 void giveBlock(void *block) { std::free(block); }
 bool keepsBlocks() { return false; }
 void freeKeptBlocks() {}

@@ -9,11 +9,44 @@
 #define WMQ_COMPANION_BLOCK_CACHE_H
 
 #include <cstddef>
+#include <cstdlib>
 
 namespace wmq {
 
+struct KeptBlock {
+  KeptBlock *next;
+};
+
+// Class c holds blocks of at least 16 * c + 24 bytes: such are the sizes of the C library's blocks.
+struct BlockCache {
+  static constexpr size_t leastBytes = 24;
+  static constexpr size_t numClasses = 60;  // a record belongs to the last but a few
+  static constexpr size_t bytesOf(size_t sizeClass) { return 16 * sizeClass + leastBytes; }
+
+  KeptBlock *first[numClasses];
+  size_t room;  // bytes that may still be kept; 0 as long as nothing has been released
+  enum class State : unsigned char { unknown, inUse, unused } state;
+};
+
+// Where it is must cost nothing to know.
+extern thread_local constinit BlockCache blockCache [[gnu::tls_model("initial-exec")]];
+
+// A block of the class that is kept; null when there is none.
+inline void *takeKept(size_t sizeClass) {
+  KeptBlock *const block = blockCache.first[sizeClass];
+  if (block == nullptr) return nullptr;
+  blockCache.first[sizeClass] = block->next;
+  blockCache.room += BlockCache::bytesOf(sizeClass);
+  return block;
+}
+
 // As malloc and free.
-void *takeBlock(size_t bytes);
+inline void *takeBlock(size_t bytes) {
+  constexpr size_t least = BlockCache::leastBytes;
+  const size_t sizeClass = bytes <= least ? 0 : (bytes - least + 15) / 16;
+  void *const kept = sizeClass < BlockCache::numClasses ? takeKept(sizeClass) : nullptr;
+  return kept != nullptr ? kept : std::malloc(bytes);
+}
 void giveBlock(void *block);
 
 // Whether this thread keeps blocks. Tests that count allocations switch it off before a thread has kept any.

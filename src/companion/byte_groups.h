@@ -23,8 +23,11 @@ inline bool holdsByte(uint64_t group, char wanted) {
 
 // memcpy for strings of a few bytes, without the call: groups that may overlap.
 inline void copyBytes(char *out, const char *text, size_t length) {
-  if (length > 16) {
+  if (length > 32) {
     std::memcpy(out, text, length);
+  } else if (length > 16) {
+    std::memcpy(out, text, 16);
+    std::memcpy(out + length - 16, text + length - 16, 16);
   } else if (length >= 8) {
     const auto head = groupAt<uint64_t>(text);
     const auto tail = groupAt<uint64_t>(text + length - 8);

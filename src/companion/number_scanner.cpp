@@ -280,10 +280,6 @@ const char *behindScanned(const char *text) {
 template <class Real>
 const char *scanReal(const char *text, Real &value) {
   text = skipSpace(text);
-  if (isDigit(*text) && (text[1] == ' ' || text[1] == '\0')) {  // most of the numbers of a usage are 0
-    value = static_cast<Real>(digitValue(*text));
-    return text + 1;
-  }
   if (const char *const end = scanPlainDecimal(text, value)) return end;
   const char *const end = behindScanned(text);
   return end != nullptr && readReal(text, value) != nullptr ? end : nullptr;
@@ -293,7 +289,7 @@ const char *scanReal(const char *text, Real &value) {
 
 const char *scanFloat(const char *text, float &value) { return scanReal(text, value); }
 
-const char *scanDouble(const char *text, double &value) { return scanReal(text, value); }
+const char *scanAnyDouble(const char *text, double &value) { return scanReal(text, value); }
 
 double parseReal(const char *text, const char **end) {
   double value = 0;

@@ -96,7 +96,13 @@ inline const char *scanUint64(const char *text, uint64_t &value) {
 // "%f" and "%lf" of glibc's scanf, the characters that it takes without a use for them included: all of "1e"
 // is taken for 1, "0x" alone is an error.
 const char *scanFloat(const char *text, float &value);
-const char *scanDouble(const char *text, double &value);
+const char *scanAnyDouble(const char *text, double &value);
+inline const char *scanDouble(const char *text, double &value) {
+  const char *const digit = text + (*text == ' ');
+  if (!isDigit(*digit) || digit[1] != ' ') return scanAnyDouble(text, value);
+  value = digitValue(*digit);  // most of the numbers of a usage are 0
+  return digit + 1;
+}
 
 // strtod: value of the longest valid prefix, 0 without one. `*end` is the position behind it, or `text`
 // itself; `end` may be null. The payload of a "nan(...)" is passed over.

@@ -94,6 +94,42 @@ inline Quoted quotedAt(const char *text, const char *end) {
   return {content, length, after, length != rawLength};
 }
 
+// A string as nearly all are: right here, shorter than a group, without an escape, and not the last of a line.
+// It is found and decoded at once.
+struct ShortQuoted {
+#ifdef __SSE2__
+  __m128i bytes;  // zeros behind the string
+  void decodeInto(char *out) const { _mm_storeu_si128(reinterpret_cast<__m128i *>(out), bytes); }
+#else
+  void decodeInto(char *) const {}
+#endif
+  size_t length;
+  const char *after;                  // null: it is another one
+  static constexpr size_t room = 16;  // bytes that decodeInto writes
+};
+
+inline ShortQuoted shortQuotedAt(const char *text, const char *end) {
+  ShortQuoted found{};
+#ifdef __SSE2__
+  if (static_cast<size_t>(end - text) < groupSize + 2 || *text != '"') return found;
+  const __m128i group = loadGroup(text + 1);
+  const unsigned quotes = quotesIn(group);
+  if (quotes == 0) return found;
+  found.length = static_cast<size_t>(__builtin_ctz(quotes));
+  const char *const after = text + found.length + 2;
+  if (isEscape(*after)) return found;
+  alignas(2 * groupSize) static constexpr unsigned char kept[2 * groupSize] = {
+      255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255};
+  found.bytes =
+      _mm_and_si128(group, loadGroup(reinterpret_cast<const char *>(kept) + groupSize - found.length));
+  found.after = after;
+#else
+  (void)text;
+  (void)end;
+#endif
+  return found;
+}
+
 }  // namespace wmq
 
 #endif

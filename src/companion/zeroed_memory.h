@@ -1,13 +1,15 @@
 // Zeroed memory, quickly.
 //
-// calloc of the C library passes by the blocks that a thread has just freed, which malloc takes first: what a
-// reader allocates and frees again and again, records and short arrays, comes twice as fast from malloc. Long
-// arrays are left to calloc, which knows pages that are zero already.
+// What a reader allocates and frees again and again, records and short arrays, comes from the blocks that its
+// thread keeps, which calloc of the C library would pass by. Long arrays are left to calloc, which knows pages
+// that are zero already.
 #ifndef WMQ_COMPANION_ZEROED_MEMORY_H
 #define WMQ_COMPANION_ZEROED_MEMORY_H
 
 #include <cstdlib>
 #include <cstring>
+
+#include "companion/block_cache.h"
 
 namespace wmq {
 
@@ -16,7 +18,7 @@ inline void *zeroed(size_t count, size_t size) {
   constexpr size_t most = 1024;
   if (count > most / size) return std::calloc(count, size);
   size_t bytes = count * size;
-  void *memory = std::malloc(bytes);
+  void *memory = takeBlock(bytes);
   if (memory == nullptr) return nullptr;
   // Compilers would make one calloc of malloc and memset, and a slow loop of a memset whose size they know.
   __asm__("" : "+r"(memory), "+r"(bytes));

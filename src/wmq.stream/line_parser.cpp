@@ -22,7 +22,7 @@ constexpr size_t kTypeNameSize = 60;
 struct Header {
   char typeName[kTypeNameSize];
   size_t typeNameLength;
-  char version[sizeof(eventRecord::version)] = {};
+  char version[ShortQuoted::room] = {};
   int32_t eventTime;
   const EventType *type;  // null for a name that no type has
 };
@@ -31,8 +31,18 @@ Reader headerReader(const char *line, size_t length) {
   return {.line = line, .fields = line, .cursor = line, .end = line + length, .version = 0, .eventTime = 0};
 }
 
-// Takes a quoted token, which something must follow, and the blank behind it.
+constexpr size_t kVersionSize = sizeof(eventRecord::version);
+
+// Takes a quoted token shorter than `size`, which something must follow, and the blank behind it. The array has
+// room for a short string, whatever `size` is.
 bool takeToken(Reader &io, char *token, size_t size, size_t &length, const char *expected) {
+  if (const ShortQuoted text = shortQuotedAt(io.cursor, io.end);
+      text.after != nullptr && text.length < size) {
+    text.decodeInto(token);
+    length = text.length;
+    io.cursor = text.after + 1;
+    return true;
+  }
   const Quoted text = quotedAt(io.cursor, io.end);
   if (text.after == nullptr || text.after == io.end || text.length >= size) {
     fail(io, WMQE_BAD_FORMAT, nullptr, expected);
@@ -46,9 +56,9 @@ bool takeToken(Reader &io, char *token, size_t size, size_t &length, const char 
 }
 
 // Lines of one stream nearly all have the version of the line before.
-float versionOf(const char (&text)[sizeof(eventRecord::version)]) {
+float versionOf(const char *text) {
   struct Parsed {
-    char text[sizeof(eventRecord::version)];
+    char text[kVersionSize];
     float value;
   };
   static thread_local constinit Parsed last{};
@@ -65,8 +75,7 @@ bool takeHeader(Reader &io, Header &header, float &lineVersion) {
   if (!takeToken(io, header.typeName, sizeof header.typeName, header.typeNameLength, "a quoted type name"))
     return false;
   size_t versionLength = 0;
-  if (!takeToken(io, header.version, sizeof header.version, versionLength, "a quoted format version"))
-    return false;
+  if (!takeToken(io, header.version, kVersionSize, versionLength, "a quoted format version")) return false;
   lineVersion = versionOf(header.version);
   if (!(lineVersion > 0.0F)) {
     fail(io, WMQE_BAD_FORMAT, nullptr, "a format version above 0");
@@ -127,7 +136,7 @@ static eventRecord *parseText(const char *line, size_t length) {
     record->type = -1;
     return discard(record);
   }
-  std::memcpy(record->version, header.version, sizeof header.version);
+  std::memcpy(record->version, header.version, sizeof record->version);
   record->eventTime = header.eventTime;
   record->type = header.type->code;
   nameType(header.type->name);
@@ -204,7 +213,7 @@ int wmq_peekline(const char *line, wmqLineHeader *header) {
   }
   header->type = found.type != nullptr ? found.type->code : -1;
   header->eventTime = found.eventTime;
-  std::memcpy(header->version, found.version, sizeof found.version);
+  std::memcpy(header->version, found.version, sizeof header->version);
   if (found.type != nullptr) return 0;
   wmq_errno = WMQE_BAD_EVENT;
   return -1;

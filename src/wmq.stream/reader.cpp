@@ -66,29 +66,43 @@ void fail(Reader &io, int error, const char *field, const char *expected) {
   noteFailure(field, static_cast<size_t>(io.cursor - io.line), expected);
 }
 
-// Nearly all numbers begin right here and have no sign.
 template <typename Integer>
-static bool scanInteger(Reader &io, Integer &value) {
-  const char *const text = io.cursor;
-  uint64_t digits = digitValue(*text);
-  if (digits <= 9) {
-    const char *next = text + 1;
-    uint32_t eight = 0;
-    if (io.end - next >= 8 && eightDigits(next, eight)) {
-      digits = digits * 100'000'000 + eight;
-      next += 8;
-    }
-    for (unsigned digit; (digit = digitValue(*next)) <= 9; ++next) digits = digits * 10 + digit;
-    if (next - text <= 18) {
-      value = static_cast<Integer>(digits);
-      io.cursor = next;
-      return true;
-    }
-  }
+[[gnu::noinline]] static bool scanAnyInteger(Reader &io, Integer &value) {
   int64_t wide = 0;
-  const char *const after = scanInt64(text, wide);
+  const char *const after = scanInt64(io.cursor, wide);
   if (after == nullptr) return false;
   value = static_cast<Integer>(wide);
+  io.cursor = after;
+  return true;
+}
+
+// Nearly all numbers begin right here or behind one blank. Branches tell their lengths, and not arithmetic: the
+// processor guesses them and is at the next field before this one is known.
+template <typename Integer>
+static bool scanInteger(Reader &io, Integer &value) {
+  const char *text = io.cursor;
+  bool negative = false;
+  uint64_t digits = digitValue(*text);
+  if (digits > 9) {
+    if (*text == ' ') digits = digitValue(*++text);
+    if (*text == '-') {
+      negative = true;
+      digits = digitValue(*++text);
+    }
+    if (digits > 9) return scanAnyInteger(io, value);
+  }
+  const char *after = text + 1;
+  if (unsigned digit = digitValue(*after); digit <= 9) {
+    uint32_t eight = 0;
+    if (io.end - after >= 8 && eightDigits(after, eight)) {
+      digits = digits * 100'000'000 + eight;
+      digit = digitValue(*(after += 8));
+    }
+    for (; digit <= 9; digit = digitValue(*++after)) digits = digits * 10 + digit;
+    if (after - text > 18) return scanAnyInteger(io, value);
+  }
+  const auto number = static_cast<int64_t>(digits);
+  value = static_cast<Integer>(negative ? -number : number);
   io.cursor = after;
   return true;
 }
@@ -112,8 +126,7 @@ bool scanUnsigned(Reader &io, int64_t &value) {
   return true;
 }
 
-void readText(Reader &io, const char *field, char *&value, size_t limit) {
-  if (io.error != 0) return;
+[[gnu::noinline]] static void readAnyText(Reader &io, const char *field, char *&value, size_t limit) {
   const Quoted text = quotedAt(io.cursor, io.end);
   if (text.after == nullptr) return fail(io, WMQE_BAD_FORMAT, field, "a quoted string");
   if (text.length > limit) return fail(io, WMQE_BAD_FORMAT, field, "a shorter string");
@@ -124,7 +137,22 @@ void readText(Reader &io, const char *field, char *&value, size_t limit) {
   skipBlank(io);
 }
 
-void readChars(Reader &io, const char *field, char *array, size_t size, size_t minLength) {
+void readText(Reader &io, const char *field, char *&value) {
+  const ShortQuoted text = shortQuotedAt(io.cursor, io.end);
+  void *const kept = text.after != nullptr ? takeKept(0) : nullptr;
+  if (kept == nullptr) return readAnyText(io, field, value, SIZE_MAX);
+  static_assert(ShortQuoted::room <= BlockCache::leastBytes);
+  value = static_cast<char *>(kept);
+  text.decodeInto(value);
+  io.cursor = text.after + io.skips;
+}
+
+void readBoundedText(Reader &io, const char *field, char *&value, size_t limit) {
+  readAnyText(io, field, value, limit);
+}
+
+[[gnu::noinline]] static void readAnyChars(Reader &io, const char *field, char *array, size_t size,
+                                           size_t minLength) {
   const Quoted text = quotedAt(io.cursor, io.end);
   if (text.after == nullptr) return fail(io, WMQE_BAD_FORMAT, field, "a quoted string");
   if (text.length < minLength) return fail(io, WMQE_BAD_FORMAT, field, "a name that is not empty");
@@ -132,6 +160,14 @@ void readChars(Reader &io, const char *field, char *array, size_t size, size_t m
   text.decodeInto(array);
   io.cursor = text.after;
   skipBlank(io);
+}
+
+void readChars(Reader &io, const char *field, char *array, size_t size, size_t minLength) {
+  const ShortQuoted text = shortQuotedAt(io.cursor, io.end);
+  if (text.after == nullptr || text.length < minLength || size < ShortQuoted::room)
+    return readAnyChars(io, field, array, size, minLength);
+  text.decodeInto(array);
+  io.cursor = text.after + io.skips;
 }
 
 void readCut(Reader &io, const char *field, char *array, size_t size) {
@@ -273,7 +309,7 @@ void readSubmitExt(Reader &io, const char *field, submitExt *&extension) {
   for (; extension->numPairs < count; ++extension->numPairs) {
     submitExtPair &pair = extension->pairs[extension->numPairs];
     element(io, field, pair.key);
-    readText(io, field, pair.value);
+    if (io.error == 0) readText(io, field, pair.value);
     if (io.error != 0) return release(pair.value);
   }
 }

@@ -61,7 +61,9 @@ bool scan(Reader &io, int32_t &value);
 bool scan(Reader &io, float &value);
 bool scanUnsigned(Reader &io, int64_t &value);  // as an unsigned number, held bit for bit
 
-void readText(Reader &io, const char *field, char *&value, size_t limit = SIZE_MAX);
+// Nothing may have failed before.
+void readText(Reader &io, const char *field, char *&value);
+void readBoundedText(Reader &io, const char *field, char *&value, size_t limit);
 void readCut(Reader &io, const char *field, char *array, size_t size);
 void readChars(Reader &io, const char *field, char *array, size_t size, size_t minLength);
 void readWord(Reader &io, const char *field, char *&value, size_t limit);
@@ -224,7 +226,7 @@ void cutText(Reader &io, auto &log, const auto &when) {
 // Longer strings are refused; a line that lacks the field leaves it as handed in.
 template <auto M>
 void boundedText(Reader &io, auto &log, const auto &when, size_t limit) {
-  if (io.error == 0 && isOnLine(io.version, log, when)) readText(io, nameOf<M>, log.*M, limit);
+  if (io.error == 0 && isOnLine(io.version, log, when)) readBoundedText(io, nameOf<M>, log.*M, limit);
 }
 
 template <auto M>

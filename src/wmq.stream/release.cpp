@@ -1,5 +1,4 @@
-#include <cstdlib>
-
+#include "companion/block_cache.h"
 #include "wmq.stream/type_table.h"
 #include "wmq/stream.h"
 
@@ -26,5 +25,5 @@ void wmq_freekept(eventRecord *record) { wmq::releaseRecord(record, true); }
 
 void wmq_freelogrec(eventRecord *record) {
   freeLogRec(record);
-  std::free(record);
+  wmq::giveBlock(record);
 }
