@@ -27,7 +27,7 @@ thread_local constinit BlockCache blockCache{};
 namespace {
 
 using State = BlockCache::State;
-constexpr size_t mostBytes = size_t{128} << 10;  // in all
+constexpr ptrdiff_t mostBytes = ptrdiff_t{128} << 10;  // in all, and one block
 
 void endKeeping(void *) {
   freeKeptBlocks();
@@ -47,7 +47,7 @@ void keep(void *released, size_t sizeClass) {
   auto *const block = static_cast<KeptBlock *>(released);
   block->next = blockCache.first[sizeClass];
   blockCache.first[sizeClass] = block;
-  blockCache.room -= BlockCache::bytesOf(sizeClass);
+  blockCache.room -= static_cast<ptrdiff_t>(BlockCache::bytesOf(sizeClass));
 }
 
 // The cache is full, or this is the first block that the thread releases.
@@ -77,7 +77,7 @@ void giveBlock(void *block) {
   if (block == nullptr) return;
   const size_t sizeClass = (malloc_usable_size(block) - BlockCache::leastBytes) / 16;
   if (sizeClass >= BlockCache::numClasses) return std::free(block);
-  if (blockCache.room < BlockCache::bytesOf(sizeClass)) return giveWithoutRoom(block, sizeClass);
+  if (blockCache.room <= 0) return giveWithoutRoom(block, sizeClass);
   keep(block, sizeClass);
 }
 #else

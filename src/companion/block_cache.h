@@ -24,27 +24,27 @@ struct BlockCache {
   static constexpr size_t bytesOf(size_t sizeClass) { return 16 * sizeClass + leastBytes; }
 
   KeptBlock *first[numClasses];
-  size_t room;  // bytes that may still be kept; 0 as long as nothing has been released
+  ptrdiff_t room;  // bytes that may still be kept; 0 as long as nothing has been released
   enum class State : unsigned char { unknown, inUse, unused } state;
 };
 
 // Where it is must cost nothing to know.
 extern thread_local constinit BlockCache blockCache [[gnu::tls_model("initial-exec")]];
 
-// A block of the class that is kept; null when there is none.
+// A kept block of a class; null when there is none.
 inline void *takeKept(size_t sizeClass) {
+  if (sizeClass >= BlockCache::numClasses) return nullptr;
   KeptBlock *const block = blockCache.first[sizeClass];
   if (block == nullptr) return nullptr;
   blockCache.first[sizeClass] = block->next;
-  blockCache.room += BlockCache::bytesOf(sizeClass);
+  blockCache.room += static_cast<ptrdiff_t>(BlockCache::bytesOf(sizeClass));
   return block;
 }
 
 // As malloc and free.
 inline void *takeBlock(size_t bytes) {
   constexpr size_t least = BlockCache::leastBytes;
-  const size_t sizeClass = bytes <= least ? 0 : (bytes - least + 15) / 16;
-  void *const kept = sizeClass < BlockCache::numClasses ? takeKept(sizeClass) : nullptr;
+  void *const kept = takeKept(bytes <= least ? 0 : (bytes - least + 15) / 16);
   return kept != nullptr ? kept : std::malloc(bytes);
 }
 void giveBlock(void *block);

@@ -17,11 +17,26 @@ namespace wmq {
 // Whether a double quote before this character does not end a string.
 inline bool isEscape(char c) { return c == '"' || c == 'n'; }
 
-#ifdef __SSE2__
 constexpr size_t groupSize = 16;
 
+// Bytes of a block for a string of this length: whole groups, which cost nothing more to write, and which a
+// string of about that length finds again.
+constexpr size_t roomFor(size_t length) { return (length / groupSize + 1) * groupSize; }
+
+#ifdef __SSE2__
 inline __m128i loadGroup(const char *text) {
   return _mm_loadu_si128(reinterpret_cast<const __m128i *>(text));
+}
+
+inline void storeGroup(char *out, __m128i group) {
+  _mm_storeu_si128(reinterpret_cast<__m128i *>(out), group);
+}
+
+// The first bytes of a group, and zeros behind them.
+inline __m128i firstOf(__m128i group, size_t count) {
+  alignas(2 * groupSize) static constexpr unsigned char mask[2 * groupSize] = {
+      255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255};
+  return _mm_and_si128(group, loadGroup(reinterpret_cast<const char *>(mask) + groupSize - count));
 }
 
 inline unsigned quotesIn(__m128i group) {
@@ -94,40 +109,49 @@ inline Quoted quotedAt(const char *text, const char *end) {
   return {content, length, after, length != rawLength};
 }
 
-// A string as nearly all are: right here, shorter than a group, without an escape, and not the last of a line.
-// It is found and decoded at once.
-struct ShortQuoted {
+// A string as nearly all are: right here, without an escape, and not the last of its line. It is found and
+// decoded group by group.
+struct PlainQuoted {
+  const char *after;  // null: it is another one
 #ifdef __SSE2__
-  __m128i bytes;  // zeros behind the string
-  void decodeInto(char *out) const { _mm_storeu_si128(reinterpret_cast<__m128i *>(out), bytes); }
+  const char *content;
+  size_t wholeGroups;
+  __m128i last;  // zeros behind the string
+  size_t length;
+
+  size_t room() const { return roomFor(length); }  // bytes that decodeInto writes
+  void decodeInto(char *out) const {
+    for (size_t i = 0; i < wholeGroups; ++i)
+      storeGroup(out + i * groupSize, loadGroup(content + i * groupSize));
+    storeGroup(out + wholeGroups * groupSize, last);
+  }
 #else
+  size_t length;
+  size_t room() const { return roomFor(length); }
   void decodeInto(char *) const {}
 #endif
-  size_t length;
-  const char *after;                  // null: it is another one
-  static constexpr size_t room = 16;  // bytes that decodeInto writes
 };
 
-inline ShortQuoted shortQuotedAt(const char *text, const char *end) {
-  ShortQuoted found{};
+inline PlainQuoted plainQuotedAt(const char *text, const char *end) {
 #ifdef __SSE2__
-  if (static_cast<size_t>(end - text) < groupSize + 2 || *text != '"') return found;
-  const __m128i group = loadGroup(text + 1);
-  const unsigned quotes = quotesIn(group);
-  if (quotes == 0) return found;
-  found.length = static_cast<size_t>(__builtin_ctz(quotes));
-  const char *const after = text + found.length + 2;
-  if (isEscape(*after)) return found;
-  alignas(2 * groupSize) static constexpr unsigned char kept[2 * groupSize] = {
-      255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255};
-  found.bytes =
-      _mm_and_si128(group, loadGroup(reinterpret_cast<const char *>(kept) + groupSize - found.length));
-  found.after = after;
+  if (*text == '"') {
+    const char *const content = text + 1;
+    for (const char *at = content; end - at > static_cast<ptrdiff_t>(groupSize); at += groupSize) {
+      const __m128i group = loadGroup(at);
+      const unsigned quotes = quotesIn(group);
+      if (quotes == 0) continue;
+      const auto inLast = static_cast<size_t>(__builtin_ctz(quotes));
+      const char *const quote = at + inLast;
+      if (isEscape(quote[1])) break;
+      const auto length = static_cast<size_t>(quote - content);
+      return {quote + 1, content, length / groupSize, firstOf(group, inLast), length};
+    }
+  }
 #else
   (void)text;
   (void)end;
 #endif
-  return found;
+  return PlainQuoted{};
 }
 
 }  // namespace wmq

@@ -1,8 +1,7 @@
 // Zeroed memory, quickly.
 //
 // What a reader allocates and frees again and again, records and short arrays, comes from the blocks that its
-// thread keeps, which calloc of the C library would pass by. Long arrays are left to calloc, which knows pages
-// that are zero already.
+// thread keeps. Long arrays are left to calloc, which knows pages that are zero already.
 #ifndef WMQ_COMPANION_ZEROED_MEMORY_H
 #define WMQ_COMPANION_ZEROED_MEMORY_H
 

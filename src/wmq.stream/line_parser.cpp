@@ -22,7 +22,7 @@ constexpr size_t kTypeNameSize = 60;
 struct Header {
   char typeName[kTypeNameSize];
   size_t typeNameLength;
-  char version[ShortQuoted::room] = {};
+  char version[16] = {};  // longer than it needs, for whole groups of bytes
   int32_t eventTime;
   const EventType *type;  // null for a name that no type has
 };
@@ -33,11 +33,11 @@ Reader headerReader(const char *line, size_t length) {
 
 constexpr size_t kVersionSize = sizeof(eventRecord::version);
 
-// Takes a quoted token shorter than `size`, which something must follow, and the blank behind it. The array has
-// room for a short string, whatever `size` is.
-bool takeToken(Reader &io, char *token, size_t size, size_t &length, const char *expected) {
-  if (const ShortQuoted text = shortQuotedAt(io.cursor, io.end);
-      text.after != nullptr && text.length < size) {
+// Takes a quoted token shorter than `size`, which something must follow, and the blank behind it.
+template <size_t room>
+bool takeToken(Reader &io, char (&token)[room], size_t size, size_t &length, const char *expected) {
+  if (const PlainQuoted text = plainQuotedAt(io.cursor, io.end);
+      text.after != nullptr && text.room() <= room && text.length < size) {
     text.decodeInto(token);
     length = text.length;
     io.cursor = text.after + 1;

@@ -76,8 +76,8 @@ template <typename Integer>
   return true;
 }
 
-// Nearly all numbers begin right here or behind one blank. Branches tell their lengths, and not arithmetic: the
-// processor guesses them and is at the next field before this one is known.
+// Nearly all numbers begin right here or behind one blank. Their lengths are told by branches and not by
+// arithmetic: the processor guesses them, and is at the next field before this one is known.
 template <typename Integer>
 static bool scanInteger(Reader &io, Integer &value) {
   const char *text = io.cursor;
@@ -130,7 +130,7 @@ bool scanUnsigned(Reader &io, int64_t &value) {
   const Quoted text = quotedAt(io.cursor, io.end);
   if (text.after == nullptr) return fail(io, WMQE_BAD_FORMAT, field, "a quoted string");
   if (text.length > limit) return fail(io, WMQE_BAD_FORMAT, field, "a shorter string");
-  value = static_cast<char *>(takeBlock(text.length + 1));
+  value = static_cast<char *>(takeBlock(roomFor(text.length)));
   if (value == nullptr) return fail(io, WMQE_NO_MEM, field, "memory for the string");
   text.decodeInto(value);
   io.cursor = text.after;
@@ -138,11 +138,11 @@ bool scanUnsigned(Reader &io, int64_t &value) {
 }
 
 void readText(Reader &io, const char *field, char *&value) {
-  const ShortQuoted text = shortQuotedAt(io.cursor, io.end);
-  void *const kept = text.after != nullptr ? takeKept(0) : nullptr;
-  if (kept == nullptr) return readAnyText(io, field, value, SIZE_MAX);
-  static_assert(ShortQuoted::room <= BlockCache::leastBytes);
-  value = static_cast<char *>(kept);
+  const PlainQuoted text = plainQuotedAt(io.cursor, io.end);
+  static_assert(BlockCache::bytesOf(0) >= roomFor(0) && BlockCache::bytesOf(1) >= roomFor(groupSize));
+  void *const block = text.after != nullptr ? takeKept(text.length / groupSize) : nullptr;
+  if (block == nullptr) return readAnyText(io, field, value, SIZE_MAX);
+  value = static_cast<char *>(block);
   text.decodeInto(value);
   io.cursor = text.after + io.skips;
 }
@@ -163,8 +163,8 @@ void readBoundedText(Reader &io, const char *field, char *&value, size_t limit) 
 }
 
 void readChars(Reader &io, const char *field, char *array, size_t size, size_t minLength) {
-  const ShortQuoted text = shortQuotedAt(io.cursor, io.end);
-  if (text.after == nullptr || text.length < minLength || size < ShortQuoted::room)
+  const PlainQuoted text = plainQuotedAt(io.cursor, io.end);
+  if (text.after == nullptr || text.length < minLength || text.room() > size)
     return readAnyChars(io, field, array, size, minLength);
   text.decodeInto(array);
   io.cursor = text.after + io.skips;
