@@ -33,7 +33,7 @@ inline void storeGroup(char *out, __m128i group) {
 }
 
 // The first bytes of a group, and zeros behind them.
-inline __m128i firstOf(__m128i group, size_t count) {
+inline __m128i firstOf(__m128i group, unsigned count) {
   alignas(2 * groupSize) static constexpr unsigned char mask[2 * groupSize] = {
       255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255, 255};
   return _mm_and_si128(group, loadGroup(reinterpret_cast<const char *>(mask) + groupSize - count));
@@ -117,17 +117,18 @@ struct PlainQuoted {
   const char *content;
   size_t wholeGroups;
   __m128i last;  // zeros behind the string
-  size_t length;
 
-  size_t room() const { return roomFor(length); }  // bytes that decodeInto writes
+  size_t length() const { return static_cast<size_t>(after - 1 - content); }
+  size_t room() const { return (wholeGroups + 1) * groupSize; }  // bytes that decodeInto writes
   void decodeInto(char *out) const {
     for (size_t i = 0; i < wholeGroups; ++i)
       storeGroup(out + i * groupSize, loadGroup(content + i * groupSize));
     storeGroup(out + wholeGroups * groupSize, last);
   }
 #else
-  size_t length;
-  size_t room() const { return roomFor(length); }
+  size_t wholeGroups;
+  size_t length() const { return 0; }
+  size_t room() const { return groupSize; }
   void decodeInto(char *) const {}
 #endif
 };
@@ -136,15 +137,16 @@ inline PlainQuoted plainQuotedAt(const char *text, const char *end) {
 #ifdef __SSE2__
   if (*text == '"') {
     const char *const content = text + 1;
-    for (const char *at = content; end - at > static_cast<ptrdiff_t>(groupSize); at += groupSize) {
+    size_t wholeGroups = 0;
+    for (const char *at = content; end - at > static_cast<ptrdiff_t>(groupSize);
+         at += groupSize, ++wholeGroups) {
       const __m128i group = loadGroup(at);
       const unsigned quotes = quotesIn(group);
       if (quotes == 0) continue;
-      const auto inLast = static_cast<size_t>(__builtin_ctz(quotes));
-      const char *const quote = at + inLast;
-      if (isEscape(quote[1])) break;
-      const auto length = static_cast<size_t>(quote - content);
-      return {quote + 1, content, length / groupSize, firstOf(group, inLast), length};
+      const auto inLast = static_cast<unsigned>(__builtin_ctz(quotes));
+      const char *const after = at + inLast + 1;
+      if (isEscape(*after)) break;
+      return {after, content, wholeGroups, firstOf(group, inLast)};
     }
   }
 #else

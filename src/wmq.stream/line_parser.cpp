@@ -37,9 +37,9 @@ constexpr size_t kVersionSize = sizeof(eventRecord::version);
 template <size_t room>
 bool takeToken(Reader &io, char (&token)[room], size_t size, size_t &length, const char *expected) {
   if (const PlainQuoted text = plainQuotedAt(io.cursor, io.end);
-      text.after != nullptr && text.room() <= room && text.length < size) {
+      text.after != nullptr && text.room() <= room && text.length() < size) {
     text.decodeInto(token);
-    length = text.length;
+    length = text.length();
     io.cursor = text.after + 1;
     return true;
   }

@@ -140,7 +140,7 @@ bool scanUnsigned(Reader &io, int64_t &value) {
 void readText(Reader &io, const char *field, char *&value) {
   const PlainQuoted text = plainQuotedAt(io.cursor, io.end);
   static_assert(BlockCache::bytesOf(0) >= roomFor(0) && BlockCache::bytesOf(1) >= roomFor(groupSize));
-  void *const block = text.after != nullptr ? takeKept(text.length / groupSize) : nullptr;
+  void *const block = text.after != nullptr ? takeKept(text.wholeGroups) : nullptr;
   if (block == nullptr) return readAnyText(io, field, value, SIZE_MAX);
   value = static_cast<char *>(block);
   text.decodeInto(value);
@@ -164,7 +164,7 @@ void readBoundedText(Reader &io, const char *field, char *&value, size_t limit) 
 
 void readChars(Reader &io, const char *field, char *array, size_t size, size_t minLength) {
   const PlainQuoted text = plainQuotedAt(io.cursor, io.end);
-  if (text.after == nullptr || text.length < minLength || text.room() > size)
+  if (text.after == nullptr || text.length() < minLength || text.room() > size)
     return readAnyChars(io, field, array, size, minLength);
   text.decodeInto(array);
   io.cursor = text.after + io.skips;
