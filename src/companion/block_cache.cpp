@@ -27,7 +27,7 @@ thread_local constinit BlockCache blockCache{};
 namespace {
 
 using State = BlockCache::State;
-constexpr ptrdiff_t mostBytes = ptrdiff_t{128} << 10;  // in all, and one block
+constexpr ptrdiff_t mostUnits = (ptrdiff_t{128} << 10) / 16;  // in all, and one block
 
 void endKeeping(void *) {
   freeKeptBlocks();
@@ -47,12 +47,13 @@ void keep(void *released, size_t sizeClass) {
   auto *const block = static_cast<KeptBlock *>(released);
   block->next = blockCache.first[sizeClass];
   blockCache.first[sizeClass] = block;
-  blockCache.room -= static_cast<ptrdiff_t>(BlockCache::bytesOf(sizeClass));
+  blockCache.room -= BlockCache::unitsOf(sizeClass);
 }
 
-// The cache is full, or this is the first block that the thread releases.
+// The block is too long, or the cache is full, or this is the first that the thread releases.
 [[gnu::noinline]] void giveWithoutRoom(void *block, size_t sizeClass) {
-  if (blockCache.state == State::unknown && keepsBlocks()) return keep(block, sizeClass);
+  if (sizeClass < BlockCache::numClasses && blockCache.state == State::unknown && keepsBlocks())
+    return keep(block, sizeClass);
   std::free(block);
 }
 
@@ -68,7 +69,7 @@ bool keepsBlocks() {
   if (blockCache.state == State::unknown) {
     const bool kept = blocksMayBeKept && !valgrindChecks() && cacheKey.keep(&blockCache);
     blockCache.state = kept ? State::inUse : State::unused;
-    blockCache.room = kept ? mostBytes : 0;
+    blockCache.room = kept ? mostUnits : 0;
   }
   return blockCache.state == State::inUse;
 }
@@ -76,9 +77,8 @@ bool keepsBlocks() {
 void giveBlock(void *block) {
   if (block == nullptr) return;
   const size_t sizeClass = (malloc_usable_size(block) - BlockCache::leastBytes) / 16;
-  if (sizeClass >= BlockCache::numClasses) return std::free(block);
-  if (blockCache.room <= 0) return giveWithoutRoom(block, sizeClass);
-  keep(block, sizeClass);
+  if (sizeClass < BlockCache::numClasses && blockCache.room > 0) return keep(block, sizeClass);
+  giveWithoutRoom(block, sizeClass);
 }
 #else
 void giveBlock(void *block) { std::free(block); }

@@ -23,8 +23,11 @@ struct BlockCache {
   static constexpr size_t numClasses = 60;  // a record belongs to the last but a few
   static constexpr size_t bytesOf(size_t sizeClass) { return 16 * sizeClass + leastBytes; }
 
+  // What a block takes, in units of 16 bytes, with the C library's own 8 bytes before it.
+  static constexpr ptrdiff_t unitsOf(size_t sizeClass) { return static_cast<ptrdiff_t>(sizeClass) + 2; }
+
   KeptBlock *first[numClasses];
-  ptrdiff_t room;  // bytes that may still be kept; 0 as long as nothing has been released
+  ptrdiff_t room;  // units that may still be kept; 0 as long as nothing has been released
   enum class State : unsigned char { unknown, inUse, unused } state;
 };
 
@@ -37,7 +40,7 @@ inline void *takeKept(size_t sizeClass) {
   KeptBlock *const block = blockCache.first[sizeClass];
   if (block == nullptr) return nullptr;
   blockCache.first[sizeClass] = block->next;
-  blockCache.room += static_cast<ptrdiff_t>(BlockCache::bytesOf(sizeClass));
+  blockCache.room += BlockCache::unitsOf(sizeClass);
   return block;
 }
 
