@@ -180,8 +180,18 @@ void readCut(Reader &io, const char *field, char *array, size_t size) {
   std::free(text);
 }
 
+// From the blocks that the thread keeps.
+static char *copiedText(const char *text) {
+  const size_t length = std::strlen(text);
+  auto *const copy = static_cast<char *>(takeBlock(roomFor(length)));
+  if (copy == nullptr) return nullptr;
+  copyBytes(copy, text, length);
+  copy[length] = '\0';
+  return copy;
+}
+
 void setAbsentText(Reader &io, const char *field, char *&value, const char *original) {
-  value = putstr_(original);
+  value = copiedText(original);
   if (value == nullptr) fail(io, WMQE_NO_MEM, field, "memory for the string");
 }
 
@@ -252,7 +262,7 @@ void copyStrings(Reader &io, const char *field, int32_t &count, char **&array, i
   count = 0;
   if (array == nullptr) return fail(io, WMQE_NO_MEM, field, "memory for the list");
   for (; count < otherCount; ++count) {
-    array[count] = putstr_(other[count]);
+    array[count] = copiedText(other[count]);
     if (array[count] == nullptr) return fail(io, WMQE_NO_MEM, field, "memory for the string");
   }
 }
