@@ -8,6 +8,7 @@
 #ifndef WMQ_COMPANION_BLOCK_CACHE_H
 #define WMQ_COMPANION_BLOCK_CACHE_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 
@@ -33,6 +34,12 @@ struct BlockCache {
 
 // Where it is must cost nothing to know.
 extern thread_local constinit BlockCache blockCache [[gnu::tls_model("initial-exec")]];
+
+// Bytes to ask for, so that the block of a text belongs to the class with the number of its whole groups of
+// 16 bytes, and has room for one group more where it is kept.
+constexpr size_t bytesForText(size_t length) {
+  return length < 16 ? length + 1 : std::max(length + 1, length / 16 * 16 + 9);
+}
 
 // A kept block of a class; null when there is none.
 inline void *takeKept(size_t sizeClass) {

@@ -6,7 +6,7 @@ namespace wmq {
 
 namespace {
 
-thread_local constinit char arrayIdText[32];
+thread_local constinit char arrayIdText[40];
 thread_local constinit char plainIdText[24];
 
 }  // namespace

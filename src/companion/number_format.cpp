@@ -15,7 +15,44 @@ constexpr uint64_t wholePowersOfTen[] = {1,      10,      100,      1000,      1
                                          100000, 1000000, 10000000, 100000000, 1000000000};
 constexpr int maxQuickPrecision = 9;
 
-char *formatUint64(char *out, uint64_t value) { return std::to_chars(out, out + 20, value).ptr; }
+// Eight bytes that are the decimal digits of a number below 10^8 with leading zeros, the first in the lowest
+// byte: halves, quarters and eighths are split off side by side.
+inline uint64_t eightDecimals(uint32_t value) {
+  const uint64_t fours = uint64_t{value % 10000} << 32 | value / 10000;
+  const uint64_t hundreds = (fours * 5243 >> 19) & 0x0000007f0000007f;
+  const uint64_t twos = (fours - 100 * hundreds) << 16 | hundreds;
+  const uint64_t tens = (twos * 103 >> 10) & 0x000f000f000f000f;
+  return (twos - 10 * tens) << 8 | tens;
+}
+
+// Writes eight bytes or two, of which those behind the number mean nothing.
+inline char *formatBelow100Million(char *out, uint32_t value) {
+  constexpr uint64_t zeros = 0x3030303030303030;
+  if (value < 100) {
+    const uint32_t tens = value * 103 >> 10;
+    *out = static_cast<char>('0' + tens);
+    out += tens != 0;
+    *out = static_cast<char>('0' + value - 10 * tens);
+    return out + 1;
+  }
+  const uint64_t decimals = eightDecimals(value);
+  const int leadingZeros = std::countr_zero(decimals) / 8;
+  const uint64_t text = (decimals + zeros) >> 8 * leadingZeros;
+  std::memcpy(out, &text, sizeof text);
+  return out + 8 - leadingZeros;
+}
+
+char *formatUint64(char *out, uint64_t value) {
+  constexpr uint32_t hundredMillion = 100'000'000;
+  if constexpr (std::endian::native != std::endian::little) return std::to_chars(out, out + 20, value).ptr;
+  if (value < hundredMillion) return formatBelow100Million(out, static_cast<uint32_t>(value));
+  const uint64_t high = value / hundredMillion;
+  out = high < hundredMillion ? formatBelow100Million(out, static_cast<uint32_t>(high))
+                              : formatUint64(out, high);
+  const uint64_t text = eightDecimals(static_cast<uint32_t>(value % hundredMillion)) + 0x3030303030303030;
+  std::memcpy(out, &text, sizeof text);
+  return out + sizeof text;
+}
 
 char *formatDigits(char *out, uint64_t value, int numDigits) {
   for (int place = numDigits - 1; place >= 0; --place) {
@@ -84,11 +121,9 @@ char *formatShortestReal(char *out, Real value) {
 }  // namespace
 
 char *formatInt64(char *out, int64_t value) {
-  if (value >= 0 && value <= 9) {  // as most are
-    *out = static_cast<char>('0' + value);
-    return out + 1;
-  }
-  return std::to_chars(out, out + 20, value).ptr;
+  if (value >= 0) return formatUint64(out, static_cast<uint64_t>(value));
+  *out++ = '-';
+  return formatUint64(out, uint64_t{0} - static_cast<uint64_t>(value));
 }
 
 char *formatInt32(char *out, int32_t value) { return std::to_chars(out, out + 11, value).ptr; }

@@ -108,7 +108,9 @@ inline const char *scanDouble(const char *text, double &value) {
 // itself; `end` may be null. The payload of a "nan(...)" is passed over.
 double parseReal(const char *text, const char **end);
 
+// `out` has room for 24 bytes, all of which may be overwritten.
 char *formatInt64(char *out, int64_t value);
+// Writes nothing behind the number.
 char *formatInt32(char *out, int32_t value);
 
 // printf("%*.*f"). `out` has room for 400 bytes: enough for any value up to 80 decimal places and any width

@@ -19,10 +19,6 @@ inline bool isEscape(char c) { return c == '"' || c == 'n'; }
 
 constexpr size_t groupSize = 16;
 
-// Bytes of a block for a string of this length: whole groups, which cost nothing more to write, and which a
-// string of about that length finds again.
-constexpr size_t roomFor(size_t length) { return (length / groupSize + 1) * groupSize; }
-
 #ifdef __SSE2__
 inline __m128i loadGroup(const char *text) {
   return _mm_loadu_si128(reinterpret_cast<const __m128i *>(text));

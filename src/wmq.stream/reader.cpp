@@ -130,7 +130,7 @@ bool scanUnsigned(Reader &io, int64_t &value) {
   const Quoted text = quotedAt(io.cursor, io.end);
   if (text.after == nullptr) return fail(io, WMQE_BAD_FORMAT, field, "a quoted string");
   if (text.length > limit) return fail(io, WMQE_BAD_FORMAT, field, "a shorter string");
-  value = static_cast<char *>(takeBlock(roomFor(text.length)));
+  value = static_cast<char *>(takeBlock(bytesForText(text.length)));
   if (value == nullptr) return fail(io, WMQE_NO_MEM, field, "memory for the string");
   text.decodeInto(value);
   io.cursor = text.after;
@@ -139,7 +139,7 @@ bool scanUnsigned(Reader &io, int64_t &value) {
 
 void readText(Reader &io, const char *field, char *&value) {
   const PlainQuoted text = plainQuotedAt(io.cursor, io.end);
-  static_assert(BlockCache::bytesOf(0) >= roomFor(0) && BlockCache::bytesOf(1) >= roomFor(groupSize));
+  static_assert(BlockCache::bytesOf(0) >= groupSize && BlockCache::bytesOf(1) >= 2 * groupSize);
   void *const block = text.after != nullptr ? takeKept(text.wholeGroups) : nullptr;
   if (block == nullptr) return readAnyText(io, field, value, SIZE_MAX);
   value = static_cast<char *>(block);
@@ -183,7 +183,7 @@ void readCut(Reader &io, const char *field, char *array, size_t size) {
 // From the blocks that the thread keeps.
 static char *copiedText(const char *text) {
   const size_t length = std::strlen(text);
-  auto *const copy = static_cast<char *>(takeBlock(roomFor(length)));
+  auto *const copy = static_cast<char *>(takeBlock(bytesForText(length)));
   if (copy == nullptr) return nullptr;
   copyBytes(copy, text, length);
   copy[length] = '\0';

@@ -42,17 +42,28 @@ void expectAsPrintf(double value) {
 
 double doubleOfBits(uint64_t bits) { return std::bit_cast<double>(bits); }
 
-TEST(IntegerFormat, IsThatOfPrintf) {
+void expectAsPrintf(int64_t value) {
   char expected[32];
   char text[32];
-  for (const int64_t value : {int64_t{0}, int64_t{-1}, int64_t{9}, int64_t{10}, int64_t{-2147483648},
-                              int64_t{2147483648}, INT64_MAX, INT64_MIN}) {
-    std::snprintf(expected, sizeof expected, "%" PRId64, value);
-    EXPECT_EQ(std::string(text, wmq::formatInt64(text, value)), expected);
-    const auto narrow = static_cast<int32_t>(value);
-    std::snprintf(expected, sizeof expected, "%d", narrow);
-    EXPECT_EQ(std::string(text, wmq::formatInt32(text, narrow)), expected);
+  std::snprintf(expected, sizeof expected, "%" PRId64, value);
+  EXPECT_EQ(std::string(text, wmq::formatInt64(text, value)), expected);
+  const auto narrow = static_cast<int32_t>(value);
+  std::snprintf(expected, sizeof expected, "%d", narrow);
+  EXPECT_EQ(std::string(text, wmq::formatInt32(text, narrow)), expected);
+}
+
+TEST(IntegerFormat, IsThatOfPrintf) {
+  for (const int64_t value :
+       {int64_t{0}, int64_t{-1}, int64_t{-2147483648}, int64_t{2147483648}, INT64_MAX, INT64_MIN})
+    expectAsPrintf(value);
+  for (int64_t power = 1; power <= INT64_MAX / 10; power *= 10) {
+    for (const int64_t value : {power - 1, power, power + 1, 2 * power + power / 3, 9 * power + 7})
+      for (const int64_t sign : {1, -1}) expectAsPrintf(sign * value);
   }
+}
+
+RC_GTEST_PROP(IntegerFormat, IsThatOfPrintfForAnyValue, (int64_t value, uint8_t shift)) {
+  expectAsPrintf(value >> shift % 64);
 }
 
 TEST(FixedFormat, IsThatOfPrintfForPlainValues) {
