@@ -89,7 +89,7 @@ void decodePart(DecodePart &part, const DecodeOptions &options) {
     const auto take = [&](std::string_view text, bool isTorn) {
       Refusal why{WMQE_BAD_FORMAT, "a record that was not written to its end"};
       if (!isTorn && (isPassedOver(text, options) || decodeLine(text, options, part, why))) return;
-      part.badLines.push_back({number, std::move(why)});
+      part.badLines.push_back({number, std::move(why), part.json.size()});
     };
     if (options.splits)
       eachRecordText(line, take);
@@ -99,21 +99,30 @@ void decodePart(DecodePart &part, const DecodeOptions &options) {
   });
 }
 
+// Records and faults, in the order of their lines.
+bool printPart(const DecodePart &part, PartReport &report, Output &output) {
+  std::string_view rest = part.json;
+  report.add(part, [&](const BadLine &line) {
+    const size_t length = line.textBefore - (part.json.size() - rest.size());
+    output.write(rest.substr(0, length));
+    rest.remove_prefix(length);
+  });
+  return output.write(rest);
+}
+
 int decodeFiles(const DecodeOptions &options) {
   Progress progress(options.files, true);
   Faults faults(&progress);
   PartReport report(faults, progress);
   Output output;
+  faults.beforePrinting([&] { output.flush(); });
   LineFeed feed(options.files);
   if (options.threads == 1) feed.beforeWaiting([&] { output.flush(); });
-  Pipeline<DecodePart>(options.threads, {.fill = [&](DecodePart &part) { return feed.fill(part); },
-                                         .work = [&](DecodePart &part) { decodePart(part, options); },
-                                         .use =
-                                             [&](const DecodePart &part) {
-                                               report.add(part);
-                                               return output.write(part.json);
-                                             },
-                                         .idle = [&] { output.flush(); }})
+  Pipeline<DecodePart>(options.threads,
+                       {.fill = [&](DecodePart &part) { return feed.fill(part); },
+                        .work = [&](DecodePart &part) { decodePart(part, options); },
+                        .use = [&](DecodePart &part) { return printPart(part, report, output); },
+                        .idle = [&] { output.flush(); }})
       .run();
   output.finish(faults);
   return faults.exitStatus();

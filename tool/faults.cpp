@@ -10,6 +10,7 @@
 namespace wmq::tool {
 
 void Faults::print(std::string_view message) {
+  if (handOver) handOver();
   if (progress) progress->erase();
   std::string line = printable(message) + "\n";
   std::fwrite(line.data(), 1, line.size(), stderr);

@@ -3,7 +3,9 @@
 #define WMQ_TOOL_FAULTS_H
 
 #include <cstdint>
+#include <functional>
 #include <string_view>
+#include <utility>
 
 #include "exit_status.h"
 #include "progress.h"
@@ -14,6 +16,10 @@ class Faults {
  public:
   // The progress bar, if any, makes way for messages.
   explicit Faults(Progress *bar = nullptr) : progress(bar) {}
+
+  // Called before each message: hands over the output that comes before it, so that the two stand in order
+  // where they go to one place.
+  void beforePrinting(std::function<void()> action) { handOver = std::move(action); }
 
   // Bad input: "FILE:LINE: error NUMBER NAME: TEXT".
   void badInput(std::string_view file, uint64_t line, int number, std::string_view text);
@@ -31,6 +37,7 @@ class Faults {
   void print(std::string_view message);
 
   Progress *progress;
+  std::function<void()> handOver;
   int status = exitFine;
   uint64_t numBad = 0;
 };

@@ -81,6 +81,7 @@ class FollowRun {
   void put(std::string_view line, bool isJson);
   void tell(const wmqFollowDetail &detail);
   void fail(const std::string &subject, const std::string &why) {
+    flush();
     faults.failure(subject, why);
     ended = stopped = true;
   }

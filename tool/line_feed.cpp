@@ -18,7 +18,7 @@ bool LineFeed::fill(LinePart &part) {
   return true;
 }
 
-void PartReport::add(const LinePart &part) {
+void PartReport::add(const LinePart &part, const std::function<void(const BadLine &)> &before) {
   if (part.block.empty()) {
     part.source->reportEnd(linesBefore, faults);
     progress.fileDone(part.bytesTaken);
@@ -26,8 +26,10 @@ void PartReport::add(const LinePart &part) {
     return;
   }
   progress.reached(part.bytesTaken);
-  for (const BadLine &line : part.badLines)
+  for (const BadLine &line : part.badLines) {
+    if (before) before(line);
     faults.badInput(part.source->name(), linesBefore + line.number, line.why.error, line.why.text);
+  }
   linesBefore += part.numLines;
 }
 

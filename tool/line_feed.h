@@ -20,6 +20,7 @@ namespace wmq::tool {
 struct BadLine {
   uint64_t number;  // in its block
   Refusal why;
+  size_t textBefore = 0;  // bytes of what the block is turned into, if anything, that come before it
 };
 
 struct LinePart {
@@ -60,7 +61,8 @@ class PartReport {
  public:
   PartReport(Faults &reportTo, Progress &show) : faults(reportTo), progress(show) {}
 
-  void add(const LinePart &part);
+  // `before` is called ahead of each line that is reported.
+  void add(const LinePart &part, const std::function<void(const BadLine &)> &before = {});
 
  private:
   Faults &faults;

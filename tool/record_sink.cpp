@@ -50,7 +50,10 @@ bool isRefusedAnywhere(const StreamOperations &stream, eventRecord &record) {
 }  // namespace
 
 bool RecordSink::open() {
-  if (toStandardOutput()) return true;
+  if (toStandardOutput()) {
+    faults.beforePrinting([this] { output.flush(); });
+    return true;
+  }
   // Old files of a bare name are not found by the library.
   if (options.file.find('/') == std::string::npos) options.file.insert(0, "./");
   streamParams params{};

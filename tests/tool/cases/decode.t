@@ -87,8 +87,8 @@ A NUL is no part of a line, and control characters stay away from the terminal.
   $ printf '"LOG_SWITCH" "10.1" 1 2 \n' > "$(printf 'escape\033file')"
   $ printf 'x' >> "$(printf 'escape\033file')"
   $ wmq decode escape* 2>&1 | cut -d : -f 1-3
-  escape\x1bfile:2: error 46 WMQE_BAD_FORMAT
   {"type":"LOG_SWITCH","code":43,"version"
+  escape\x1bfile:2: error 46 WMQE_BAD_FORMAT
   [1]
 
 Types that consist of a header are read in the middle of others.
