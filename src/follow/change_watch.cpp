@@ -101,12 +101,6 @@ void ChangeWatch::watchFile(int fd) {
 #endif
 }
 
-bool ChangeWatch::namesChanged() {
-  const bool changed = names || polling;
-  names = false;
-  return changed;
-}
-
 void ChangeWatch::wake() const {
   const int formerError = errno;
   // A full pipe wakes as well as one byte more.

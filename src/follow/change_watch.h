@@ -24,8 +24,9 @@ class ChangeWatch {
   // Takes the news that have come. What happens later makes the next wait() end.
   void collect();
 
-  // Names may have changed since this was asked last, as far as has been collected.
-  bool namesChanged();
+  // Names may have changed since they were seen last, as far as has been collected.
+  bool namesChanged() const { return names || polling; }
+  void namesSeen() { names = false; }
 
   // Waits for news, at most `timeout` milliseconds (below 0: without end). False when the time was up, or
   // when the wait was ended by a signal or by wake().

@@ -82,14 +82,6 @@ uint32_t checksum(const char *bytes, size_t length) {
   return ~rest;
 }
 
-bool extractBefore(int fd, int64_t end, int64_t length, Extract &extract) {
-  char bytes[kMostSummed];
-  if (length < 0 || length > kMostSummed || length > end) return false;
-  if (readFully(fd, bytes, static_cast<size_t>(length), end - length) != length) return false;
-  extract = {length, checksum(bytes, static_cast<size_t>(length))};
-  return true;
-}
-
 bool extractFirstLine(int fd, Extract &extract, bool &whole) {
   char bytes[kMostSummed];
   const ssize_t got = readFully(fd, bytes, sizeof bytes, 0);
@@ -103,19 +95,25 @@ bool extractFirstLine(int fd, Extract &extract, bool &whole) {
   return true;
 }
 
-bool hasFirstLine(int fd, const Extract &first) {
+bool compareFirstLine(int fd, const Extract &first, bool &same) {
   Extract found;
   bool whole = false;
-  return extractFirstLine(fd, found, whole) && whole && found.length == first.length &&
-         found.sum == first.sum;
+  if (!extractFirstLine(fd, found, whole)) return false;
+  same = whole && found.length == first.length && found.sum == first.sum;
+  return true;
 }
 
-bool matchesFirst(int fd, const Extract &first) { return matchesBefore(fd, first.length, first); }
+bool compareFirst(int fd, const Extract &first, bool &same) {
+  return compareBefore(fd, first.length, first, same);
+}
 
-bool matchesBefore(int fd, int64_t end, const Extract &last) {
-  if (last.length == 0) return true;
-  Extract found;
-  return extractBefore(fd, end, last.length, found) && found.sum == last.sum;
+bool compareBefore(int fd, int64_t end, const Extract &last, bool &same) {
+  char bytes[kMostSummed];
+  const auto length = static_cast<size_t>(last.length);
+  const ssize_t got = readFully(fd, bytes, length, end - last.length);
+  if (got < 0) return false;
+  same = got == last.length && (length == 0 || checksum(bytes, length) == last.sum);
+  return true;
 }
 
 }  // namespace wmq

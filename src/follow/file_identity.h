@@ -52,18 +52,17 @@ struct Extract {
 // Longest run of bytes that is summed up.
 inline constexpr int64_t kMostSummed = 4096;
 
-// Sums up `length` bytes of the file up to `end`; with fewer there, or on failure, false.
-bool extractBefore(int fd, int64_t end, int64_t length, Extract &extract);
+// All that follow return false with errno when the file cannot be read.
 
 // The first line, as far as it has come: at most kMostSummed bytes. `whole`: it will never be more.
 bool extractFirstLine(int fd, Extract &extract, bool &whole);
 
-// The first line is whole, and it is the one that was summed up.
-bool hasFirstLine(int fd, const Extract &first);
+// `same`: the first line is whole, and it is the one that was summed up.
+bool compareFirstLine(int fd, const Extract &first, bool &same);
 
-// The file begins with, or holds before `end`, what was summed up.
-bool matchesFirst(int fd, const Extract &first);
-bool matchesBefore(int fd, int64_t end, const Extract &last);
+// `same`: the file begins with, or holds before `end`, what was summed up.
+bool compareFirst(int fd, const Extract &first, bool &same);
+bool compareBefore(int fd, int64_t end, const Extract &last, bool &same);
 
 }  // namespace wmq
 

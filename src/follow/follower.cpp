@@ -100,7 +100,8 @@ int wmqFollower::next(eventRecord **record, int timeout) {
 }
 
 wmqFollower::Step wmqFollower::step(eventRecord **record) {
-  if (owedNotice != 0) return payNotice();
+  if (file.isOpen() && !hasPlace && !takePlace()) return Step::failed;
+  if (owed.notice != 0) return payNotice();
   if (!file.isOpen()) return moveOn();
   LinePart part;
   const int formerError = wmq_errno;
@@ -151,7 +152,12 @@ wmqFollower::Step wmqFollower::give(LinePart &part, eventRecord **record) {
   std::unique_ptr<eventRecord, wmq::ReleaseRecord> parsed;
   if (part.part != WMQ_PART_TORN) {
     wmq_errno = 0;
-    parsed.reset(wmq::parsestreamlineMT(part.text, part.length));
+    bool lacked = false;
+    parsed.reset(wmq::parseLine(part.text, part.length, lacked));
+    if (lacked) {
+      wmq_errno = WMQE_NO_MEM;
+      return Step::failed;
+    }
   }
   if (parsed != nullptr && parsed->type == EVENT_END_OF_STREAM) {
     end.take(part);

@@ -67,6 +67,14 @@ struct wmqFollower {
     std::vector<wmq::StreamEntry> missing;
   };
 
+  // A notice of what has been done already, until it is given.
+  struct Owed {
+    int notice = 0;  // 0: none
+    std::string reason;
+    std::string missing;
+    int64_t missingBytes = 0;
+  };
+
   enum class Step {
     given,    // `detail` is to be handed out
     again,    // something has changed: look again
@@ -96,20 +104,21 @@ struct wmqFollower {
   void giveRecord();
   void giveBadLine(int error);
   void giveNotice(int notice, const std::string &why);
-  void owe(int notice, std::string why, std::string names, int64_t bytes);
+  Owed noticeOf(const Successor &successor) const;
   Step payNotice();
   Step goneShort(bool rewritten);
   Step beginAnew();
   Step lookForSuccessor();
+  Step lookAtNames();
   Step moveOn();
-  Step arrive(wmq::OpenFile opened, const Successor &successor);
+  Step arrive(wmq::OpenFile opened, const Successor &successor, const wmq::StreamListing &listing);
 
   bool begin(wmq::OpenFile opened, const wmq::StreamEntry &found, int64_t offset);
   bool takePlace();
   void takePlaceIn(const wmq::StreamListing &listing);
   wmq::Position currentPosition();
-  std::vector<wmq::StreamEntry> newerThanFormer(const wmq::StreamListing &listing, bool &stands) const;
-  Successor successorIn(const wmq::StreamListing &listing) const;
+  bool listNewer(const wmq::StreamListing &listing, std::vector<wmq::StreamEntry> &newer, bool &stands) const;
+  bool findSuccessor(const wmq::StreamListing &listing, Successor &successor) const;
   void restoreText();
 
   std::string path;
@@ -123,6 +132,7 @@ struct wmqFollower {
   int64_t endOffset = 0;  // behind it
   wmq::ReadLast end;
 
+  bool hasPlace = false;  // `former` and `ahead` tell of the file that is read
   wmq::FormerFile former;
   std::vector<wmq::StreamEntry> ahead;  // files behind the one that is read, when they were listed last
   bool wasRewritten = false;            // with State::cut
@@ -136,15 +146,11 @@ struct wmqFollower {
   wmq::ReadLast last;       // before it
   std::string resumedFrom;  // the position, until something is handed out
 
-  // A notice of what has been done already, until it is given.
-  int owedNotice = 0;
-  std::string owedReason;
-  int64_t owedBytes = 0;
+  Owed owed;
 
-  // What `detail` points to.
+  // What `detail` points to, beside the last notice that was owed.
   wmqFollowDetail detail = wmq::emptyDetail();
   std::string reason;
-  std::string missing;
   std::string fileName;
   char *restored = nullptr;  // the byte in the window in whose place a NUL stands
   char restoredByte = 0;

@@ -67,6 +67,17 @@ bool findLastEnd(int fd, int64_t size, int64_t &offset) {
   return true;
 }
 
+// What can be known of a file that is not to be read: nothing, if it cannot be opened.
+Extract firstOf(const StreamEntry &entry) {
+  const int formerError = wmq_errno;
+  OpenFile opened;
+  Extract first;
+  bool whole = false;
+  if (openEntry(entry, opened) && opened.isOpen()) extractFirstLine(opened.get(), first, whole);
+  wmq_errno = formerError;
+  return first;
+}
+
 bool isSame(const StreamListing &a, const StreamListing &b) {
   if (a.old.size() != b.old.size() || a.hasCurrent != b.hasCurrent) return false;
   for (size_t i = 0; i < a.old.size(); ++i)
@@ -148,6 +159,7 @@ bool wmqFollower::begin(OpenFile opened, const StreamEntry &found, int64_t offse
   state = State::live;
   endSeen = false;
   given = offset;
+  hasPlace = false;
   watch.watchFile(file.get());
   return true;
 }
@@ -162,6 +174,7 @@ bool wmqFollower::takePlace() {
 // Where the file that is read stands among the others. While it is the current one, none is behind it, and
 // the newest old one is the one before.
 void wmqFollower::takePlaceIn(const StreamListing &listing) {
+  hasPlace = false;
   const StreamEntry *const renamed = file.isOpen() ? listing.oldFile(entry.identity) : nullptr;
   const bool isCurrent = file.isOpen() && listing.hasCurrent && listing.current.identity == entry.identity;
   if (renamed != nullptr && !isCurrent) {
@@ -176,14 +189,9 @@ void wmqFollower::takePlaceIn(const StreamListing &listing) {
     entry.path = path;
     ahead.clear();
     former = {};
-    if (listing.old.empty()) return;
-    const StreamEntry &newest = listing.old.back();
-    former = {true, newest.suffix, {}};
-    OpenFile opened;
-    bool whole = false;
-    if (wmq::openEntry(newest, opened) && opened.isOpen())
-      wmq::extractFirstLine(opened.get(), former.first, whole);
+    if (!listing.old.empty()) former = {true, listing.old.back().suffix, wmq::firstOf(listing.old.back())};
   }
+  hasPlace = true;
 }
 
 // -------------------------------------------------------------------------------- resuming
@@ -250,11 +258,12 @@ bool wmqFollower::tryEntry(const StreamEntry &candidate, const Position &wanted,
   if (!wmq::statusOf(opened.get(), status)) return wmq::failSystem();
   // What the system cannot vouch for has to have the whole of the line: many lines begin with the same bytes.
   const bool certain = wmq::isCertain(candidate.identity, wanted.identity);
-  const bool hasFirst = certain || wanted.first.length == 0 ? wmq::matchesFirst(opened.get(), wanted.first)
-                                                            : wmq::hasFirstLine(opened.get(), wanted.first);
-  if (status.size < wanted.offset || !hasFirst ||
-      !wmq::matchesBefore(opened.get(), wanted.offset, wanted.last))
-    return true;
+  const auto compare = certain || wanted.first.length == 0 ? wmq::compareFirst : wmq::compareFirstLine;
+  bool same = false;
+  if (status.size < wanted.offset) return true;
+  if (!compare(opened.get(), wanted.first, same)) return wmq::failSystem();
+  if (same && !wmq::compareBefore(opened.get(), wanted.offset, wanted.last, same)) return wmq::failSystem();
+  if (!same) return true;
   found = begin(std::move(opened), candidate, wanted.offset);
   return found;
 }
@@ -263,7 +272,8 @@ bool wmqFollower::tryEntry(const StreamEntry &candidate, const Position &wanted,
 // same device, another file in this place has replaced it.
 bool wmqFollower::tryPlace(const StreamListing &listing, const Position &wanted, bool &found) {
   bool stands = false;
-  const std::vector<StreamEntry> newer = newerThanFormer(listing, stands);
+  std::vector<StreamEntry> newer;
+  if (!listNewer(listing, newer, stands)) return false;
   if (!stands && (wanted.former.known || !newer.empty())) return true;
   if (newer.empty() && !listing.hasCurrent) return true;
   const StreamEntry &inPlace = newer.empty() ? listing.current : newer.front();
@@ -274,37 +284,39 @@ bool wmqFollower::tryPlace(const StreamListing &listing, const Position &wanted,
 // ------------------------------------------------------------------------------ what follows
 
 // Old files behind the one that was the newest before the file that is read. `stands`: that one is still
-// there, and so none of them is missing.
-std::vector<StreamEntry> wmqFollower::newerThanFormer(const StreamListing &listing, bool &stands) const {
+// there, and so none of them is missing. False with wmq_errno.
+bool wmqFollower::listNewer(const StreamListing &listing, std::vector<StreamEntry> &newer,
+                            bool &stands) const {
   stands = false;
-  if (!former.known) return listing.old;
-  std::vector<StreamEntry> newer;
   for (const StreamEntry &old : listing.old) {
-    if (old.suffix < former.suffix) continue;
-    if (old.suffix == former.suffix) {
+    if (former.known && old.suffix < former.suffix) continue;
+    if (former.known && old.suffix == former.suffix) {
       OpenFile opened;
-      const int formerError = wmq_errno;
-      stands =
-          wmq::openEntry(old, opened) && opened.isOpen() && wmq::matchesFirst(opened.get(), former.first);
-      wmq_errno = formerError;
+      if (!wmq::openEntry(old, opened)) return false;
+      if (opened.isOpen() && !wmq::compareFirst(opened.get(), former.first, stands)) return wmq::failSystem();
       if (stands) continue;
     }
     newer.push_back(old);
   }
   // With all of them gone and the clock set back, suffixes may have begun again further down.
-  return newer.empty() && !stands ? listing.old : newer;
+  if (newer.empty() && !stands) newer = listing.old;
+  return true;
 }
 
-wmqFollower::Successor wmqFollower::successorIn(const StreamListing &listing) const {
+// False with wmq_errno; that there is none is no failure.
+bool wmqFollower::findSuccessor(const StreamListing &listing, Successor &successor) const {
+  successor = {};
   const bool isCurrent = file.isOpen() && listing.hasCurrent && listing.current.identity == entry.identity;
-  if (isCurrent) return {};
+  if (isCurrent) return true;
   if (const StreamEntry *own = file.isOpen() ? listing.oldFile(entry.identity) : nullptr; own != nullptr) {
-    for (const StreamEntry &old : listing.old)
-      if (old.suffix > own->suffix) return {.found = true, .entry = old, .exact = true, .missing = {}};
-    return {.found = listing.hasCurrent, .entry = listing.current, .exact = true, .missing = {}};
+    const auto next = std::find_if(listing.old.begin(), listing.old.end(),
+                                   [&](const StreamEntry &old) { return old.suffix > own->suffix; });
+    successor.found = next != listing.old.end() || listing.hasCurrent;
+    successor.entry = next != listing.old.end() ? *next : listing.current;
+    successor.exact = true;
+    return true;
   }
   // It is gone. One that was behind it when it was still there is known to be the next that is left.
-  Successor successor;
   for (const StreamEntry &known : ahead) {
     const StreamEntry *still = hasBirth(known.identity) ? listing.oldFile(known.identity) : nullptr;
     if (still == nullptr && hasBirth(known.identity) && listing.hasCurrent &&
@@ -313,22 +325,30 @@ wmqFollower::Successor wmqFollower::successorIn(const StreamListing &listing) co
     if (still != nullptr) {
       successor.found = successor.exact = true;
       successor.entry = *still;
-      return successor;
+      return true;
     }
     successor.missing.push_back(known);
   }
   bool stands = false;
-  const std::vector<StreamEntry> newer = newerThanFormer(listing, stands);
+  std::vector<StreamEntry> newer;
+  if (!listNewer(listing, newer, stands)) return false;
   successor.found = !newer.empty() || listing.hasCurrent;
   successor.entry = newer.empty() ? listing.current : newer.front();
   // A follower that has waited for the stream begins with what it finds first.
   const bool beginsHere = resumedFrom.empty() && listing.old.empty();
   successor.exact = !file.isOpen() && !isLost && (former.known ? stands : beginsHere);
-  return successor;
+  return true;
 }
 
+// What could not be looked at to the end is looked at again.
 wmqFollower::Step wmqFollower::lookForSuccessor() {
   if (!watch.namesChanged()) return Step::waiting;
+  const Step done = lookAtNames();
+  if (done == Step::waiting) watch.namesSeen();
+  return done;
+}
+
+wmqFollower::Step wmqFollower::lookAtNames() {
   FileStatus status;
   if (entry.suffix == wmq::kNoSuffix && wmq::statusOf(path.c_str(), status) &&
       status.identity == entry.identity)
@@ -336,7 +356,9 @@ wmqFollower::Step wmqFollower::lookForSuccessor() {
   StreamListing listing;
   if (!wmq::list(path, listing)) return Step::failed;
   takePlaceIn(listing);
-  if (!successorIn(listing).found) return Step::waiting;
+  Successor successor;
+  if (!findSuccessor(listing, successor)) return Step::failed;
+  if (!successor.found) return Step::waiting;
   // What has taken its place may be a copy of it.
   if (listing.oldFile(entry.identity) == nullptr && first.length > 0) {
     bool found = false;
@@ -351,10 +373,11 @@ wmqFollower::Step wmqFollower::moveOn() {
   for (int tries = 0; tries < wmq::kMostTries; ++tries) {
     StreamListing listing;
     if (!wmq::list(path, listing)) return Step::failed;
-    const Successor chosen = successorIn(listing);
+    Successor chosen;
+    if (!findSuccessor(listing, chosen)) return Step::failed;
     if (!chosen.found) {
       if (!isLost) return Step::waiting;
-      owe(WMQ_NOTICE_GAP, "the file of the position is gone, and there is no other", lostFile, -1);
+      owed = {WMQ_NOTICE_GAP, "the file of the position is gone, and there is no other", lostFile, -1};
       isLost = false;
       return Step::again;
     }
@@ -362,31 +385,26 @@ wmqFollower::Step wmqFollower::moveOn() {
     if (!wmq::openEntry(chosen.entry, opened)) return Step::failed;
     if (!opened.isOpen()) continue;
     if (!wmq::list(path, listing)) return Step::failed;
-    const Successor confirmed = successorIn(listing);
+    Successor confirmed;
+    if (!findSuccessor(listing, confirmed)) return Step::failed;
     if (!confirmed.found || !(confirmed.entry.identity == chosen.entry.identity) ||
         confirmed.exact != chosen.exact)
       continue;
-    return arrive(std::move(opened), confirmed);
+    return arrive(std::move(opened), confirmed, listing);
   }
   return Step::waiting;
 }
 
-void wmqFollower::owe(int notice, std::string why, std::string names, int64_t bytes) {
-  owedReason = std::move(why);
-  missing = std::move(names);
-  owedBytes = bytes;
-  owedNotice = notice;
-}
-
 wmqFollower::Step wmqFollower::payNotice() {
-  giveNotice(owedNotice, owedReason);
-  detail.missingFiles = missing.c_str();
-  detail.missingBytes = owedBytes;
-  owedNotice = 0;
+  giveNotice(owed.notice, owed.reason);
+  detail.missingFiles = owed.missing.c_str();
+  detail.missingBytes = owed.missingBytes;
+  owed.notice = 0;
   return Step::given;
 }
 
-wmqFollower::Step wmqFollower::arrive(OpenFile opened, const Successor &successor) {
+// What is to be told when the successor takes the place of the file that is read.
+wmqFollower::Owed wmqFollower::noticeOf(const Successor &successor) const {
   std::string names;
   int64_t bytes = 0;
   for (const StreamEntry &gone : successor.missing) {
@@ -394,29 +412,35 @@ wmqFollower::Step wmqFollower::arrive(OpenFile opened, const Successor &successo
     names += (names.empty() ? "" : "\n") + gone.path;
     bytes += gone.size;
   }
-  if (isLost && wmq::isCertain(successor.entry.identity, lostIdentity)) {
-    owe(WMQ_NOTICE_TRUNCATED,
-        "the file of the position was cut or written anew; it is read from its first byte", lostFile, -1);
-  } else if (isLost) {
-    owe(WMQ_NOTICE_GAP,
-        "the file of the position is gone; what came behind the position, up to this file, is missing",
-        lostFile, -1);
-  } else if (!successor.exact) {
-    owe(WMQ_NOTICE_GAP,
-        file.isOpen() ? "the file that was read is gone; files between it and this one may be missing"
-                      : "files may have come and gone before this one",
-        std::move(names), -1);
-  } else if (!successor.missing.empty()) {
-    owe(WMQ_NOTICE_GAP, "files were removed before they were read", std::move(names), bytes);
-  } else if (file.isOpen()) {
-    owe(WMQ_NOTICE_ROTATED, endSeen ? "" : entry.path + " has no END_OF_STREAM line at its end", "", 0);
-  }
+  if (isLost && wmq::isCertain(successor.entry.identity, lostIdentity))
+    return {WMQ_NOTICE_TRUNCATED,
+            "the file of the position was cut or written anew; it is read from its first byte", lostFile, -1};
+  if (isLost)
+    return {WMQ_NOTICE_GAP,
+            "the file of the position is gone; what came behind the position, up to this file, is missing",
+            lostFile, -1};
+  if (!successor.exact)
+    return {WMQ_NOTICE_GAP,
+            file.isOpen() ? "the file that was read is gone; files between it and this one may be missing"
+                          : "files may have come and gone before this one",
+            names, -1};
+  if (!successor.missing.empty())
+    return {WMQ_NOTICE_GAP, "files were removed before they were read", names, bytes};
+  if (!file.isOpen()) return {};
+  return {WMQ_NOTICE_ROTATED, endSeen ? "" : entry.path + " has no END_OF_STREAM line at its end", "", 0};
+}
+
+// All that may fail comes before the one step from file to file.
+wmqFollower::Step wmqFollower::arrive(OpenFile opened, const Successor &successor,
+                                      const StreamListing &listing) {
+  Owed notice = noticeOf(successor);
   // Until the notice is given, the follower stands before what it tells of.
-  if (owedNotice != 0 && resumedFrom.empty()) resumedFrom = wmq::positionText(currentPosition());
-  if (!begin(std::move(opened), successor.entry, 0)) {
-    owedNotice = 0;
-    return Step::failed;
-  }
+  std::string before = resumedFrom;
+  if (notice.notice != 0 && before.empty()) before = wmq::positionText(currentPosition());
+  if (!begin(std::move(opened), successor.entry, 0)) return Step::failed;
+  owed = std::move(notice);
+  resumedFrom = std::move(before);
   isLost = false;
-  return takePlace() ? Step::again : Step::failed;
+  takePlaceIn(listing);
+  return Step::again;
 }

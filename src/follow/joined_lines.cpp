@@ -183,7 +183,7 @@ class Trial {
  public:
   Trial(const char *line, size_t length) : text(static_cast<char *>(std::malloc(length + 1))), size(length) {
     if (text == nullptr) {
-      formerError = WMQE_NO_MEM;
+      lack();
       return;
     }
     std::memcpy(text, line, length);
@@ -197,32 +197,41 @@ class Trial {
     version = formerVersion;
   }
 
-  bool hasMemory() const { return text != nullptr; }
+  // There was enough for all that was asked of it.
+  bool hasMemory() const { return text != nullptr && !lacked; }
   char *begin() const { return text; }
   char *end() const { return text + size; }
 
-  bool parses(const char *from, const char *to) const {
+  bool parses(const char *from, const char *to) {
     char &behind = text[to - text];
     const char kept = behind;
     behind = '\0';
     wmq_errno = 0;
-    eventRecord *const record = parsestreamlineMT(from, static_cast<size_t>(to - from));
+    bool failed = false;
+    eventRecord *const record = parseLine(from, static_cast<size_t>(to - from), failed);
     behind = kept;
+    if (failed) lack();
     wmq_freekept(record);
     wmq_freelogrec(record);
     return record != nullptr;
   }
 
  private:
+  void lack() {
+    lacked = true;
+    formerError = WMQE_NO_MEM;
+  }
+
   char *text;
   size_t size;
+  bool lacked = false;
   int formerError = wmq_errno;
   float formerVersion = version;
 };
 
 // Where a record that leaves its line open ends, when another one, or the beginning of one, stands right
 // behind it; else null. Such a record holds numbers only, so that the first quote is the next one's.
-const char *endOfOpenRecord(const Trial &trial, const Header &header) {
+const char *endOfOpenRecord(Trial &trial, const Header &header) {
   const char *const end = openEnd(header, trial.end());
   if (end == nullptr || header.type->body != Body::openLine) return end;
   return trial.parses(header.begin, end) ? end : nullptr;
@@ -230,31 +239,31 @@ const char *endOfOpenRecord(const Trial &trial, const Header &header) {
 
 // Behind a place where no field can begin, fields that are well formed up to the end of the line are enough:
 // a record that does not parse is to be told by itself, too.
-bool looksIntact(const Trial &trial, const Header &header) {
+bool looksIntact(Trial &trial, const Header &header) {
   return endOfOpenRecord(trial, header) != nullptr || isWellFormed(header.begin, trial.end());
 }
 
 // What follows the last field that a layout knows is ignored. Numbers are left over on lines of some types,
 // but strings only on lines of later versions, or where two records are taken for one.
-bool usesAllStrings(const Trial &trial, const Header &header, const char *end) {
+bool usesAllStrings(Trial &trial, const Header &header, const char *end) {
   const char *const last = lastFieldsOf(header.begin, end).string;
   return trial.parses(header.begin, end) && (last < header.end || !trial.parses(header.begin, last));
 }
 
-bool usesAllFields(const Trial &trial, const Header &header) {
+bool usesAllFields(Trial &trial, const Header &header) {
   return trial.parses(header.begin, trial.end()) &&
          !trial.parses(header.begin, lastFieldsOf(header.begin, trial.end()).any);
 }
 
 // What `header` begins is a record, up to the end of the line or up to the record that is joined to it, and
 // uses every string that it has.
-bool makesRecord(const Trial &trial, const Header &header) {
+bool makesRecord(Trial &trial, const Header &header) {
   return endOfOpenRecord(trial, header) != nullptr ||
          (isWellFormed(header.begin, trial.end()) && usesAllStrings(trial, header, trial.end()));
 }
 
 // `whole`: the line parses as one record that uses every field.
-bool beginsRecord(const Trial &trial, const Header &header, bool whole) {
+bool beginsRecord(Trial &trial, const Header &header, bool whole) {
   switch (placeOf(trial.begin(), header.begin)) {
     case Place::word:
       return looksIntact(trial, header);
@@ -271,6 +280,23 @@ bool isBlank(const char *from, const char *to) {
   return from == to;
 }
 
+// Where the next record begins, when the line is one that its writer has left unfinished; else null.
+const char *behindTorn(Trial &trial) {
+  // What was torn would begin as a record does.
+  const bool parses = trial.parses(trial.begin(), trial.end());
+  if (parses && *trial.begin() != '"') return nullptr;
+  const Header first = findHeader(trial.begin(), trial.end());
+  const bool whole = parses && first.begin == trial.begin() && usesAllFields(trial, first);
+  Header next = findHeader(trial.begin() + 1, trial.end());
+  for (int tries = 0; next.begin != nullptr; ++tries) {
+    const bool enough = tries == kMostTries && !whole;
+    if (enough || beginsRecord(trial, next, whole)) return next.begin;
+    if (tries == kMostTries) break;
+    next = findHeader(next.begin + 1, trial.end());
+  }
+  return nullptr;
+}
+
 size_t firstRecord(const char *line, size_t length, int &part) {
   part = WMQ_PART_LINE;
   const char *const end = line + length;
@@ -281,14 +307,16 @@ size_t firstRecord(const char *line, size_t length, int &part) {
   const char *const openedEnd = isOpen ? openEnd(own, end) : nullptr;
   if (openedEnd != nullptr) {
     const auto first = static_cast<size_t>(openedEnd - line);
-    const Trial trial(line, first);
+    Trial trial(line, first);
     if (!trial.hasMemory()) return 0;
-    if (own.type->body != Body::openLine || trial.parses(trial.begin(), trial.end())) {
+    const bool isRecord = own.type->body != Body::openLine || trial.parses(trial.begin(), trial.end());
+    if (!trial.hasMemory()) return 0;
+    if (isRecord) {
       part = WMQ_PART_JOINED;
       return first;
     }
   }
-  Header next = findHeader(line + 1, end);
+  const Header next = findHeader(line + 1, end);
   if (next.begin == nullptr) return length;
   if (isOpen && own.type->body != Body::openLine && isBlank(own.end, next.begin)) {
     part = WMQ_PART_JOINED;
@@ -296,24 +324,13 @@ size_t firstRecord(const char *line, size_t length, int &part) {
   }
 
   // A record that another writer has left unfinished, with one behind it; or one record that looks like two.
-  const Trial trial(line, length);
+  Trial trial(line, length);
   if (!trial.hasMemory()) return 0;
-  // What was torn would begin as a record does.
-  const bool parses = trial.parses(trial.begin(), trial.end());
-  if (parses && *line != '"') return length;
-  const Header first = findHeader(trial.begin(), trial.end());
-  const bool whole = parses && first.begin == trial.begin() && usesAllFields(trial, first);
-  next = findHeader(trial.begin() + 1, trial.end());
-  for (int tries = 0; next.begin != nullptr; ++tries) {
-    const bool enough = tries == kMostTries && !whole;
-    if (enough || beginsRecord(trial, next, whole)) {
-      part = WMQ_PART_TORN;
-      return static_cast<size_t>(next.begin - trial.begin());
-    }
-    if (tries == kMostTries) break;
-    next = findHeader(next.begin + 1, trial.end());
-  }
-  return length;
+  const char *const behind = behindTorn(trial);
+  if (!trial.hasMemory()) return 0;
+  if (behind == nullptr) return length;
+  part = WMQ_PART_TORN;
+  return static_cast<size_t>(behind - trial.begin());
 }
 
 }  // namespace

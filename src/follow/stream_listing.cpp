@@ -64,7 +64,11 @@ bool listStream(const std::string &path, StreamListing &listing) {
     StreamEntry found;
     FileStatus status;
     if (!suffixOf(entry->d_name, name, found.suffix)) continue;
-    if (!statusOfEntry(dirfd(directory.get()), entry->d_name, status) || !status.regular) continue;
+    if (!statusOfEntry(dirfd(directory.get()), entry->d_name, status)) {
+      if (errno == ENOENT) continue;  // removed meanwhile
+      return false;
+    }
+    if (!status.regular) continue;
     found.path = before + entry->d_name;
     found.identity = status.identity;
     found.size = status.size;

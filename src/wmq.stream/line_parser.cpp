@@ -1,5 +1,6 @@
 #include "wmq.stream/line_parser.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 
@@ -151,6 +152,15 @@ eventRecord *parsestreamlineMT(const char *line, size_t length) {
   fail(io, WMQE_BAD_FORMAT, nullptr, "a line without NUL bytes");
   wmq_errno = io.error;
   return nullptr;
+}
+
+eventRecord *parseLine(const char *line, size_t length, bool &lacked) {
+  const int formerError = errno;
+  errno = 0;
+  eventRecord *const record = parsestreamlineMT(line, length);
+  lacked = record == nullptr && errno == ENOMEM;
+  if (!lacked) errno = formerError;
+  return record;
 }
 
 eventRecord *keepRecord(eventRecord *record) {

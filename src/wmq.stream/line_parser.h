@@ -14,6 +14,10 @@ extern thread_local float version;
 // Parses a line of `length` bytes, which a NUL follows. Returns a new record, or null with wmq_errno.
 eventRecord *parsestreamlineMT(const char *line, size_t length);
 
+// The same for callers to whom the line is good until there was memory to look at it: `lacked` tells that
+// there was none. Types have numbers of their own for that, which stand for bad lines, too.
+eventRecord *parseLine(const char *line, size_t length, bool &lacked);
+
 // Fills `record->eventLog` from the text behind the header, up to `end`; `line` is for positions in messages.
 // Leaves its result in wmq_errno, which header-only types do not touch.
 void readEventRecord(const char *line, const char *fields, const char *end, eventRecord *record);

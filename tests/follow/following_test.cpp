@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <thread>
 
+#include "support/handmade_stream.h"
 #include "support/small_records.h"
 #include "support/stream_follower.h"
 #include "support/temporary_directory.h"
@@ -19,32 +20,9 @@ namespace fs = std::filesystem;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-const std::string endLine = "\"END_OF_STREAM\" \"10.1\" 1700000002\n";
-const std::string vacated = "\"JOB_VACATED\" \"10.1\" 1700000000";
 const std::string sbdStatus = "\"SBD_JOB_STATUS\" \"10.1\" 1700000000 7 0 0 0 0 0 0 0 0 0 0 0 0 3";
 
-std::string lines(int first, int last) {
-  std::string text;
-  for (int number = first; number <= last; ++number) text += logSwitchLine(number);
-  return text;
-}
-
-class Following : public ::testing::Test {
- protected:
-  void append(const std::string &text) const { appendTo(path, text); }
-  std::string old(int suffix) const { return path + "." + std::to_string(suffix); }
-
-  // As the writer does it.
-  void rotate(int suffix) const {
-    append(endLine);
-    fs::rename(path, old(suffix));
-    append("");
-  }
-  void remove(int suffix) const { fs::remove(old(suffix)); }
-
-  const TemporaryDirectory directory{};
-  const std::string path = directory / "s";
-};
+class Following : public ::testing::Test, protected HandmadeStream {};
 
 // ---------------------------------------------------------------------------- where to start
 

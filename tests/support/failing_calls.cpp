@@ -2,7 +2,10 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <poll.h>
+#include <sys/inotify.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -18,7 +21,7 @@ struct Plan {
   std::string_view name;
   int until = 0;  // 0: nothing is planned any more
   std::function<int()> act;
-  bool laterFail = false;
+  AtCall::Later later = AtCall::work;
   int lastError = 0;
   std::string happened;
 };
@@ -31,6 +34,8 @@ bool writesEnd = false;
 size_t bytesTaken = 0;
 int endOfWrites = 0;
 
+long fileSystem = 0;  // 0: what it is
+
 // Whether the call is to fail, with errno set.
 bool fails(const char *name) {
   if (!plan.name.empty() && plan.name != name) return false;
@@ -38,8 +43,10 @@ bool fails(const char *name) {
     if (--plan.until > 0) return false;
     plan.happened = name;
     plan.lastError = plan.act();
-  } else if (!plan.laterFail) {
+  } else if (plan.later == AtCall::work) {
     return false;
+  } else if (plan.later == AtCall::actAgain) {
+    plan.lastError = plan.act();
   }
   if (plan.lastError == 0) return false;
   ++allCallsFailed;
@@ -50,7 +57,7 @@ bool fails(const char *name) {
 }  // namespace
 
 AtCall::AtCall(const char *name, int nth, std::function<int()> act, Later later) {
-  plan = {name, nth, std::move(act), later == failToo, 0, ""};
+  plan = {name, nth, std::move(act), later, 0, ""};
 }
 
 AtCall::~AtCall() { plan = {}; }
@@ -69,6 +76,9 @@ WritesEndAfter::WritesEndAfter(size_t bytes, int error) {
 }
 
 WritesEndAfter::~WritesEndAfter() { writesEnd = false; }
+
+OnFileSystem::OnFileSystem(long type) { fileSystem = type; }
+OnFileSystem::~OnFileSystem() { fileSystem = 0; }
 
 }  // namespace wmq::testing
 
@@ -100,8 +110,26 @@ WMQ_TESTS_WRAP(DIR *, opendir, (const char *path), (path), nullptr)
 WMQ_TESTS_WRAP(dirent *, readdir, (DIR * directory), (directory), nullptr)
 WMQ_TESTS_WRAP(ssize_t, pread, (int fd, void *to, size_t size, off_t at), (fd, to, size, at), -1)
 WMQ_TESTS_WRAP(ssize_t, read, (int fd, void *to, size_t size), (fd, to, size), -1)
+WMQ_TESTS_WRAP(int, open, (const char *path, int flags, unsigned mode), (path, flags, mode), -1)
+WMQ_TESTS_WRAP(int, pipe, (int *ends), (ends), -1)
+WMQ_TESTS_WRAP(int, poll, (pollfd * waited, nfds_t count, int timeout), (waited, count, timeout), -1)
+WMQ_TESTS_WRAP(int, inotify_init1, (int flags), (flags), -1)
+WMQ_TESTS_WRAP(int, inotify_add_watch, (int fd, const char *path, uint32_t mask), (fd, path, mask), -1)
+WMQ_TESTS_WRAP(int, inotify_rm_watch, (int fd, int watch), (fd, watch), -1)
+WMQ_TESTS_WRAP(int, statx, (int fd, const char *path, int flags, unsigned mask, struct statx *status),
+               (fd, path, flags, mask, status), -1)
 WMQ_TESTS_WRAP_CLOSING(fclose, FILE, EOF)
 WMQ_TESTS_WRAP_CLOSING(closedir, DIR, -1)
+
+int __real_statfs(const char *path, struct statfs *status);
+int __wrap_statfs(const char *path, struct statfs *status);
+int __wrap_statfs(const char *path, struct statfs *status) {
+  using namespace wmq::testing;
+  if (fails("statfs")) return -1;
+  const int result = __real_statfs(path, status);
+  if (fileSystem != 0) status->f_type = fileSystem;
+  return result;
+}
 
 ssize_t __real_write(int fd, const void *from, size_t size);
 ssize_t __wrap_write(int fd, const void *from, size_t size);

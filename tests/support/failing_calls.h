@@ -13,7 +13,9 @@ namespace wmq::testing {
 // that it returns, or is made when that is 0. The name "" stands for all of them.
 class AtCall {
  public:
-  enum Later { work, failToo };
+  // What becomes of the calls behind it: they are made, they fail like it, or `act` runs before each of them,
+  // too.
+  enum Later { work, failToo, actAgain };
   AtCall(const char *name, int nth, std::function<int()> act, Later later = work);
   ~AtCall();
   AtCall(const AtCall &) = delete;
@@ -39,6 +41,15 @@ class WritesEndAfter {
   ~WritesEndAfter();
   WritesEndAfter(const WritesEndAfter &) = delete;
   WritesEndAfter &operator=(const WritesEndAfter &) = delete;
+};
+
+// statfs() tells of a file system of this type, for as long as it stands.
+class OnFileSystem {
+ public:
+  explicit OnFileSystem(long type);
+  ~OnFileSystem();
+  OnFileSystem(const OnFileSystem &) = delete;
+  OnFileSystem &operator=(const OnFileSystem &) = delete;
 };
 
 // How many have failed in the whole program: calls by name, and writes that found no more room.

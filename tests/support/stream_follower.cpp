@@ -45,6 +45,10 @@ std::string StreamFollower::next(int timeout) {
   eventRecord *given = nullptr;
   const int result = wmq_follownext(get(), &given, timeout);
   const OwnedRecord record(given);
+  return inWords(result, given);
+}
+
+std::string StreamFollower::inWords(int result, const eventRecord *record) const {
   switch (result) {
     case WMQ_FOLLOW_NOTHING:
       return "";

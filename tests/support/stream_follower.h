@@ -19,6 +19,9 @@ class StreamFollower {
  public:
   explicit StreamFollower(const std::string &path, int32_t from = WMQ_FROM_OLDEST, int poll = 0);
 
+  // One that was opened elsewhere.
+  explicit StreamFollower(wmqFollower *opened) : follower(opened) {}
+
   // Goes on at a position.
   StreamFollower(const std::string &path, const std::string &position, int poll = 0);
 
@@ -29,6 +32,9 @@ class StreamFollower {
   // "rotated", "end in the middle", "truncated", "gap", "gap of FILE,...: BYTES"; "" when nothing comes
   // within `timeout` milliseconds, "failed ERROR".
   std::string next(int timeout = 0);
+
+  // The same for what a call of the library has come upon.
+  std::string inWords(int result, const eventRecord *record) const;
 
   // All that comes, up to nothing.
   std::vector<std::string> rest(int timeout = 0);

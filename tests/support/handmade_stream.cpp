@@ -1,0 +1,29 @@
+#include "support/handmade_stream.h"
+
+#include <filesystem>
+
+#include "support/small_records.h"
+#include "support/text_files.h"
+
+namespace wmq::testing {
+
+const std::string endLine = "\"END_OF_STREAM\" \"10.1\" 1700000002\n";
+const std::string vacated = "\"JOB_VACATED\" \"10.1\" 1700000000";
+
+std::string lines(int first, int last) {
+  std::string text;
+  for (int number = first; number <= last; ++number) text += logSwitchLine(number);
+  return text;
+}
+
+void HandmadeStream::append(const std::string &text) const { appendTo(path, text); }
+
+void HandmadeStream::rotate(int suffix) const {
+  append(endLine);
+  std::filesystem::rename(path, old(suffix));
+  append("");
+}
+
+void HandmadeStream::remove(int suffix) const { std::filesystem::remove(old(suffix)); }
+
+}  // namespace wmq::testing
