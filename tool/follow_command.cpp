@@ -1,11 +1,13 @@
 // wmq follow: the records of a stream as they are written.
 #include <poll.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <bitset>
 #include <cerrno>
 #include <chrono>
+#include <climits>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -52,7 +54,15 @@ struct FollowOptions {
 // Looked at so often where the system brings no news, and saved at most so often while records keep coming.
 constexpr int pollInterval = 100;
 constexpr size_t flushSize = size_t{32} << 10;  // less than what Output holds: it never writes by itself
+constexpr int patience = 1000;  // milliseconds, with a reader that takes nothing when the end has come
 constexpr auto saveInterval = std::chrono::seconds(1);
+
+// Files and devices that are no terminals.
+bool takesWithoutWaiting(int fd) {
+  struct stat status {};
+  if (fstat(fd, &status) != 0) return true;
+  return S_ISREG(status.st_mode) || (S_ISCHR(status.st_mode) && isatty(fd) == 0);
+}
 
 class FollowRun {
  public:
@@ -63,6 +73,8 @@ class FollowRun {
 
   int run() {
     if (open()) {
+      // Whoever is killed before anything was saved must not begin elsewhere than the first time.
+      save();
       while (!ended && !signals.haveCome()) next();
       // What was written is handed over before its position is kept.
       if (!stopped) save();
@@ -93,6 +105,7 @@ class FollowRun {
   StateFile state;
   Follower follower;
   size_t unflushed = 0;
+  const bool takesAll = takesWithoutWaiting(STDOUT_FILENO);
   char *text = nullptr;
   size_t capacity = 0;
   bool ended = false;
@@ -121,9 +134,9 @@ bool FollowRun::open() {
   follower.reset(wmq_followopen(&params));
   if (follower) return true;
   if (wmq_errno == WMQE_BAD_FORMAT)
-    fail(saved ? options.state : "--from", "'" + position + "' is no position");
+    fail(saved ? options.state : "--from", saved ? "holds no position" : "'" + position + "' is no position");
   else
-    fail(options.path, wmq_errno == WMQE_SYS ? std::strerror(errno) : wmq_strerror(wmq_errno));
+    fail(options.path, followFailure());
   return false;
 }
 
@@ -131,8 +144,7 @@ void FollowRun::next() {
   eventRecord *given = nullptr;
   int result = wmq_follownext(follower.get(), &given, 0);
   Record record(given);
-  if (result == WMQ_FOLLOW_FAILED)
-    return fail(options.path, wmq_errno == WMQE_SYS ? std::strerror(errno) : wmq_strerror(wmq_errno));
+  if (result == WMQ_FOLLOW_FAILED) return fail(options.path, followFailure());
   if (result == WMQ_FOLLOW_NOTHING) return wait();
   lastGiven = Clock::now();
   if (record)
@@ -163,17 +175,20 @@ void FollowRun::wait() {
 }
 
 // A reader that takes nothing must not keep the program from ending: it is waited for where signals are
-// heard.
+// heard, and given no more than a pipe that poll calls writable is sure to take.
 bool FollowRun::flush() {
-  pollfd waited{STDOUT_FILENO, POLLOUT, 0};
-  while (unflushed > 0 && signals.poll(&waited, 1, -1) < 0)
-    if (signals.haveCome()) break;
-  bool ready = unflushed == 0 || (waited.revents & (POLLOUT | POLLERR | POLLNVAL)) != 0;
-  abandoned = !ready;
-  unflushed = 0;
-  if (ready && output.flush()) return true;
-  ended = stopped = true;
-  return false;
+  while (unflushed > 0) {
+    pollfd waited{STDOUT_FILENO, POLLOUT, 0};
+    const int ready = signals.poll(&waited, 1, signals.haveCome() ? patience : -1);
+    if (ready < 0 && errno == EINTR) continue;
+    abandoned = ready == 0;
+    if (abandoned || !output.flush(takesAll ? unflushed : PIPE_BUF)) {
+      ended = stopped = true;
+      return false;
+    }
+    unflushed = output.size();
+  }
+  return true;
 }
 
 void FollowRun::save() {
@@ -212,6 +227,11 @@ void FollowRun::put(std::string_view line, bool isJson) {
   }
   std::string input(line);
   std::string why = runCommand(options.command, input + "\n", positionOf(follower));
+  if (!why.empty() && signals.haveCome()) {
+    // The command has ended by the signal that this program got, too.
+    ended = stopped = true;
+    return;
+  }
   if (!why.empty()) return fail(options.command, why);
   save();
 }

@@ -1,6 +1,8 @@
 #include "followed.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 
 #include "text.h"
 
@@ -36,6 +38,11 @@ std::string noticeText(const wmqFollowDetail &detail) {
 std::string positionOf(const Follower &follower) {
   char position[WMQ_POSITION_SIZE];
   return wmq_followposition(follower.get(), position) == 0 ? position : "";
+}
+
+std::string followFailure() {
+  if (wmq_errno != WMQE_SYS) return wmq_strerror(wmq_errno);
+  return errno == EINVAL ? "Not a regular file" : std::strerror(errno);
 }
 
 }  // namespace wmq::tool

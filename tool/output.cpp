@@ -3,6 +3,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
@@ -34,6 +35,15 @@ bool Output::flush() {
     }
   }
   waiting.clear();
+  return error == 0;
+}
+
+bool Output::flush(size_t most) {
+  const ssize_t count = ::write(STDOUT_FILENO, waiting.data(), std::min(most, waiting.size()));
+  if (count >= 0)
+    waiting.erase(0, static_cast<size_t>(count));
+  else if (errno != EAGAIN && errno != EINTR)
+    error = errno;
   return error == 0;
 }
 

@@ -19,6 +19,11 @@ class Output {
   bool write(std::string_view bytes);
   bool flush();
 
+  // Writes no more than so many bytes, in one piece, and none where that would have to wait.
+  bool flush(size_t most);
+
+  size_t size() const { return waiting.size(); }  // what has not been written
+
   // Hands over the rest and reports a failure, if there was any.
   void finish(Faults &faults);
 

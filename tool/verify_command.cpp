@@ -38,7 +38,7 @@ bool checkStream(const std::string &path, StreamCheck &check, Faults &faults) {
     check.finish(path);
     return true;
   }
-  faults.failure(path, wmq_errno == WMQE_SYS ? std::strerror(errno) : wmq_strerror(wmq_errno));
+  faults.failure(path, followFailure());
   return false;
 }
 

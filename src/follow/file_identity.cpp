@@ -37,6 +37,7 @@ bool askFor(int directory, const char *name, int flags, FileStatus &status) {
   }
   status.size = static_cast<int64_t>(found.stx_size);
   status.regular = S_ISREG(found.stx_mode);
+  status.directory = S_ISDIR(found.stx_mode);
   return true;
 }
 constexpr int kOfDescriptor = AT_EMPTY_PATH;
@@ -49,6 +50,7 @@ bool askFor(int directory, const char *name, int flags, FileStatus &status) {
   status.identity = {.device = found.st_dev, .inode = found.st_ino};
   status.size = found.st_size;
   status.regular = S_ISREG(found.st_mode);
+  status.directory = S_ISDIR(found.st_mode);
   return true;
 }
 constexpr int kOfDescriptor = 0;

@@ -31,6 +31,7 @@ struct FileStatus {
   FileIdentity identity;
   int64_t size = 0;
   bool regular = false;
+  bool directory = false;
 };
 
 // All return false with errno.

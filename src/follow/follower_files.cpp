@@ -43,7 +43,7 @@ bool openEntry(const StreamEntry &entry, OpenFile &opened) {
   FileStatus status;
   if (!statusOf(file.get(), status)) return failSystem();
   if (!status.regular) {
-    errno = EINVAL;
+    errno = status.directory ? EISDIR : EINVAL;
     return failSystem();
   }
   if (status.identity == entry.identity) opened = std::move(file);

@@ -55,6 +55,23 @@ SIGTERM ends it in good order, SIGKILL in bad order; nothing is lost.
   "LOG_SWITCH" "10.1" 10 10 
   "LOG_SWITCH" "10.1" 11 11 
 
+The position is kept before anything has come: killed at once, it goes on from where it began.
+
+  $ wmq follow --state fresh --from end s & follower=$!
+  > until [ -s fresh ]; do sleep 0.01; done; kill -KILL $follower; wait $follower 2> /dev/null
+  > switch 12 | wmq encode >> s
+  > wmq follow --state fresh --from end --raw --until-idle 0 s
+  "LOG_SWITCH" "10.1" 12 12 
+
+A reader that takes nothing does not keep it from ending.
+
+  $ mkfifo blocked; sleep 1000 < blocked & reader=$!
+  > for i in $(seq 3000); do cat s; done > long
+  > wmq follow --state stuck --raw long > blocked & follower=$!
+  > until [ -s stuck ]; do sleep 0.01; done; kill $follower; wait $follower; echo "[$?]"; kill $reader
+  > wmq follow --state stuck --raw --until-idle 0 long | cmp - long
+  [0]
+
 A reader that has gone ends it, even when there is nothing to write.
 
   $ (trap '' PIPE; wmq follow --from oldest s; echo "[$?]" > status) | head -n 1 | jq .eventTime
@@ -71,26 +88,27 @@ A command can take each record; when it fails, the position stays before it.
   9
   10
   11
-  $ switch 12 13 | wmq encode -o ./s
-  $ wmq follow --state state --until-idle 0 --exec 'jq .eventTime; exit 4' s
   12
+  $ switch 13 14 | wmq encode -o ./s
+  $ wmq follow --state state --until-idle 0 --exec 'jq .eventTime; exit 4' s
+  13
   wmq: jq .eventTime; exit 4: exit status 4
   [3]
   $ wmq follow --state state --until-idle 0 --exec 'test -n "$WMQ_POSITION" && jq .eventTime' s
-  12
   13
+  14
 
 What is missing or malformed is told, and the exit status is 1.
 
   $ printf 'bad\n"LOG_SWITCH" "10.1" 1"LOG_SWITCH" "10.1" 15 15 \n' >> s
   $ wmq follow --state state --until-idle 0 s | jq .eventTime
-  s: byte 183: error 46 WMQE_BAD_FORMAT: header of the line at byte 0: a quoted type name
-  s: byte 187: torn: a record that was not written to its end
+  s: byte 210: error 46 WMQE_BAD_FORMAT: header of the line at byte 0: a quoted type name
+  s: byte 214: torn: a record that was not written to its end
   15
   [1]
   $ wmq follow --until-idle 0 --notices s 2>&1 | grep notice
-  {"notice":"bad line","file":"s","offset":183,"reason":"header of the line at byte 0: a quoted type name","error":46,"text":"bad"}
-  {"notice":"torn","file":"s","offset":187,"reason":"a record that was not written to its end","text":"\"LOG_SWITCH\" \"10.1\" 1"}
+  {"notice":"bad line","file":"s","offset":210,"reason":"header of the line at byte 0: a quoted type name","error":46,"text":"bad"}
+  {"notice":"torn","file":"s","offset":214,"reason":"a record that was not written to its end","text":"\"LOG_SWITCH\" \"10.1\" 1"}
   [1]
   $ rm s; switch 16 | wmq encode -o ./s
   $ wmq follow --state state --until-idle 0 s | jq .eventTime
@@ -103,14 +121,21 @@ Positions, states and streams that are none.
   $ wmq follow --from here --until-idle 0 s
   wmq: --from: 'here' is no position
   [3]
+  $ mkdir directory; mkfifo pipe
+  $ wmq follow --until-idle 0 directory
+  wmq: directory: Is a directory
+  [3]
+  $ wmq follow --until-idle 0 pipe
+  wmq: pipe: Not a regular file
+  [3]
   $ echo nonsense > state
   $ wmq follow --state state --until-idle 0 s
-  wmq: state: 'nonsense' is no position
+  wmq: state: holds no position
   [3]
   $ wmq follow --until-idle 0 nowhere/s
   wmq: nowhere/s: No such file or directory
   [3]
-  $ wmq follow --state nowhere/state --until-idle 0 s > /dev/null
+  $ wmq follow --state nowhere/state --until-idle 0 s
   wmq: nowhere/state: No such file or directory
   [3]
   $ wmq follow --until-idle 0 s > /dev/full
