@@ -1,5 +1,6 @@
 #include "json/json_fault.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -47,8 +48,8 @@ Excerpt::Excerpt(const char *from, std::size_t length) {
   const char *end = from + length;
   std::size_t used = 0;
   while (from < end) {
-    std::size_t bytes = static_cast<unsigned char>(*from) < 0x80 ? 1 : sequenceLength(from, end);
-    if (used + bytes + sizeof more > sizeof text) {
+    const std::size_t bytes = static_cast<unsigned char>(*from) < 0x80 ? 1 : sequenceLength(from, end);
+    if (used + std::max<std::size_t>(bytes, 1) + sizeof more > sizeof text) {
       std::memcpy(text + used, more, sizeof more);
       return;
     }

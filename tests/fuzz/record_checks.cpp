@@ -10,6 +10,7 @@
 #include "support/record_text.h"
 #include "support/sampler.h"
 #include "wmq/json.h"
+#include "wmq/schema.h"
 
 namespace wmq::testing {
 namespace {
@@ -19,6 +20,7 @@ constexpr size_t kLongJson = 200000;
 
 // The version is told, and not read: what JSON makes is of the current one.
 void checkJson(const eventRecord &record) {
+  if (wmq_schema(record.type) == nullptr) return;  // a code of which nothing but the number is known
   eventRecord current = record;
   std::strcpy(current.version, WMQ_FORMAT_VERSION);
   const std::string json = jsonOf(current);

@@ -208,6 +208,7 @@ TEST(JsonFaults, ShowForeignTextOnOneLine) {
   EXPECT_EQ(shown(std::string(60, 'x')), std::string(60, 'x'));
   EXPECT_EQ(shown(std::string(100, 'x')), std::string(60, 'x') + "...");
   EXPECT_EQ(shown(std::string(59, 'x') + "€"), std::string(59, 'x') + "...");
+  EXPECT_EQ(shown(std::string(100, '\xff')), std::string(60, '?') + "...");
 }
 
 TEST(JsonFaults, CutOffPathsThatAreTooLong) {

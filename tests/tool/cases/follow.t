@@ -47,7 +47,7 @@ SIGTERM ends it in good order, SIGKILL in bad order; nothing is lost.
   > until [ -s out ]; do sleep 0.01; done; kill $follower; wait $follower; echo "[$?]"; cat out
   [0]
   "LOG_SWITCH" "10.1" 9 9 
-  $ wmq follow --state state --raw s > out & follower=$!
+  $ rm out; wmq follow --state state --raw s > out & follower=$!
   > switch 10 | wmq encode -o ./s
   > until [ -s out ]; do sleep 0.01; done; kill -KILL $follower; wait $follower 2> /dev/null
   > switch 11 | wmq encode -o ./s
@@ -69,7 +69,8 @@ A reader that takes nothing does not keep it from ending.
   > for i in $(seq 3000); do cat s; done > long
   > wmq follow --state stuck --raw long > blocked & follower=$!
   > until [ -s stuck ]; do sleep 0.01; done; kill $follower; wait $follower; echo "[$?]"; kill $reader
-  > wmq follow --state stuck --raw --until-idle 0 long | cmp - long
+  > wmq follow --state stuck --raw --until-idle 0 long > rest
+  > [ -s rest ] && tail -c "$(stat -c %s rest)" long | cmp - rest
   [0]
 
 A reader that has gone ends it, even when there is nothing to write.
