@@ -42,8 +42,8 @@ typedef struct wmqFollowParams {
 // Returns the follower, or null with wmq_errno
 //   WMQE_BAD_ARG     `params`, its path or the position needed is null, or `from` is none of the above
 //   WMQE_BAD_FORMAT  the position is none that wmq_followposition gave
-//   WMQE_SYS         the directory, or a file, cannot be read (errno tells: EISDIR for a directory, EINVAL for
-//                    whatever else is no regular file)
+//   WMQE_SYS         the directory, or a file, cannot be read (errno tells: EISDIR for a directory, EINVAL
+//                    for whatever else is no regular file)
 //   WMQE_NO_MEM      no memory
 WMQ_API wmqFollower *wmq_followopen(const struct wmqFollowParams *params);
 
