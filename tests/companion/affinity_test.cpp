@@ -86,7 +86,7 @@ TEST(AffinityText, IsRefusedWhereMalformed) {
   EXPECT_EQ(parseAffinityAllocField(nullptr), nullptr);
 }
 
-TEST(AffinityText, IsRefusedBeyondAMillionCpus) {
+TEST(AffinityText, HasAtMost1048576Cpus) {
   EXPECT_NE(parsed("a:0-1048575"), nullptr);
   EXPECT_EQ(parsed("a:0-1048576"), nullptr);
   EXPECT_EQ(parsed("a:0-1048574;b:0-1"), nullptr);

@@ -35,7 +35,7 @@ std::string shortestForm(Real value) {
 
 void expectAsPrintf(double value) {
   for (const auto &[width, precision] :
-       {std::pair{0, 6}, {1, 0}, {1, 6}, {6, 2}, {4, 4}, {3, 1}, {0, 9}, {20, 12}})
+       {std::pair{0, 6}, {1, 0}, {6, 2}, {0, 3}, {4, 4}, {9, 5}, {3, 1}, {0, 7}, {0, 8}, {0, 9}, {20, 12}})
     ASSERT_EQ(fixedForm(value, width, precision), printedForm(value, width, precision))
         << std::hexfloat << value << " with width " << width << " and precision " << precision;
 }

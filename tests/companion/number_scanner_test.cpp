@@ -264,6 +264,19 @@ TEST(RealScan, RoundsWhatIsHalfWayBetweenTwoNeighbours) {
     expectRealsAsTheCLibrary(text);
 }
 
+// Their double is half way between two floats, and they are not.
+TEST(RealScan, RoundsOnceOnTheWayToAFloat) {
+  for (const char *const text : {"1.990870177745819", "1.419909656047821", "1.762408435344696",
+                                 "1.058081567287445", "1.443383276462555", "-1.875775158405304"})
+    expectRealsAsTheCLibrary(text);
+}
+
+TEST(RealScan, ReadsMoreDigitsThan64BitsHold) {
+  for (const char *const text : {"18446744073709551617", "1844674407370955161.7", "36893488147419103233.5",
+                                 "9999999999999999999", "99999999999999999999"})
+    expectRealsAsTheCLibrary(text);
+}
+
 TEST(RealScan, KnowsTheEdgesOfTheRange) {
   for (const char *const text : {"3.4028234663852886e38",
                                  "3.4028235677973366e38",

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <thread>
+#include <utility>
 
 #include "support/handmade_stream.h"
 #include "support/small_records.h"
@@ -79,13 +80,61 @@ TEST_F(Following, TellsWhatIsWrongWithItsParameters) {
   EXPECT_EQ(wmq_followopen(nullptr), nullptr);
   EXPECT_EQ(wmq_errno, WMQE_BAD_ARG);
   EXPECT_EQ(errorOf({nullptr, WMQ_FROM_START, nullptr, 0}), WMQE_BAD_ARG);
+  EXPECT_EQ(errorOf({"", WMQ_FROM_START, nullptr, 0}), WMQE_BAD_ARG);
   EXPECT_EQ(errorOf({path.c_str(), 4, nullptr, 0}), WMQE_BAD_ARG);
+  EXPECT_EQ(errorOf({path.c_str(), -1, nullptr, 0}), WMQE_BAD_ARG);
   EXPECT_EQ(errorOf({path.c_str(), WMQ_FROM_POSITION, nullptr, 0}), WMQE_BAD_ARG);
   for (const char *position : {"", "1", "2:-:-", "1:-:-x", "1:1:2:3:-:0.0:5:6.0:-", "1:1:2:3:-:0.0:-5:0.0:-",
-                               "1:x:2:3:-:0.0:0:0.0:-", "1:1:2:3:-:9999.0:0:0.0:-"})
+                               "1:x:2:3:-:0.0:0:0.0:-", "1:1:2:3:-:9999.0:0:0.0:-", "1:1:2:3:-:-1.0:0:0.0:-",
+                               "1:1:2:3:-:0.0:0:0.0:-:", "1:1:2:3:-:0.0:0:0.0:7.1.2.3"})
     EXPECT_EQ(errorOf({path.c_str(), WMQ_FROM_POSITION, position, 0}), WMQE_BAD_FORMAT) << position;
   EXPECT_EQ(errorOf({"/nowhere/at/all", WMQ_FROM_START, nullptr, 0}), WMQE_SYS);
   EXPECT_EQ(errorOf({directory.path().c_str(), WMQ_FROM_START, nullptr, 0}), WMQE_SYS);
+}
+
+TEST_F(Following, TakesANullFollowerForNone) {
+  eventRecord *record = nullptr;
+  char position[WMQ_POSITION_SIZE];
+  StreamFollower follower(path);
+  const auto errorOf = [](int result) {
+    EXPECT_EQ(result, -1);
+    return std::exchange(wmq_errno, 0);
+  };
+  EXPECT_EQ(errorOf(wmq_follownext(nullptr, &record, 0)), WMQE_BAD_ARG);
+  EXPECT_EQ(errorOf(wmq_follownext(follower.get(), nullptr, 0)), WMQE_BAD_ARG);
+  EXPECT_EQ(errorOf(wmq_followposition(nullptr, position)), WMQE_BAD_ARG);
+  EXPECT_EQ(errorOf(wmq_followposition(follower.get(), nullptr)), WMQE_BAD_ARG);
+  EXPECT_EQ(wmq_followdescriptor(nullptr), -1);
+  ASSERT_NE(wmq_followdetail(nullptr), nullptr);
+  EXPECT_STREQ(wmq_followdetail(nullptr)->text, "");
+  wmq_followclose(nullptr);
+}
+
+TEST_F(Following, BeginsAtTheEndOfAFileThatHasNoLineYet) {
+  append(std::string(10'000, 'x'));
+  StreamFollower follower(path, WMQ_FROM_END);
+  EXPECT_EQ(follower.next(), "");
+  append("\n" + lines(1, 1));
+  EXPECT_EQ(follower.next(), "line: " + std::string(10'000, 'x'));
+  EXPECT_EQ(follower.next(), "1");
+}
+
+TEST_F(Following, FindsAStreamByItsNameAlone) {
+  const CurrentDirectory there(directory.path());
+  append(lines(1, 1));
+  rotate(100);
+  append(lines(2, 2));
+  StreamFollower follower("s");
+  EXPECT_THAT(follower.rest(), ElementsAre("1", "rotated", "2"));
+  EXPECT_STREQ(follower.detail().file, "");
+  StreamFollower inRoot("/a-name-that-nobody-has-given");
+  EXPECT_EQ(inRoot.next(), "");
+}
+
+TEST_F(Following, HasADescriptorOnlyWhereTheSystemBringsNews) {
+  append("");
+  EXPECT_GE(wmq_followdescriptor(StreamFollower(path).get()), 0);
+  EXPECT_EQ(wmq_followdescriptor(StreamFollower(path, WMQ_FROM_START, 1000).get()), -1);
 }
 
 // ------------------------------------------------------------------------------ lines
@@ -241,6 +290,7 @@ TEST_F(Following, SuffixesAreNumbersAndNotTexts) {
   appendTo(path + ".1x", lines(77, 77));
   appendTo(path + "x.5", lines(77, 77));
   appendTo(path + ".99999999999", lines(77, 77));
+  appendTo(path + ".-99999999999999999999", lines(77, 77));
   fs::create_directory(path + ".98");
   StreamFollower follower(path);
   EXPECT_THAT(follower.rest(), ElementsAre("1", "rotated", "2", "rotated"));
@@ -434,6 +484,17 @@ TEST_F(Following, APositionIsFoundInACopyElsewhere) {
   EXPECT_THAT(StreamFollower(other / "s", position).rest(), ElementsAre("2", "rotated", "3"));
 }
 
+TEST_F(Following, OfTwoCopiesTheOlderOneIsTaken) {
+  append(lines(1, 2));
+  StreamFollower follower(path);
+  EXPECT_EQ(follower.next(), "1");
+  const std::string position = follower.position();
+  for (const int suffix : {100, 101, 102}) fs::copy_file(path, old(suffix));
+  fs::remove(path);
+  EXPECT_THAT(StreamFollower(path, position).rest(),
+              ElementsAre("2", "rotated", "1", "2", "rotated", "1", "2"));
+}
+
 TEST_F(Following, AFileThatBeginsLikeTheOneOfThePositionIsAnother) {
   append(vacated);
   StreamFollower follower(path);
@@ -525,6 +586,28 @@ TEST_F(Following, APositionInAnEmptyFileIsKnownByItsPlace) {
   remove(100);
   remove(101);
   EXPECT_THAT(StreamFollower(path, position).rest(), ElementsAre("gap", "3"));
+}
+
+TEST_F(Following, APositionInAnEmptyFileThatIsGoneIsFollowedByAGap) {
+  append("");
+  const std::string position = StreamFollower(path, WMQ_FROM_START).position();
+  fs::remove(path);
+  EXPECT_THAT(StreamFollower(path, position).rest(), ElementsAre("gap"));
+  append("taken");
+  append("");
+  fs::rename(path, directory / "elsewhere");  // so that the next file is not the same one again
+  append(lines(1, 1));
+  EXPECT_THAT(StreamFollower(path, position).rest(), ElementsAre("gap", "1"));
+}
+
+// On another device the inode says nothing: the first file in its place is the one.
+TEST_F(Following, APositionInAnEmptyFileIsFoundOnAnotherDevice) {
+  append("");
+  std::string position = StreamFollower(path, WMQ_FROM_START).position();
+  append(lines(1, 1));
+  ASSERT_EQ(position.substr(0, 2), "1:");
+  position.replace(2, position.find(':', 2) - 2, "fffff");
+  EXPECT_THAT(StreamFollower(path, position).rest(), ElementsAre("1"));
 }
 
 // Whether this file was the first, nobody can tell.

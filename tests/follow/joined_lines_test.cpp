@@ -66,6 +66,11 @@ TEST(JoinedLines, CutTheBareHeaderOfJobStatus2AndLeaveOneWithFields) {
   EXPECT_THAT(partsOf(fields), ElementsAre(line(fields)));
 }
 
+TEST(JoinedLines, MayHaveBlanksBetweenThem) {
+  EXPECT_THAT(partsOf(vacated + "  " + next), ElementsAre(joined(vacated + "  "), line(next)));
+  EXPECT_THAT(partsOf(vacated + " x " + next), ElementsAre(torn(vacated + " x "), line(next)));
+}
+
 TEST(JoinedLines, MayHoldManyRecords) {
   EXPECT_THAT(partsOf(vacated + sbdStatus + vacated + next),
               ElementsAre(joined(vacated), joined(sbdStatus), joined(vacated), line(next)));

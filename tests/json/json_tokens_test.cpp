@@ -43,6 +43,16 @@ std::string quotedJson(const std::string &text) {
   return json;
 }
 
+TEST(JsonScratch, CountsTheBytesOfAllItsParts) {
+  Scratch scratch{};
+  EXPECT_EQ(scratch.bytes(), 0U);
+  ASSERT_TRUE(scratch.text.reserve(1000) && scratch.tokens.reserve(20) && scratch.seen.reserve(300) &&
+              scratch.knownCounts.reserve(7));
+  EXPECT_EQ(scratch.bytes(), 1000 + 20 * sizeof(Token) + 300 + 7 * sizeof(std::size_t));
+  scratch.release();
+  EXPECT_EQ(scratch.bytes(), 0U);
+}
+
 TEST(JsonTokens, LieFlatInOrder) {
   Scratch scratch{};
   const std::string json = R"({"a":[1,-2.5e+3,[]],"b":{"c":null},"d":true,"e":false})";

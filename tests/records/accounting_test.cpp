@@ -103,6 +103,18 @@ TEST_F(JobRunRusage, MustHaveAllNumbersThatItsCountsAnnounce) {
     EXPECT_EQ(faultOf(line("JOB_RUN_RUSAGE", "10.1", fields)).error, WMQE_BAD_FORMAT) << fields;
 }
 
+TEST_F(JobRunRusage, HasRoomForAsManyEntriesAsFitOnTheLine) {
+  std::string fields = "1 2 3 4 5 6 1000";
+  for (int i = 0; i < 1000; ++i) fields += " 1 2 3 4";
+  EXPECT_EQ(read(fields + " 0"), 0);
+  EXPECT_EQ(log.numRusageEntries, 1000);
+}
+
+TEST_F(JobRunRusage, HasNoEntriesWhenTheirCountIsNegative) {
+  EXPECT_EQ(read("1 2 3 4 5 6 -1 0"), WMQE_NO_MEM);
+  EXPECT_EQ(log.numRusageEntries, 0);
+}
+
 // -------------------------------------------------------------------------------- JOB_RESIZE
 
 using JobResize = Reading<jobResizeLog, &eventLog::jobResizeLog, EVENT_JOB_RESIZE, readJobResize>;

@@ -652,6 +652,13 @@ TEST_F(JobFinish2, UsesAPairOfAnotherNameUpInListsOfHostsAndSlots) {
   EXPECT_STREQ(log.jobName, "x");
 }
 
+TEST_F(JobFinish2, HasRoomForAsManySlotsAsThereArePairs) {
+  std::string fields = "1 1001 \"numAllocSlots\" \"1000\"";
+  for (int i = 0; i < 1000; ++i) fields += " \"\" \"\"";
+  EXPECT_EQ(read(fields), 0);
+  EXPECT_EQ(log.numAllocSlots, 1000);
+}
+
 TEST_F(JobFinish2, TakesOnePairForAHostUsageEntryWithoutAGroup) {
   EXPECT_EQ(read("1 10" + textOf({{"numhRusages", "2"},
                                   {"hu_mem", "no group"},

@@ -369,6 +369,14 @@ TEST(Schema, SaysHowAFieldStandsOnTheLine) {
   EXPECT_EQ(fieldOf(EVENT_JOB_NEW, "newHost").minLength, 0U);
 }
 
+TEST(Schema, SaysWhatIsPeculiarToAField) {
+  EXPECT_STREQ(fieldOf(EVENT_JOB_NEW, "userName").note, "1 to 39 bytes");
+  EXPECT_STREQ(fieldOf(EVENT_JOB_STARTLIMIT, "wmxRlimits").note,
+               "12 pairs, WMX_RLIMIT_CPU to WMX_RLIMIT_THREAD");
+  EXPECT_STREQ(fieldOf(EVENT_LOG_SWITCH, "lastJobId").note, "a blank follows");
+  EXPECT_STREQ(fieldOf(EVENT_JOB_NEW, "jobId").note, "");
+}
+
 TEST(Schema, SaysWhatReleaseKeeps) {
   EXPECT_THAT(namesWith(*wmq_schema(EVENT_JOB_STATUS), WMQ_FIELD_KEPT),
               ElementsAre("indexRangeCnt", "indexRangeStart", "indexRangeEnd", "indexRangeStep",
