@@ -266,6 +266,8 @@ static void lineByLine(const char *path) {
     CHECK(count < 3);
     struct wmqLineHeader header;
     CHECK(wmq_peekline(line, &header) == 0);
+    eventRecord figures;
+    CHECK(wmq_checkline(line, &figures) == 0 && figures.type == header.type);
     eventRecord *record = wmq_readstreamlineMT(line);
     CHECK(record != NULL);
     CHECK(record == NULL || (header.type == record->type && header.eventTime == record->eventTime));

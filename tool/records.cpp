@@ -9,17 +9,27 @@ Refusal lastRefusal() {
   return {wmq_errno, detail.empty() ? wmq_strerror(wmq_errno) : detail};
 }
 
-Record readRecord(std::string_view line, Refusal &why) {
-  // The library takes a line as a C string, and would silently stop there.
+// The library takes a line as a C string, and would silently stop at a NUL.
+static bool holdsNul(std::string_view line, Refusal &why) {
   const size_t nul = line.find('\0');
-  if (nul != std::string_view::npos) {
-    why = {WMQE_BAD_FORMAT, "byte " + std::to_string(nul) + " of the line is a NUL"};
-    return nullptr;
-  }
+  if (nul == std::string_view::npos) return false;
+  why = {WMQE_BAD_FORMAT, "byte " + std::to_string(nul) + " of the line is a NUL"};
+  return true;
+}
+
+Record readRecord(std::string_view line, Refusal &why) {
+  if (holdsNul(line, why)) return nullptr;
   wmq_errno = 0;
   Record record(wmq_readstreamlineMT(line.data()));
   if (!record) why = lastRefusal();
   return record;
+}
+
+bool checkRecord(std::string_view line, eventRecord &record, Refusal &why) {
+  if (holdsNul(line, why)) return false;
+  if (wmq_checkline(line.data(), &record) == 0) return true;
+  why = lastRefusal();
+  return false;
 }
 
 std::optional<int32_t> typeFromText(std::string_view text) {

@@ -35,6 +35,9 @@ Refusal lastRefusal();
 // The record of a line, behind which stands a NUL. Null when the line is refused.
 Record readRecord(std::string_view line, Refusal &why);
 
+// The same with nothing but figures in `*record` (wmq_checkline); false when the line is refused.
+bool checkRecord(std::string_view line, eventRecord &record, Refusal &why);
+
 // The code of a type given by its name ("JOB_NEW") or number ("1").
 std::optional<int32_t> typeFromText(std::string_view text);
 

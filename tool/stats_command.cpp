@@ -92,8 +92,8 @@ std::deque<LineFeed::File> inOrderOfEvents(const std::vector<std::string> &files
   return ordered;
 }
 
-// A block of lines, and all that the statistics take of it: counts, and facts in their order. Records are
-// released by the thread that read them, but for samples, which the statistics look at themselves.
+// A block of lines, and all that the statistics take of it: counts, and facts in their order. Samples are
+// whole records, which the statistics look at themselves.
 struct StatsPart : LinePart {
   LineCounts counts;
   std::vector<JobFact> facts;
@@ -103,21 +103,23 @@ struct StatsPart : LinePart {
 void observeLine(std::string_view line, uint64_t number, uint64_t bytes, StatsPart &part) {
   if (carriesNoRecord(line)) return part.counts.addOther();
   wmqLineHeader header;
-  // A line with a bad header is read: that tells what is wrong with it.
-  if (wmq_peekline(line.data(), &header) == 0 && !tellsFacts(header.type))
-    return part.counts.addLine(header, bytes);
+  // A line with a bad header is checked: that tells what is wrong with it.
+  const bool isRecord = wmq_peekline(line.data(), &header) == 0;
+  const Counted counted = isRecord ? countedOf(header.type) : Counted::figures;
   Refusal why;
-  Record record = readRecord(line, why);
-  if (!record) {
+  Record sample;
+  eventRecord figures;
+  if (counted == Counted::all) sample = readRecord(line, why);
+  if (counted == Counted::figures) checkRecord(line, figures, why);
+  if (why.error != 0) {
     part.counts.addMalformed();
     part.badLines.push_back({number, std::move(why)});
     return;
   }
   part.counts.addLine(header, bytes);
-  if (std::optional<JobFact> fact = jobFactOf(*record))
-    part.facts.push_back(std::move(*fact));
-  else
-    part.samples.push_back(std::move(record));
+  if (sample) part.samples.push_back(std::move(sample));
+  if (counted != Counted::figures) return;
+  if (std::optional<JobFact> fact = jobFactOf(figures)) part.facts.push_back(std::move(*fact));
 }
 
 void observe(StatsPart &part) {

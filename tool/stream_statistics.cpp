@@ -34,16 +34,17 @@ void LineCounts::addCounts(const LineCounts &other) {
   if (other.anyEvent) addTimes(other.firstTime, other.lastTime);
 }
 
-bool tellsFacts(int32_t type) {
+Counted countedOf(int32_t type) {
   switch (type) {
     case EVENT_JOB_NEW:
     case EVENT_JOB_START:
     case EVENT_JOB_FINISH:
+      return Counted::figures;
     case EVENT_JOB_STATUS2:
     case EVENT_JOB_PENDING_REASONS:
-      return true;
+      return Counted::all;
     default:
-      return false;
+      return Counted::header;
   }
 }
 

@@ -75,10 +75,11 @@ struct JobFact {
   std::string queue;
 };
 
-// Whether more than the header of a record of this type counts.
-bool tellsFacts(int32_t type);
+// What of a record counts.
+enum class Counted { header, figures, all };
+Counted countedOf(int32_t type);
 
-// None for a record that says nothing of the kind.
+// What the figures of a record say of it; none for a record that says nothing of the kind.
 std::optional<JobFact> jobFactOf(const eventRecord &record);
 
 class StreamStatistics : public LineCounts {

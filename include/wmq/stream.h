@@ -126,6 +126,15 @@ typedef struct wmqLineHeader {
 // What a line says behind a good header may still be malformed.
 WMQ_API int wmq_peekline(const char *line, struct wmqLineHeader *header);
 
+// Tells whether a line can be parsed, and what figures it holds, for a fraction of what parsing it takes: as
+// wmq_readstreamlineMT, into the caller's `*record`, but for what would need memory of its own. `*record`
+// then has its type, version and event time, all numbers, the names that stand in it, and the counts of its
+// lists; all pointers are null, so that there is nothing to release. Any thread may call it; the kept record
+// does not change. Returns 0 with wmq_errno 0, or -1 with the wmq_errno and the details with which parsing
+// the line would end, WMQE_BAD_ARG when `line` or `record` is null; `*record` then holds what was read before
+// the fault.
+WMQ_API int wmq_checkline(const char *line, struct eventRecord *record);
+
 // The version of the line that this thread parsed last, 0 before the first.
 WMQ_API float wmq_lineversion(void);
 

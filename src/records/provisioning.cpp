@@ -58,7 +58,7 @@ static void provHosts(Reader &io, jobProvHostLog &log) {
   if (io.error != 0 || log.numProvHosts <= 0) return;
   const int32_t names = log.numProvHosts;
   elements<&L::numProvHosts, &L::provHostValues>(io, log);
-  for (int32_t i = log.numProvHosts; i < names; ++i) release(log.provHosts[i]);
+  for (int32_t i = log.numProvHosts; log.provHosts != nullptr && i < names; ++i) release(log.provHosts[i]);
   if (log.provHostValues == nullptr) release(log.provHosts);
 }
 static void provHosts(Releaser &io, jobProvHostLog &log) {

@@ -8,6 +8,7 @@
 #include "companion/quoting.h"
 #include "companion/zeroed_memory.h"
 #include "wmq.stream/failure.h"
+#include "wmq.stream/release.h"
 #include "wmq.stream/type_table.h"
 #include "wmq/stream.h"
 
@@ -99,9 +100,9 @@ eventRecord *discard(eventRecord *record) {
   return nullptr;
 }
 
-}  // namespace
-
-void readEventRecord(const char *line, const char *fields, const char *end, eventRecord *record) {
+// Fills `record->eventLog` from the fields at the cursor. Leaves its result in wmq_errno, which header-only
+// types do not touch.
+void readEventLog(Reader &io, eventRecord *record) {
   const EventType &type = eventType(record->type);
   if (type.body == Body::headerOnly || type.body == Body::unknown || type.body == Body::dropped) return;
   if (type.codec == nullptr) {
@@ -109,39 +110,43 @@ void readEventRecord(const char *line, const char *fields, const char *end, even
     wmq_errno = WMQE_BAD_EVENT;
     return;
   }
-  Reader io{.line = line,
-            .fields = fields,
-            .cursor = fields,
-            .end = end,
-            .version = version,
-            .eventTime = record->eventTime};
+  io.fields = io.cursor;
+  io.version = version;
+  io.eventTime = record->eventTime;
   type.codec->read(io, &record->eventLog);
   wmq_errno = resultOf(io);
 }
 
-// The same for a line that is known to hold no NUL.
+}  // namespace
+
+void parseInto(const char *line, size_t length, eventRecord *record, bool keepsTexts) {
+  Reader io = headerReader(line, length);
+  io.keepsTexts = keepsTexts;
+  Header header;
+  if (!takeHeader(io, header, version)) {
+    wmq_errno = io.error;
+    return;
+  }
+  if (header.type == nullptr) {
+    wmq_errno = WMQE_BAD_EVENT;
+    record->type = -1;
+    return;
+  }
+  std::memcpy(record->version, header.version, sizeof record->version);
+  record->eventTime = header.eventTime;
+  record->type = header.type->code;
+  nameType(header.type->name);
+  readEventLog(io, record);
+}
+
+// Parses a line that is known to hold no NUL.
 static eventRecord *parseText(const char *line, size_t length) {
   auto *record = static_cast<eventRecord *>(zeroed(1, sizeof(eventRecord)));
   if (record == nullptr) {
     wmq_errno = WMQE_NO_MEM;
     return nullptr;
   }
-  Reader io = headerReader(line, length);
-  Header header;
-  if (!takeHeader(io, header, version)) {
-    wmq_errno = io.error;
-    return discard(record);
-  }
-  if (header.type == nullptr) {
-    wmq_errno = WMQE_BAD_EVENT;
-    record->type = -1;
-    return discard(record);
-  }
-  std::memcpy(record->version, header.version, sizeof record->version);
-  record->eventTime = header.eventTime;
-  record->type = header.type->code;
-  nameType(header.type->name);
-  readEventRecord(line, io.cursor, io.end, record);
+  parseInto(line, length, record, true);
   return wmq_errno == 0 ? record : discard(record);
 }
 
@@ -207,6 +212,18 @@ eventRecord *wmq_readstreamline(const char *line) {
   }
   wmq::dropKeptRecord();
   return wmq::keepRecord(wmq::parseText(line, std::strlen(line)));
+}
+
+int wmq_checkline(const char *line, eventRecord *record) {
+  if (line == nullptr || record == nullptr) {
+    wmq_errno = WMQE_BAD_ARG;
+    return -1;
+  }
+  std::memset(record, 0, sizeof *record);
+  wmq_errno = 0;
+  wmq::parseInto(line, std::strlen(line), record, false);
+  wmq::releaseAllButFigures(record);
+  return wmq_errno == 0 ? 0 : -1;
 }
 
 int wmq_peekline(const char *line, wmqLineHeader *header) {

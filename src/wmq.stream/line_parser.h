@@ -18,9 +18,10 @@ eventRecord *parsestreamlineMT(const char *line, size_t length);
 // there was none. Types have numbers of their own for that, which stand for bad lines, too.
 eventRecord *parseLine(const char *line, size_t length, bool &lacked);
 
-// Fills `record->eventLog` from the text behind the header, up to `end`; `line` is for positions in messages.
-// Leaves its result in wmq_errno, which header-only types do not touch.
-void readEventRecord(const char *line, const char *fields, const char *end, eventRecord *record);
+// Parses a line of `length` bytes, which a NUL follows, into a zeroed record, which can be released whatever
+// comes of it. The result is in wmq_errno, which types without fields do not touch. Without `keepsTexts` null
+// stands where a text or a list of texts would be.
+void parseInto(const char *line, size_t length, eventRecord *record, bool keepsTexts);
 
 // The record returned last by any of the reads that keep it, of any stream.
 extern eventRecord *logRec;

@@ -12,6 +12,12 @@ constexpr char kEnergy[] = "HOST_ENERGY_CONSUMPTION";
 
 // A quoted string as it stands on the line, or decoded into memory of its own where it has to be.
 bool takeString(Reader &io, const char *&text, size_t &length, char *&decoded) {
+  if (const PlainQuoted plain = plainQuotedAt(io.cursor, io.end); plain.after != nullptr) {
+    text = plain.after - 1 - plain.length();
+    length = plain.length();
+    io.cursor = plain.after + io.skips;
+    return true;
+  }
   const char *content = nullptr;
   size_t rawLength = 0;
   const char *after = findQuoted(io.cursor, io.end, &content, &rawLength, &length);
@@ -36,12 +42,12 @@ bool takeString(Reader &io, const char *&text, size_t &length, char *&decoded) {
 }
 
 char *copyOfText(PairReader &in, const char *field, const char *text, size_t length) {
-  auto *copy = static_cast<char *>(std::malloc(length + 1));
+  auto *copy = static_cast<char *>(takeBlock(bytesForText(length)));
   if (copy == nullptr) {
     fail(in.io, WMQE_NO_MEM, field, "memory for the string");
     return nullptr;
   }
-  std::memcpy(copy, text, length);
+  copyBytes(copy, text, length);
   copy[length] = '\0';
   return copy;
 }
@@ -170,9 +176,10 @@ double realOf(const Pair &pair) {
 }
 
 void keepString(PairReader &in, const char *field, char *&value) {
+  if (!in.io.keepsTexts) return;
   char *copy = copyOfText(in, field, in.pair.value, in.pair.valueLength);
   if (copy == nullptr) return;
-  std::free(value);
+  release(value);
   value = copy;
 }
 
@@ -186,7 +193,7 @@ void keepAffinity(PairReader &in, const char *field, affinityAlloc *&allocation)
   char *text = copyOfText(in, field, in.pair.value, in.pair.valueLength);
   if (text == nullptr) return;
   affinityAlloc *parsed = parseAffinity(text, in.io.cpusLeft);
-  std::free(text);
+  release(text);
   if (parsed == nullptr) return fail(in.io, WMQE_BAD_FORMAT, field, "an affinity allocation");
   releaseAffinity(allocation);
   allocation = parsed;
@@ -198,7 +205,7 @@ void keepNetwork(PairReader &in, const char *field, int32_t &count, networkAlloc
   int32_t parsedCount = 0;
   networkAlloc *parsed = nullptr;
   const int result = getNetworkAllocFromString(text, &parsedCount, &parsed);
-  std::free(text);
+  release(text);
   if (result != 0) return fail(in.io, WMQE_BAD_FORMAT, field, "a network allocation");
   releaseNetwork(count, allocations);
   count = parsedCount;

@@ -238,6 +238,7 @@ template <auto Count, auto Array>
 void networkAttribute(Releaser &io, auto &log) {
   if (io.kept) return;
   releaseNetwork(log.*Count, log.*Array);
+  resetCount<Count>(io, log);
 }
 template <auto Count, auto Array>
 void networkAttribute(Describer &io, const auto &log) {

@@ -130,9 +130,11 @@ bool scanUnsigned(Reader &io, int64_t &value) {
   const Quoted text = quotedAt(io.cursor, io.end);
   if (text.after == nullptr) return fail(io, WMQE_BAD_FORMAT, field, "a quoted string");
   if (text.length > limit) return fail(io, WMQE_BAD_FORMAT, field, "a shorter string");
-  value = static_cast<char *>(takeBlock(bytesForText(text.length)));
-  if (value == nullptr) return fail(io, WMQE_NO_MEM, field, "memory for the string");
-  text.decodeInto(value);
+  if (io.keepsTexts) {
+    value = static_cast<char *>(takeBlock(bytesForText(text.length)));
+    if (value == nullptr) return fail(io, WMQE_NO_MEM, field, "memory for the string");
+    text.decodeInto(value);
+  }
   io.cursor = text.after;
   skipBlank(io);
 }
@@ -140,10 +142,13 @@ bool scanUnsigned(Reader &io, int64_t &value) {
 void readText(Reader &io, const char *field, char *&value) {
   const PlainQuoted text = plainQuotedAt(io.cursor, io.end);
   static_assert(BlockCache::bytesOf(0) >= groupSize && BlockCache::bytesOf(1) >= 2 * groupSize);
-  void *const block = text.after != nullptr ? takeKept(text.wholeGroups) : nullptr;
-  if (block == nullptr) return readAnyText(io, field, value, SIZE_MAX);
-  value = static_cast<char *>(block);
-  text.decodeInto(value);
+  if (text.after == nullptr) return readAnyText(io, field, value, SIZE_MAX);
+  if (io.keepsTexts) {
+    void *const block = takeKept(text.wholeGroups);
+    if (block == nullptr) return readAnyText(io, field, value, SIZE_MAX);
+    value = static_cast<char *>(block);
+    text.decodeInto(value);
+  }
   io.cursor = text.after + io.skips;
 }
 
@@ -170,14 +175,23 @@ void readChars(Reader &io, const char *field, char *array, size_t size, size_t m
   io.cursor = text.after + io.skips;
 }
 
-void readCut(Reader &io, const char *field, char *array, size_t size) {
+// A text for the reader itself, which gives it back.
+static char *borrowText(Reader &io, const char *field) {
   char *text = nullptr;
+  const bool keepsTexts = io.keepsTexts;
+  io.keepsTexts = true;
   readText(io, field, text);
+  io.keepsTexts = keepsTexts;
+  return text;
+}
+
+void readCut(Reader &io, const char *field, char *array, size_t size) {
+  char *text = borrowText(io, field);
   if (text == nullptr) return;
   const size_t length = std::min(std::strlen(text), size - 1);
   std::memcpy(array, text, length);
   array[length] = '\0';
-  std::free(text);
+  release(text);
 }
 
 // From the blocks that the thread keeps.
@@ -191,6 +205,7 @@ static char *copiedText(const char *text) {
 }
 
 void setAbsentText(Reader &io, const char *field, char *&value, const char *original) {
+  if (!io.keepsTexts) return;
   value = copiedText(original);
   if (value == nullptr) fail(io, WMQE_NO_MEM, field, "memory for the string");
 }
@@ -210,37 +225,71 @@ void readWord(Reader &io, const char *field, char *&value, size_t limit) {
   const auto length = static_cast<size_t>(end - begin);
   if (length == 0) return fail(io, WMQE_BAD_FORMAT, field, "a word");
   if (length > limit) return fail(io, WMQE_BAD_FORMAT, field, "a shorter word");
-  value = static_cast<char *>(takeBlock(length + 1));
-  if (value == nullptr) return fail(io, WMQE_NO_MEM, field, "memory for the word");
-  std::memcpy(value, begin, length);
-  value[length] = '\0';
+  if (io.keepsTexts) {
+    value = static_cast<char *>(takeBlock(length + 1));
+    if (value == nullptr) return fail(io, WMQE_NO_MEM, field, "memory for the word");
+    std::memcpy(value, begin, length);
+    value[length] = '\0';
+  }
   io.cursor = end;
 }
 
 void emptyText(Reader &io, const char *field, char *&value) {
-  if (io.error != 0) return;
+  if (io.error != 0 || !io.keepsTexts) return;
   value = static_cast<char *>(takeBlock(1));
   if (value == nullptr) return fail(io, WMQE_NO_MEM, field, "memory for the string");
   *value = '\0';
 }
 
-void *allocateElements(Reader &io, const char *field, int64_t count, size_t elementSize, size_t leastBytes,
-                       int noMemory) {
+static bool canHoldElements(Reader &io, const char *field, int64_t count, size_t leastBytes, int noMemory) {
   if (count < 0) {
     fail(io, noMemory, field, "a count that is not negative");
-    return nullptr;
+    return false;
   }
   if (!lineCanHold(io, count, leastBytes)) {
     fail(io, WMQE_BAD_FORMAT, field, "as many elements as the count says");
-    return nullptr;
+    return false;
   }
+  return true;
+}
+
+void *allocateElements(Reader &io, const char *field, int64_t count, size_t elementSize, size_t leastBytes,
+                       int noMemory) {
+  if (!canHoldElements(io, field, count, leastBytes, noMemory)) return nullptr;
   void *array = zeroed(count > 0 ? static_cast<size_t>(count) : 1, elementSize);
   if (array == nullptr) fail(io, noMemory, field, "memory for the list");
   return array;
 }
 
+// Adds the hosts that a name stands for, as long as the sum is one that may be read.
+static void addHosts(const char *name, int64_t &hosts) {
+  int64_t times = 1;
+  const char *plain = name;
+  compressedName(name, times, plain);
+  hosts = times > kMaxHosts - hosts ? kMaxHosts + 1 : hosts + times;
+}
+
+// For readers that do not keep texts: passes by the strings and, where they are host names, counts the hosts.
+static void passStrings(Reader &io, const char *field, int32_t &count, int64_t *hosts) {
+  if (!canHoldElements(io, field, count, leastBytes<char *>, WMQE_NO_MEM)) {
+    count = 0;
+    return;
+  }
+  char *none = nullptr;
+  for (int32_t i = 0; i < count; ++i) {
+    const char *const begin = io.cursor;
+    readText(io, field, none);
+    if (io.error != 0) {
+      count = i;
+      return;
+    }
+    if (hosts != nullptr) addHosts(findQuote(begin, io.end) + 1, *hosts);
+  }
+}
+
 void readStrings(Reader &io, const char *field, int32_t &count, char **&array) {
   if (io.error != 0) return;
+  if (!io.keepsTexts) return passStrings(io, field, count, nullptr);
   array = static_cast<char **>(
       allocateElements(io, field, count, sizeof(char *), leastBytes<char *>, WMQE_NO_MEM));
   if (array == nullptr) {
@@ -257,7 +306,7 @@ void copyStrings(Reader &io, const char *field, int32_t &count, char **&array, i
                  char *const *other) {
   if (io.error != 0) return;
   count = otherCount;
-  if (otherCount <= 0) return;
+  if (otherCount <= 0 || !io.keepsTexts) return;
   array = static_cast<char **>(zeroed(static_cast<size_t>(otherCount), sizeof(char *)));
   count = 0;
   if (array == nullptr) return fail(io, WMQE_NO_MEM, field, "memory for the list");
@@ -267,13 +316,28 @@ void copyStrings(Reader &io, const char *field, int32_t &count, char **&array, i
   }
 }
 
-void expand(Reader &io, const char *field, int32_t &count, char **&array) {
+static void failHosts(Reader &io, int error, const char *field) {
+  fail(io, error, field, error == WMQE_NO_MEM ? "memory for the hosts" : "no more than 16777216 hosts");
+}
+
+static void expand(Reader &io, const char *field, int32_t &count, char **&array) {
   if (io.error != 0) return;
   const int error = expandHosts(count, array, io.hostsLeft);
-  if (error != 0)
-    return fail(io, error, field,
-                error == WMQE_NO_MEM ? "memory for the hosts" : "no more than 16777216 hosts");
+  if (error != 0) return failHosts(io, error, field);
   if (count > 0) io.hostsLeft -= count;
+}
+
+void readExpanded(Reader &io, const char *field, int32_t &count, char **&array) {
+  if (io.keepsTexts) {
+    readStrings(io, field, count, array);
+    return expand(io, field, count, array);
+  }
+  int64_t hosts = 0;
+  passStrings(io, field, count, &hosts);
+  if (io.error != 0) return;
+  if (hosts > io.hostsLeft) return failHosts(io, WMQE_BAD_FORMAT, field);
+  count = static_cast<int32_t>(hosts);
+  io.hostsLeft -= hosts;
 }
 
 void readHosts(Reader &io, const char *countField, const char *field, int32_t &count, char **&array,
@@ -288,10 +352,11 @@ void readHosts(Reader &io, const char *countField, const char *field, int32_t &c
   const bool allocates =
       count > 0 || rule.none == NoHosts::emptyArray ||
       (count < 0 && rule.none != NoHosts::nullArray && rule.none != NoHosts::nullZeroCount);
+  if (!allocates) return;
   const int32_t asRead = count;
-  if (allocates) readStrings(io, field, count, array);
+  if (rule.expanded) return readExpanded(io, field, count, array);
+  readStrings(io, field, count, array);
   if (rule.keepsCount && array != nullptr) count = asRead;
-  if (rule.expanded) expand(io, field, count, array);
 }
 
 void readUsage(Reader &io, const char *field, wmxRusage &usage) {
@@ -349,8 +414,7 @@ void readNamedValues(Reader &io, const char *field, namedValueList *&list) {
 
 void readAffinity(Reader &io, const char *field, affinityAlloc *&allocation) {
   const char *const begin = io.cursor;
-  char *text = nullptr;
-  readText(io, field, text);
+  char *text = borrowText(io, field);
   if (io.error == 0 && *text != '\0') {
     allocation = parseAffinity(text, io.cpusLeft);
     if (allocation == nullptr) {
@@ -358,7 +422,7 @@ void readAffinity(Reader &io, const char *field, affinityAlloc *&allocation) {
       fail(io, WMQE_BAD_FORMAT, field, "an affinity allocation");
     }
   }
-  std::free(text);
+  release(text);
 }
 
 void readRanges(Reader &io, Ranges rule, int32_t &count, int32_t *&start, int32_t *&end, int32_t *&step) {

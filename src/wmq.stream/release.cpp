@@ -1,3 +1,5 @@
+#include "wmq.stream/release.h"
+
 #include "companion/block_cache.h"
 #include "wmq.stream/type_table.h"
 #include "wmq/stream.h"
@@ -9,19 +11,21 @@ void releaseFields(const RecordCodec &codec, void *log) {
   if (log != nullptr) codec.release(io, log);
 }
 
-static void releaseRecord(eventRecord *record, bool kept) {
+static void releaseRecord(eventRecord *record, Releaser how) {
   if (record == nullptr) return;
   const RecordCodec *codec = eventType(record->type).codec;
-  if (codec == nullptr) return;
-  Releaser io{.kept = kept};
-  codec->release(io, &record->eventLog);
+  if (codec != nullptr) codec->release(how, &record->eventLog);
+}
+
+void releaseAllButFigures(eventRecord *record) {
+  for (const bool kept : {true, false}) releaseRecord(record, {.kept = kept, .leavesCounts = true});
 }
 
 }  // namespace wmq
 
-void freeLogRec(eventRecord *record) { wmq::releaseRecord(record, false); }
+void freeLogRec(eventRecord *record) { wmq::releaseRecord(record, {.kept = false}); }
 
-void wmq_freekept(eventRecord *record) { wmq::releaseRecord(record, true); }
+void wmq_freekept(eventRecord *record) { wmq::releaseRecord(record, {.kept = true}); }
 
 void wmq_freelogrec(eventRecord *record) {
   freeLogRec(record);

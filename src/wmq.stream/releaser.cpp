@@ -24,10 +24,9 @@ void releaseSubmitExt(submitExt *&extension) {
   release(extension);
 }
 
-void releaseNetwork(int32_t &count, networkAlloc *&allocations) {
+void releaseNetwork(int32_t count, networkAlloc *&allocations) {
   freeNetworkAlloc(count, allocations);
   release(allocations);
-  count = 0;
 }
 
 }  // namespace wmq

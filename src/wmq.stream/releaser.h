@@ -1,6 +1,7 @@
 // The releasing codec: frees what a record owns, sets pointers to null and counts to 0.
 //
-// With `kept` set it frees instead what release keeps by design, and nothing else.
+// With `kept` set it frees instead what release keeps by design, and nothing else. Counts can be left to tell
+// how many there were.
 #ifndef WMQ_STREAM_RELEASER_H
 #define WMQ_STREAM_RELEASER_H
 
@@ -14,19 +15,26 @@ namespace wmq {
 
 struct Releaser {
   bool kept = false;
+  bool leavesCounts = false;
 };
 
 template <typename T>
 void release(T *&owned) {
+  if (owned == nullptr) return;
   giveBlock(owned);
   owned = nullptr;
+}
+
+template <auto Count>
+void resetCount(const Releaser &io, auto &log) {
+  if (!io.leavesCounts) log.*Count = 0;
 }
 
 void releaseStrings(int64_t count, char **&array);
 void releaseNamedValues(namedValueList *&list);
 void releaseAffinity(affinityAlloc *&allocation);
 void releaseSubmitExt(submitExt *&extension);
-void releaseNetwork(int32_t &count, networkAlloc *&allocations);
+void releaseNetwork(int32_t count, networkAlloc *&allocations);
 
 // ----------------------------------------------------------------------- verbs
 
@@ -86,7 +94,7 @@ template <auto Count, auto Array>
 void elements(Releaser &io, auto &log, int /*noMemory*/ = 0) {
   if (io.kept) return;
   releaseElements(log.*Count, log.*Array);
-  log.*Count = 0;
+  resetCount<Count>(io, log);
 }
 template <auto Count, auto Array>
 void list(Releaser &io, auto &log, const auto &...) {
@@ -96,7 +104,7 @@ template <auto Count, auto Array>
 void readList(Releaser &io, auto &log, const auto & /*when*/) {
   if (!io.kept) return;
   releaseElements(log.*Count, log.*Array);
-  log.*Count = 0;
+  resetCount<Count>(io, log);
 }
 template <auto Count, auto Array>
 void unwrittenRawPairs(Releaser &io, auto &log) {
@@ -106,7 +114,7 @@ template <auto Count, auto... Arrays>
 void parallelElements(Releaser &io, auto &log, int /*noMemory*/) {
   if (io.kept) return;
   (release(log.*Arrays), ...);
-  log.*Count = 0;
+  resetCount<Count>(io, log);
 }
 template <auto Count, auto Array>
 void completeNumbers(Releaser &io, auto &log) {
@@ -156,7 +164,7 @@ void indexRanges(Releaser &io, auto &log, const auto & /*when*/) {
   release(log.indexRangeStart);
   release(log.indexRangeEnd);
   release(log.indexRangeStep);
-  log.indexRangeCnt = 0;
+  if (!io.leavesCounts) log.indexRangeCnt = 0;
 }
 
 template <auto M, int From, int To>

@@ -115,20 +115,15 @@ TEST_P(EveryAllocationOfReading, LeavesARecordThatCanBeReleased) {
   int mostKept = 0;
   for (uint64_t value = 1; value <= kRecordsOfType; ++value) {
     const std::string line = written(*richRecord(GetParam(), value));
-    size_t fields = 0;
-    for (int blanks = 0; blanks < 3; ++blanks) fields = line.find(' ', fields) + 1;
     bool failed = true;
     for (int nth = 1; failed; ++nth) {
       SCOPED_TRACE("allocation " + std::to_string(nth) + " of " + line);
       const int before = allocationsLeft();
       eventRecord record{};
-      record.type = GetParam();
-      record.eventTime = kEventTime;
-      wmq_setlineversion(10.1F);
       wmq_errno = 0;
       {
         const FailingAllocation failing(nth);
-        readEventRecord(line.c_str(), line.c_str() + fields, line.c_str() + line.size(), &record);
+        parseInto(line.c_str(), line.size(), &record, true);
         failed = failing.hasFailed();
       }
       ASSERT_EQ(wmq_errno != 0, failed);

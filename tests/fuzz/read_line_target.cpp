@@ -1,17 +1,29 @@
 // One line, of any bytes: it is refused with a reason, or becomes a record that can be shown, written, read
-// again and released.
+// again and released. A look at its figures alone comes to the same.
 #include "fuzz/fuzz_target.h"
 #include "fuzz/record_checks.h"
+#include "fuzz/requirement.h"
 #include "support/collected_lines.h"
 #include "support/user_directory.h"
 
 namespace wmq::testing {
 
+static void checkFigures(const std::string &line, const eventRecord *record, int error) {
+  eventRecord figures;
+  const int result = wmq_checkline(line.c_str(), &figures);
+  require((result == 0) == (record != nullptr) && wmq_errno == error, "figures come to what the record does");
+  if (record == nullptr) return;
+  require(figures.type == record->type && figures.eventTime == record->eventTime, "the same header");
+}
+
 void tryInput(std::string_view input) {
   static const UserDirectory users({{0, "root"}, {2, "two"}, {1001, "anna"}});
   if (isHuge(input)) return;
   OwnedRecord record = parseExactly(input);
-  if (record == nullptr) return checkRefusal(wmq_errno, wmq_errdetail());
+  const int error = record == nullptr ? wmq_errno : 0;
+  if (record == nullptr) checkRefusal(error, wmq_errdetail());
+  checkFigures(std::string(input.substr(0, input.find('\0'))), record.get(), error);
+  if (record == nullptr) return;
   checkRecordOfLine(*record);
   checkRelease(std::move(record));
 }
