@@ -370,7 +370,7 @@ TEST(Schema, SaysHowAFieldStandsOnTheLine) {
 }
 
 TEST(Schema, SaysWhatIsPeculiarToAField) {
-  EXPECT_STREQ(fieldOf(EVENT_JOB_NEW, "userName").note, "1 to 39 bytes");
+  EXPECT_STREQ(fieldOf(EVENT_JOB_NEW, "userName").note, "1 to 59 bytes");
   EXPECT_STREQ(fieldOf(EVENT_JOB_STARTLIMIT, "wmxRlimits").note,
                "12 pairs, WMX_RLIMIT_CPU to WMX_RLIMIT_THREAD");
   EXPECT_STREQ(fieldOf(EVENT_LOG_SWITCH, "lastJobId").note, "a blank follows");
