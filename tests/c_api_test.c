@@ -336,9 +336,15 @@ static void following(const char *path) {
   wmq_followclose(follower);
   wmq_followclose(NULL);
 
+  size_t count = 0;
+  struct wmqStreamFile *files = wmq_streamfiles(path, &count);
+  CHECK(files != NULL && count == 1 && files[0].isCurrent == 1 && sameText(files[0].path, path));
+  free(files);
+
   int part = -1;
   const char *joined = "\"JOB_VACATED\" \"10.1\" 17\"LOG_SWITCH\" \"10.1\" 18 7";
   CHECK(wmq_firstrecord(joined, strlen(joined), &part) == 23 && part == WMQ_PART_JOINED);
+  CHECK(wmq_leavesopen(EVENT_JOB_VACATED) == 1 && wmq_leavesopen(EVENT_LOG_SWITCH) == 0);
 
   wmq_freekept(status);
   wmq_freelogrec(status);

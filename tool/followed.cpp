@@ -40,9 +40,8 @@ std::string positionOf(const Follower &follower) {
   return wmq_followposition(follower.get(), position) == 0 ? position : "";
 }
 
-std::string followFailure() {
-  if (wmq_errno != WMQE_SYS) return wmq_strerror(wmq_errno);
-  return errno == EINVAL ? "Not a regular file" : std::strerror(errno);
-}
+std::string systemFailure() { return errno == EINVAL ? "Not a regular file" : std::strerror(errno); }
+
+std::string followFailure() { return wmq_errno == WMQE_SYS ? systemFailure() : wmq_strerror(wmq_errno); }
 
 }  // namespace wmq::tool

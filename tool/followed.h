@@ -22,6 +22,9 @@ std::string noticeText(const wmqFollowDetail &detail);
 
 std::string positionOf(const Follower &follower);
 
+// What errno says of a stream's files.
+std::string systemFailure();
+
 // Why the last call for a follower has failed.
 std::string followFailure();
 

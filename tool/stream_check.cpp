@@ -1,14 +1,8 @@
 #include "stream_check.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdlib>
-#include <cstring>
 
-#include "followed.h"
 #include "times.h"
 
 namespace wmq::tool {
@@ -32,6 +26,7 @@ constexpr FlawWords words[numFlaws] = {
      "END_OF_STREAM lines with something behind them"},
     {"endInCurrent", "END_OF_STREAM at the end of the current file",
      "END_OF_STREAM at the end of the current file"},
+    {"noCurrent", "current file that is not there", "current files that are not there"},
     {"missing", "gap between files", "gaps between files"},
     {"backwards", "record older than one before it", "records older than one before them"},
     {"version", "record of a later version than is known", "records of a later version than is known"},
@@ -44,35 +39,8 @@ bool isLate(const char *version) {
   return std::strtof(version, nullptr) > std::strtof(WMQ_FORMAT_VERSION, nullptr);
 }
 
-// The suffix of an old file; -1 for the current one.
-int64_t suffixOf(const std::string &file, const std::string &current) {
-  if (file.size() <= current.size() + 1) return -1;
-  return std::strtoll(file.c_str() + current.size() + 1, nullptr, 10);
-}
-
-// The last line of a file without its line end, or all of a short file. Lines above 64 KB are cut at their
-// beginning: END_OF_STREAM lines are short.
-std::string lastLine(const std::string &file, bool &ended) {
-  ended = true;
-  int fd = open(file.c_str(), O_RDONLY | O_CLOEXEC);
-  struct stat status {};
-  std::string text;
-  if (fd >= 0 && fstat(fd, &status) == 0) {
-    off_t from = std::max<off_t>(0, status.st_size - (off_t{64} << 10));
-    text.resize(static_cast<size_t>(status.st_size - from));
-    ssize_t got = pread(fd, text.data(), text.size(), from);
-    text.resize(got < 0 ? 0 : static_cast<size_t>(got));
-  }
-  if (fd >= 0) close(fd);
-  if (text.empty()) return text;
-  ended = text.back() == '\n';
-  if (ended) text.pop_back();
-  size_t before = text.rfind('\n');
-  return before == std::string::npos ? text : text.substr(before + 1);
-}
-
-bool isOfType(const std::string &line, int32_t type, wmqLineHeader &header) {
-  return wmq_peekline(line.c_str(), &header) == 0 && header.type == type;
+std::string jobText(const LineFact &fact) {
+  return std::string(wmq_typename(fact.type)) + " of job " + std::to_string(fact.job);
 }
 
 }  // namespace
@@ -87,92 +55,135 @@ bool StreamCheck::isWhole() const {
   return std::all_of(counts.begin(), counts.end(), [](uint64_t count) { return count == 0; });
 }
 
-void StreamCheck::note(Flaw flaw, const std::string &file, int64_t offset, std::string text) {
-  if (isListed(flaw)) findings.push_back({flaw, file, offset, std::move(text)});
+bool StreamCheck::isListed(Flaw flaw) const { return count(flaw) < mostFindings; }
+
+void StreamCheck::note(Flaw flaw, const Place &place, std::string text) {
+  if (isListed(flaw))
+    findings.push_back({flaw, at < files.size() ? files[at].path : path, place, std::move(text)});
   ++counts[static_cast<size_t>(flaw)];
 }
 
-bool StreamCheck::isListed(Flaw flaw) const { return count(flaw) < mostFindings; }
+// ------------------------------------------------------------------------------------ files
 
-void StreamCheck::note(Flaw flaw, const wmqFollowDetail &detail, std::string text) {
-  note(flaw, detail.file, detail.offset, std::move(text));
+void StreamCheck::add(const CheckedPart &part) {
+  if (part.block.empty()) return endFile();
+  const std::string *trouble = part.troubles.data();
+  for (const LineFact &fact : part.facts) {
+    const bool isRecord = fact.kind == LineFact::Kind::record;
+    addFact(fact, {reached.line + fact.line, reached.offset + fact.offset}, isRecord ? nullptr : trouble++);
+  }
+  reached.line += part.numLines;
+  reached.offset += part.bytes;
 }
 
-void StreamCheck::add(const eventRecord *record, const wmqFollowDetail &detail) {
-  if (files.empty() || files.back() != detail.file) files.emplace_back(detail.file);
-  if (record) addRecord(*record, detail);
-  if (detail.kind == WMQ_FOLLOW_LINE)
-    note(Flaw::malformed, detail,
-         "error " + std::to_string(detail.error) + " " + wmq_errname(detail.error) + ": " + detail.reason);
-  if (detail.kind == WMQ_FOLLOW_NOTICE) addNotice(detail);
-  bool sharesLine =
-      detail.kind != WMQ_FOLLOW_NOTICE && detail.lineEnd != 0 && detail.length == detail.textLength;
-  if (sharesLine)
-    note(Flaw::joined, detail, record ? wmq_typename(record->type) : "a line that does not parse");
+void StreamCheck::addGone() {
+  note(Flaw::missing, {}, "the file was removed before it could be read");
+  nextFile();
 }
 
-void StreamCheck::addNotice(const wmqFollowDetail &detail) {
-  switch (detail.notice) {
-    case WMQ_NOTICE_ROTATED:
-      if (*detail.reason != '\0') note(Flaw::noEnd, detail, detail.reason);
+void StreamCheck::endFile() {
+  const StreamFile &file = files[at];
+  if (file.isCurrent) {
+    if (endSeen && !wasRotatedSince(path, files))
+      note(Flaw::endInCurrent, endPlace, "the writer died before it could rename the file");
+  } else if (!endSeen) {
+    note(Flaw::noEnd, {}, "the file does not end with END_OF_STREAM");
+  } else if (at > 0 && file.suffix > endTime && files[at - 1].suffix != file.suffix - 1) {
+    // The suffix is the time at which the file was rotated, unless a file with the suffix before was there.
+    note(Flaw::missing, {}, path + "." + std::to_string(file.suffix - 1) + " is missing before it");
+  }
+  nextFile();
+}
+
+void StreamCheck::nextFile() {
+  ++at;
+  reached = {};
+  endSeen = false;
+}
+
+void StreamCheck::finish() {
+  if (!files.back().isCurrent)
+    note(Flaw::noCurrent, {}, "the writer died before it could create the file, or the file was taken away");
+}
+
+// ---------------------------------------------------------------------------------- records
+
+void StreamCheck::addFact(const LineFact &fact, const Place &place, const std::string *trouble) {
+  if (endSeen)
+    note(Flaw::endInMiddle, endPlace,
+         "lines follow the end of the stream: it was written by a writer that could not rename the file");
+  endSeen = false;
+  switch (fact.kind) {
+    case LineFact::Kind::torn:
+      note(Flaw::torn, place, *trouble);
       break;
-    case WMQ_NOTICE_TORN:
-      note(Flaw::torn, detail, std::to_string(detail.textLength) + " bytes of a record");
-      break;
-    case WMQ_NOTICE_END_IN_MIDDLE:
-      note(Flaw::endInMiddle, detail, detail.reason);
+    case LineFact::Kind::malformed:
+      note(Flaw::malformed, place, *trouble);
       break;
     default:
-      note(Flaw::missing, detail, noticeText(detail));
+      addRecord(fact, place);
   }
+  if (fact.joined)
+    note(Flaw::joined, place,
+         fact.kind == LineFact::Kind::record ? wmq_typename(fact.type) : "a line that does not parse");
 }
 
-void StreamCheck::addRecord(const eventRecord &record, const wmqFollowDetail &detail) {
+void StreamCheck::addRecord(const LineFact &fact, const Place &place) {
+  if (fact.type == EVENT_END_OF_STREAM) {
+    endSeen = true;
+    endPlace = place;
+    endTime = fact.time;
+    return;
+  }
   ++records;
-  if (!lastVersionCount || lastVersion != record.version) {
-    lastVersion = record.version;
+  addVersion(fact, place);
+  if (anyTime && fact.time < latest)
+    note(Flaw::backwards, place,
+         isListed(Flaw::backwards) ? std::string(wmq_typename(fact.type)) + " of " + timeText(fact.time) +
+                                         " behind one of " + timeText(latest)
+                                   : "");
+  latest = anyTime ? std::max(latest, fact.time) : fact.time;
+  anyTime = true;
+  addJob(fact, place);
+}
+
+void StreamCheck::addVersion(const LineFact &fact, const Place &place) {
+  if (!lastVersionCount || lastVersion != fact.version) {
+    lastVersion = fact.version;
     lastVersionCount = &versions[lastVersion];
-    lastVersionIsLate = isLate(record.version);
+    lastVersionIsLate = isLate(fact.version);
   }
   ++*lastVersionCount;
-  if (lastVersionIsLate) note(Flaw::version, detail, std::string("version ") + record.version);
-  if (anyTime && record.eventTime < latest)
-    note(Flaw::backwards, detail,
-         isListed(Flaw::backwards) ? timeText(record.eventTime) + " behind " + timeText(latest) : "");
-  latest = anyTime ? std::max(latest, record.eventTime) : record.eventTime;
-  anyTime = true;
-  addJob(record, detail);
+  if (lastVersionIsLate)
+    note(Flaw::version, place, std::string(wmq_typename(fact.type)) + " of version " + fact.version);
 }
 
 // Job numbers grow: one below the first that is submitted in the stream was submitted before it begins. The
 // elements of an array share one number, so a job is kept until it is cleaned away, and not until it ends.
-void StreamCheck::addJob(const eventRecord &record, const wmqFollowDetail &detail) {
-  switch (record.type) {
-    case EVENT_JOB_NEW: {
-      int32_t number = record.eventLog.jobNewLog.jobId;
-      if (!anyNew) firstNewJob = number;
+void StreamCheck::addJob(const LineFact &fact, const Place &place) {
+  switch (fact.type) {
+    case EVENT_JOB_NEW:
+      if (!anyNew) firstNewJob = fact.job;
       anyNew = true;
-      jobs[number] = Job::waiting;
+      jobs[fact.job] = Job::waiting;
       break;
-    }
     case EVENT_JOB_START: {
-      int32_t number = record.eventLog.jobStartLog.jobId;
-      auto job = findJob(number);
+      Job *job = findJob(fact.job);
       if (job) *job = Job::started;
-      if (!job && !isEarlier(number)) note(Flaw::unsubmitted, detail, "job " + std::to_string(number));
+      if (!job && !isEarlier(fact.job))
+        note(Flaw::unsubmitted, place, jobText(fact) + ", which was not submitted");
       break;
     }
     case EVENT_JOB_FINISH: {
-      const auto &finish = record.eventLog.jobFinishLog;
-      auto job = findJob(finish.jobId);
-      if (!job && isEarlier(finish.jobId)) ++earlierJobs;
+      const Job *job = findJob(fact.job);
+      if (!job && isEarlier(fact.job)) ++earlierJobs;
       // A job that was killed while it waited has no start.
-      bool unstarted = finish.startTime > 0 && (job ? *job != Job::started : !isEarlier(finish.jobId));
-      if (unstarted) note(Flaw::unstarted, detail, "job " + std::to_string(finish.jobId));
+      const bool unstarted = fact.wasStarted && (job ? *job != Job::started : !isEarlier(fact.job));
+      if (unstarted) note(Flaw::unstarted, place, jobText(fact) + ", which was not started");
       break;
     }
     case EVENT_JOB_CLEAN:
-      jobs.erase(record.eventLog.jobCleanLog.jobId);
+      jobs.erase(fact.job);
       break;
     default:
       break;
@@ -182,46 +193,6 @@ void StreamCheck::addJob(const eventRecord &record, const wmqFollowDetail &detai
 StreamCheck::Job *StreamCheck::findJob(int32_t number) {
   auto job = jobs.find(number);
   return job == jobs.end() ? nullptr : &job->second;
-}
-
-void StreamCheck::finish(const std::string &path) {
-  if (files.empty() || files.back() != path) files.push_back(path);
-  for (size_t i = 0; i + 1 < files.size(); ++i) {
-    if (files[i] == path) continue;
-    // The time at which the file was rotated, and its suffix: the same, unless a file with the suffix before
-    // was there then.
-    bool ended = false;
-    wmqLineHeader header{};
-    if (!isOfType(lastLine(files[i], ended), EVENT_END_OF_STREAM, header)) continue;
-    int64_t suffix = suffixOf(files[i], path);
-    if (i > 0 && suffix > header.eventTime && suffixOf(files[i - 1], path) != suffix - 1)
-      note(Flaw::missing, files[i], 0, path + "." + std::to_string(suffix - 1) + " is missing before it");
-  }
-  checkTail(path);
-}
-
-void StreamCheck::checkTail(const std::string &path) {
-  bool ended = true;
-  std::string line = lastLine(path, ended);
-  wmqLineHeader header{};
-  if (isOfType(line, EVENT_END_OF_STREAM, header) && ended)
-    note(Flaw::endInCurrent, path, 0, "the writer died before it could rename the file");
-  if (ended) return;
-  // Without a line end stands what was torn, or a record that leaves its line open.
-  for (size_t at = 0; at < line.size();) {
-    int part = WMQ_PART_LINE;
-    size_t length = wmq_firstrecord(line.data() + at, line.size() - at, &part);
-    if (length == 0) return;
-    if (part == WMQ_PART_LINE) line.erase(0, at);
-    at = part == WMQ_PART_LINE ? line.size() : at + length;
-  }
-  wmq_errno = 0;
-  eventRecord *record = wmq_readstreamlineMT(line.c_str());
-  bool isOpen = record && (record->type == EVENT_JOB_OCCUPY_REQ || record->type == EVENT_JOB_VACATED ||
-                           record->type == EVENT_SBD_JOB_STATUS);
-  wmq_freekept(record);
-  wmq_freelogrec(record);
-  if (!isOpen) note(Flaw::torn, path, 0, "the last line has no end");
 }
 
 }  // namespace wmq::tool

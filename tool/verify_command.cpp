@@ -1,17 +1,19 @@
 // wmq verify: whether a stream is whole.
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <memory>
 #include <string>
+#include <vector>
 
+#include "checked_files.h"
 #include "commands.h"
 #include "faults.h"
 #include "followed.h"
 #include "json_printer.h"
+#include "options.h"
 #include "output.h"
-#include "records.h"
+#include "progress.h"
 #include "stream_check.h"
+#include "stream_files.h"
 #include "text.h"
 
 namespace wmq::tool {
@@ -21,48 +23,31 @@ namespace {
 struct VerifyOptions {
   std::string path;
   bool json = false;
+  unsigned threads = 1;
 };
-
-// False when the stream cannot be read.
-bool checkStream(const std::string &path, StreamCheck &check, Faults &faults) {
-  wmqFollowParams params{path.c_str(), WMQ_FROM_OLDEST, nullptr, 0};
-  Follower follower(wmq_followopen(&params));
-  int result = follower ? WMQ_FOLLOW_RECORD : WMQ_FOLLOW_FAILED;
-  while (result > WMQ_FOLLOW_NOTHING) {
-    eventRecord *given = nullptr;
-    result = wmq_follownext(follower.get(), &given, 0);
-    Record record(given);
-    if (result > WMQ_FOLLOW_NOTHING) check.add(record.get(), *wmq_followdetail(follower.get()));
-  }
-  if (result == WMQ_FOLLOW_NOTHING) {
-    check.finish(path);
-    return true;
-  }
-  faults.failure(path, followFailure());
-  return false;
-}
 
 template <typename Use>
 void eachFlaw(Use use) {
   for (size_t i = 0; i < numFlaws; ++i) use(static_cast<Flaw>(i));
 }
 
-std::string reportText(const StreamCheck &check) {
+std::string reportText(const StreamCheck &check, size_t numFiles) {
   std::string text;
-  for (const Finding &finding : check.findings)
-    text += printable(finding.file + ": byte " + std::to_string(finding.offset) + ": " +
-                      flawName(finding.flaw) + ": " + finding.text) +
-            "\n";
+  for (const Finding &finding : check.findings) {
+    std::string place = finding.file;
+    if (finding.place.line > 0) place += ":" + std::to_string(finding.place.line);
+    text += printable(place + ": " + flawName(finding.flaw) + ": " + finding.text) + "\n";
+  }
   eachFlaw([&](Flaw flaw) {
     if (check.count(flaw) > 0)
       text += grouped(check.count(flaw)) + " " + flawText(flaw, check.count(flaw)) + "\n";
   });
-  text += counted(check.records, "record") + " in " + counted(check.files.size(), "file") + ": " +
+  text += counted(check.records, "record") + " in " + counted(numFiles, "file") + ": " +
           (check.isWhole() ? "whole" : "not whole") + "\n";
   return text;
 }
 
-std::string reportJson(const StreamCheck &check) {
+std::string reportJson(const StreamCheck &check, const std::vector<std::string> &files) {
   JsonPrinter json;
   json.beginObject();
   json.key("whole");
@@ -71,7 +56,7 @@ std::string reportJson(const StreamCheck &check) {
   json.count(check.records);
   json.key("files");
   json.beginArray();
-  for (const std::string &file : check.files) json.string(file);
+  for (const std::string &file : files) json.string(file);
   json.endArray();
   json.key("versions");
   json.beginObject();
@@ -97,8 +82,10 @@ std::string reportJson(const StreamCheck &check) {
     json.string(flawName(finding.flaw));
     json.key("file");
     json.string(finding.file);
+    json.key("line");
+    json.count(finding.place.line);
     json.key("offset");
-    json.integer(finding.offset);
+    json.count(finding.place.offset);
     json.key("text");
     json.string(finding.text);
     json.endObject();
@@ -109,11 +96,22 @@ std::string reportJson(const StreamCheck &check) {
 }
 
 int verify(const VerifyOptions &options) {
-  Faults faults;
-  StreamCheck check;
-  if (!checkStream(options.path, check, faults)) return faults.exitStatus();
+  std::vector<StreamFile> files;
+  if (!findStream(options.path, files)) {
+    Faults faults;
+    faults.failure(options.path, systemFailure());
+    return faults.exitStatus();
+  }
+  std::vector<std::string> names;
+  for (const StreamFile &file : files) names.push_back(file.path);
+  Progress progress(names, false);
+  Faults faults(&progress);
+  StreamCheck check(options.path, files);
+  checkFiles(files, options.threads, check, faults, progress);
+  progress.erase();
+  if (faults.exitStatus() == exitFailure) return exitFailure;
   Output output;
-  output.write(options.json ? reportJson(check) : reportText(check));
+  output.write(options.json ? reportJson(check, names) : reportText(check, names.size()));
   output.finish(faults);
   return std::max<int>(faults.exitStatus(), check.isWhole() ? exitFine : exitBadInput);
 }
@@ -128,15 +126,18 @@ void addVerifyCommand(CLI::App &program, Run &run) {
       "PATH is the stream's current file; its old files and it are read in their order.\n"
       "Amiss are records that were not written to their end, records that share a line,\n"
       "lines that do not parse, old files that END_OF_STREAM does not end, lines behind\n"
-      "it, gaps between files as far as they can be known, times that go back, versions\n"
-      "later than this program knows, jobs that start without having been submitted or\n"
-      "end without having been started. The first hundred of each kind are listed as\n"
+      "it, gaps between files as far as they can be known, a current file that is not\n"
+      "there, times that go back, versions later than this program knows, jobs that\n"
+      "start without having been submitted or end without having been started. The\n"
+      "first hundred of each kind are listed as\n"
       "\n"
-      "  FILE: byte OFFSET: KIND: what is the matter\n"
+      "  FILE:LINE: KIND: what is the matter\n"
       "\n"
-      "and the exit status is 1 when there is any.");
+      "or without LINE where it is about the whole file, and the exit status is 1 when\n"
+      "there is any.");
   command->add_option("PATH", options->path)->required();
   command->add_flag("--json", options->json, "print one JSON object instead");
+  addThreadsOption(*command, options->threads);
   command->footer(
       "Jobs with a number below the first one that is submitted in the stream are taken\n"
       "for submitted before it begins.\n"

@@ -10,6 +10,8 @@
 #ifndef WMQ_FOLLOW_H
 #define WMQ_FOLLOW_H
 
+#include <stddef.h>
+
 #include "wmq/event_record.h"
 
 #ifdef __cplusplus
@@ -157,6 +159,30 @@ enum {
 // Returns 0 for an empty line, and for a null one or without memory, with wmq_errno WMQE_BAD_ARG,
 // WMQE_NO_MEM.
 WMQ_API size_t wmq_firstrecord(const char *line, size_t length, int *part);
+
+// 1 for types whose records leave their line open, else 0. What stands without a line end at the end of a
+// finished file is whole if it parses and is of such a type, though its last number may have been cut; of any
+// other type it was not written to its end.
+WMQ_API int wmq_leavesopen(int32_t type);
+
+// ------------------------------------------------------------------------ a stream's files
+
+typedef struct wmqStreamFile {
+  const char *path;   // as it can be opened: begins with the path that was given
+  int32_t isCurrent;  // 1: the file of that path itself, else an old one
+  int64_t suffix;     // of an old file, the number behind the dot
+} wmqStreamFile;
+
+// Lists the files of the stream whose current file is `path`, in the order of writing: old ones
+// ("PATH.NUMBER", regular ones) by their numbers, then the current one if it is there. A rotation under way
+// can hide a file: only what two calls agree on was there.
+// Returns an array of `*count` elements in one piece of memory with the paths, which the caller frees with
+// free(); or null with wmq_errno
+//   WMQE_BAD_ARG  `path` is null or empty, or `count` is null
+//   WMQE_SYS      the directory cannot be read, or the current file is none that can be followed (errno tells
+//                 as for wmq_followopen)
+//   WMQE_NO_MEM   no memory
+WMQ_API struct wmqStreamFile *wmq_streamfiles(const char *path, size_t *count);
 
 #ifdef __cplusplus
 }

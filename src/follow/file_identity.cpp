@@ -58,6 +58,11 @@ constexpr int kOfDescriptor = 0;
 
 }  // namespace
 
+bool isUsable(const FileStatus &status) {
+  if (!status.regular) errno = status.directory ? EISDIR : EINVAL;
+  return status.regular;
+}
+
 bool statusOf(int fd, FileStatus &status) { return askFor(fd, "", kOfDescriptor, status); }
 bool statusOf(const char *path, FileStatus &status) { return askFor(AT_FDCWD, path, 0, status); }
 bool statusOfEntry(int directory, const char *name, FileStatus &status) {

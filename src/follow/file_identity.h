@@ -34,6 +34,9 @@ struct FileStatus {
   bool directory = false;
 };
 
+// False with errno for what has no lines to follow.
+bool isUsable(const FileStatus &status);
+
 // All return false with errno.
 bool statusOf(int fd, FileStatus &status);
 bool statusOf(const char *path, FileStatus &status);

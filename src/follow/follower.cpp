@@ -29,11 +29,6 @@ int timeLeft(Clock::time_point deadline) {
   return static_cast<int>(std::max<int64_t>(left, 0));
 }
 
-bool leavesLineOpen(int32_t type) {
-  const Body body = eventType(type).body;
-  return body == Body::openLine || body == Body::headerOnly;
-}
-
 struct ReleaseRecord {
   void operator()(eventRecord *record) const {
     wmq_freekept(record);
@@ -67,7 +62,6 @@ wmqFollowDetail emptyDetail() {
 
 }  // namespace wmq
 
-using wmq::leavesLineOpen;
 using wmq::LinePart;
 using wmq::LineWindow;
 
@@ -173,7 +167,7 @@ wmqFollower::Step wmqFollower::give(LinePart &part, eventRecord **record) {
   detail.textLength = static_cast<int64_t>(part.length);
   detail.lineEnd = part.lineEnd ? 1 : 0;
   // Of a line that never got its end only a type that leaves it open is whole.
-  const bool whole = part.lineEnd || (parsed != nullptr && leavesLineOpen(parsed->type));
+  const bool whole = part.lineEnd || (parsed != nullptr && wmq_leavesopen(parsed->type) != 0);
   if (part.part == WMQ_PART_TORN || !whole)
     giveNotice(WMQ_NOTICE_TORN, "a record that was not written to its end");
   else if (parsed != nullptr)

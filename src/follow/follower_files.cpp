@@ -41,11 +41,7 @@ bool openEntry(const StreamEntry &entry, OpenFile &opened) {
   OpenFile file(open(entry.path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
   if (!file.isOpen()) return errno == ENOENT || failSystem();
   FileStatus status;
-  if (!statusOf(file.get(), status)) return failSystem();
-  if (!status.regular) {
-    errno = status.directory ? EISDIR : EINVAL;
-    return failSystem();
-  }
+  if (!statusOf(file.get(), status) || !isUsable(status)) return failSystem();
   if (status.identity == entry.identity) opened = std::move(file);
   return true;
 }

@@ -4,6 +4,8 @@
 // can look like one is a string field that is the name of a type, followed by one that is a version and by a
 // number, and what comes of a string that a writer did not escape. So what looks like a header begins a
 // record when it stands where no field can begin, or when the line makes no sense without it.
+#include "follow/joined_lines.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -90,14 +92,10 @@ Header findHeader(const char *from, const char *end) {
   return {};
 }
 
-bool leavesLineOpen(const EventType &type) {
-  return type.body == Body::headerOnly || type.body == Body::openLine || type.body == Body::sideStream;
-}
-
 // The first quote behind the header of a type that leaves its line open, if it can only be the beginning of
 // another record.
 const char *openEnd(const Header &header, const char *end) {
-  if (!leavesLineOpen(*header.type)) return nullptr;
+  if (!mayLeaveLineOpen(header.type->body)) return nullptr;
   const auto left = static_cast<size_t>(end - header.end);
   const void *const quote = std::memchr(header.end, '"', left);
   const auto *const at = static_cast<const char *>(quote);
@@ -303,7 +301,7 @@ size_t firstRecord(const char *line, size_t length, int &part) {
 
   // A record that leaves its line open, with another behind it.
   const Header own = findHeader(line, line + std::min(length, kMostOfHeader));
-  const bool isOpen = own.begin == line && leavesLineOpen(*own.type);
+  const bool isOpen = own.begin == line && mayLeaveLineOpen(own.type->body);
   const char *const openedEnd = isOpen ? openEnd(own, end) : nullptr;
   if (openedEnd != nullptr) {
     const auto first = static_cast<size_t>(openedEnd - line);
@@ -335,6 +333,8 @@ size_t firstRecord(const char *line, size_t length, int &part) {
 
 }  // namespace
 }  // namespace wmq
+
+int wmq_leavesopen(int32_t type) { return wmq::leavesLineOpen(wmq::eventType(type).body) ? 1 : 0; }
 
 size_t wmq_firstrecord(const char *line, size_t length, int *part) {
   int found = WMQ_PART_LINE;

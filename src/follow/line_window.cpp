@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "follow/file_identity.h"
-#include "wmq.stream/type_table.h"
+#include "follow/joined_lines.h"
 #include "wmq/follow.h"
 #include "wmq/stream.h"
 
@@ -64,8 +64,7 @@ bool LineWindow::tailIsJoined() const {
   const bool known = wmq_peekline(buffer.data() + begin, &header) == 0;
   wmq_errno = formerError;
   if (!known) return false;
-  const Body body = eventType(header.type).body;
-  return body == Body::headerOnly || body == Body::openLine || body == Body::sideStream;
+  return mayLeaveLineOpen(eventType(header.type).body);
 }
 
 bool LineWindow::look(LinePart &part, bool finished) {

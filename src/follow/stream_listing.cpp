@@ -8,7 +8,7 @@
 #include <cstring>
 #include <memory>
 
-#include "wmq/companion.h"
+#include "wmq.stream/stream_file.h"
 
 namespace wmq {
 namespace {
@@ -17,13 +17,9 @@ struct CloseDirectory {
   void operator()(DIR *directory) const { closedir(directory); }
 };
 
-// The number behind "NAME."; rotation counts on from the largest of those below this one.
-constexpr int64_t kLastSuffix = INT32_MAX - 2;
-
-bool suffixOf(const char *entry, const std::string &name, int64_t &suffix) {
-  if (std::strncmp(entry, name.c_str(), name.size()) != 0 || entry[name.size()] != '.') return false;
-  const char *const text = entry + name.size() + 1;
-  if (!islongint_(text)) return false;
+bool hasSuffix(const char *entry, const std::string &name, int64_t &suffix) {
+  const char *const text = suffixOf(entry, name.c_str());
+  if (text == nullptr) return false;
   suffix = std::strtoll(text, nullptr, 10);
   return suffix <= kLastSuffix && suffix > kNoSuffix;
 }
@@ -63,7 +59,7 @@ bool listStream(const std::string &path, StreamListing &listing) {
     if (entry == nullptr) break;
     StreamEntry found;
     FileStatus status;
-    if (!suffixOf(entry->d_name, name, found.suffix)) continue;
+    if (!hasSuffix(entry->d_name, name, found.suffix)) continue;
     if (!statusOfEntry(dirfd(directory.get()), entry->d_name, status)) {
       if (errno == ENOENT) continue;  // removed meanwhile
       return false;

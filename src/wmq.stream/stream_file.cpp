@@ -20,7 +20,6 @@ namespace {
 constexpr int32_t kDefaultSize = 1000000000;
 constexpr mode_t kMode = 0644;
 constexpr int32_t kRemoved = INT32_MAX;  // marks a suffix that is not, or no longer, to be removed
-constexpr int64_t kLastSuffix = INT32_MAX - 2;
 
 char tracebuf[8192];
 char path[4096];

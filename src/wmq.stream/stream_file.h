@@ -73,6 +73,9 @@ const char *baseName(const char *fileName);
 // The text behind the last dot, if what stands before it is `prefix` and it is a whole number.
 const char *suffixOf(const char *name, const char *prefix);
 
+// Rotation counts on from the largest suffix that is not above this one.
+inline constexpr int64_t kLastSuffix = INT32_MAX - 2;
+
 // True for a regular file, links not followed.
 bool isOldFile(DIR *directory, const char *entry);
 

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -363,6 +364,49 @@ INSTANTIATE_TEST_SUITE_P(Meets, AFollowerThatGetsNews,
                          [](const auto &tested) { return std::string(tested.param.name); });
 
 TEST_P(AFollowerThatGetsNews, LosesNothingWhenASystemCallFails) { withEach(Trouble::system, false, true); }
+
+// Lists a stream of two files. False when that has failed, with nothing left behind.
+bool listsBothFiles(const HandmadeStream &stream) {
+  size_t count = 0;
+  wmq_errno = 0;
+  wmqStreamFile *const files = wmq_streamfiles(stream.path.c_str(), &count);
+  EXPECT_TRUE(files == nullptr || count == 2);
+  std::free(files);
+  return files != nullptr;
+}
+
+TEST(AListOfAStreamsFiles, IsWholeOrNone) {
+  const HandmadeStream stream;
+  stream.append(lines(1, 1));
+  stream.rotate(100);
+  const int descriptors = openDescriptors();
+  int failures = 0;
+  for (const bool inMemory : {true, false}) {
+    if (inMemory && !allocationsCanFail()) continue;
+    bool happened = true;
+    for (int nth = 1; happened; ++nth) {
+      const int left = allocationsLeft();
+      bool listed = false;
+      if (inMemory) {
+        const FailingAllocation failing(nth);
+        listed = listsBothFiles(stream);
+        happened = failing.hasFailed();
+      } else {
+        const FailingCall failing("", nth, EIO);
+        listed = listsBothFiles(stream);
+        happened = failing.happened();
+      }
+      if (!listed) {
+        EXPECT_TRUE(happened);
+        EXPECT_TRUE(wmq_errno == WMQE_SYS || (inMemory && wmq_errno == WMQE_NO_MEM)) << wmq_errno;
+        ++failures;
+      }
+      EXPECT_EQ(allocationsLeft(), left);
+    }
+  }
+  EXPECT_GT(failures, 2);
+  EXPECT_EQ(openDescriptors(), descriptors);
+}
 
 }  // namespace
 }  // namespace wmq::testing

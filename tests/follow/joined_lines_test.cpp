@@ -251,6 +251,14 @@ TEST(FirstRecord, LeavesErrorAndVersionAsTheyWere) {
   EXPECT_EQ(wmq_lineversion(), 3.5F);
 }
 
+TEST(LeavesOpen, TellsTheTypesBehindWhichAnotherRecordFollows) {
+  for (int32_t type = -1; type <= WMQ_MAX_EVENT_TYPE + 1; ++type) {
+    const bool open =
+        type == EVENT_JOB_OCCUPY_REQ || type == EVENT_JOB_VACATED || type == EVENT_SBD_JOB_STATUS;
+    EXPECT_EQ(wmq_leavesopen(type), open ? 1 : 0) << type;
+  }
+}
+
 TEST(FirstRecord, TellsOfBadArguments) {
   int part = 7;
   wmq_errno = 0;
