@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstring>
 #include <stdexcept>
 
 #include "support/small_records.h"
@@ -23,6 +24,14 @@ CountedWriter::CountedWriter(std::array<std::string, numKinds> streamPaths, int 
   if (shared == MAP_FAILED) throw std::runtime_error("no shared memory");
   counted = static_cast<Counted *>(shared);
   counted->next = firstNumber;
+}
+
+int *CountedWriter::rotationsNoted = nullptr;
+
+// The library traces a rotation when it is done.
+int CountedWriter::noteRotation(const char *message) {
+  if (std::strstr(message, " reset all right ") != nullptr) ++*rotationsNoted;
+  return 0;
 }
 
 CountedWriter::~CountedWriter() { munmap(counted, sizeof(Counted)); }
@@ -55,7 +64,9 @@ void CountedWriter::run(const Writing &task) {
 
 bool CountedWriter::open() {
   std::array<std::string, numKinds> names = paths;
-  const streamParams params{names[0].data(), size, oldFiles, 0, nullptr, names[1].data(), names[2].data()};
+  rotationsNoted = &counted->rotations;
+  const streamParams params{names[0].data(), size,           oldFiles, 1, noteRotation,
+                            names[1].data(), names[2].data()};
   return wmq_openstream(&params) == 0 && wmq_openstatus(&params) == 0 && wmq_openpendingreasons(&params) == 0;
 }
 

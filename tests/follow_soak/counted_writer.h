@@ -49,7 +49,9 @@ class CountedWriter {
   pid_t start(const Writing &task);
 
   int next() const { return counted->next; }
+  int rotations() const { return counted->rotations; }
   // The write returned success.
+  bool hasWritten(int number) const { return counted->writtenTo[number - firstNumber] != 0; }
   bool hasWritten(int number, Kind kind) const {
     return counted->writtenTo[number - firstNumber] == 1 + static_cast<int>(kind);
   }
@@ -58,9 +60,12 @@ class CountedWriter {
   // Seen by the starting process also when the writer is killed.
   struct Counted {
     int next;  // number of the next record
+    int rotations;
     int8_t writtenTo[mostRecords];
   };
 
+  static int *rotationsNoted;  // in the process that writes
+  static int noteRotation(const char *message);
   [[noreturn]] void run(const Writing &task);
   bool open();
   void countWrites(Kind kind);

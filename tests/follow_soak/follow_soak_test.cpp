@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <map>
@@ -44,6 +45,22 @@ namespace wmq::testing {
 namespace {
 
 namespace fs = std::filesystem;
+
+// What has happened in all sequences, for whoever plays many.
+struct Tally {
+  int sequences = 0, records = 0, rotations = 0, writersKilled = 0, followersKilled = 0, destroyed = 0,
+      told = 0;
+};
+Tally tally;
+
+void printTally() {
+  std::printf(
+      "%d sequences, %d records, %d rotations, %d writers killed, %d followers killed, "
+      "%d files destroyed, %d losses told\n",
+      tally.sequences, tally.records, tally.rotations, tally.writersKilled, tally.followersKilled,
+      tally.destroyed, tally.told);
+  tally = {};
+}
 
 class Sequence {
  public:
@@ -82,6 +99,7 @@ class Sequence {
       }
     }
     finish();
+    addToTally();
     if (fault.empty()) return "";
     return fault + "\n" + story.str();
   }
@@ -96,6 +114,17 @@ class Sequence {
     bool limited = false;    // the limit of old files has been reached
     uintmax_t sizeRead = 0;
   };
+
+  void addToTally() const {
+    ++tally.sequences;
+    tally.rotations += writer.rotations();
+    for (int number = firstNumber; number < writer.next(); ++number)
+      if (writer.hasWritten(number)) ++tally.records;
+    for (const Stream &stream : streams) {
+      tally.followersKilled += stream.follower->kills();
+      for (const Item &item : stream.follower->items()) tally.told += item.excuses ? 1 : 0;
+    }
+  }
 
   int pick(int below) { return pickFrom(random, below); }
 
@@ -155,6 +184,7 @@ class Sequence {
   }
 
   void written(int status) {
+    if (WIFSIGNALED(status)) ++tally.writersKilled;
     for (Stream &stream : streams)
       if (static_cast<int>(suffixes(stream).size()) >= oldFiles) stream.limited = true;
     if (WIFSIGNALED(status) || WEXITSTATUS(status) == 0) return;
@@ -222,7 +252,7 @@ class Sequence {
     for (size_t i = 0; i < old.size() && (i == 0 || pick(3) != 0); ++i) {
       story << "remove the old file " << old[i] << "\n";
       fs::remove(stream.path + "." + std::to_string(old[i]));
-      stream.destroyed = true;
+      destroyed(stream);
     }
   }
 
@@ -251,11 +281,16 @@ class Sequence {
     return stat(file.c_str(), &status) == 0 ? status.st_ino : 0;
   }
 
+  static void destroyed(Stream &stream) {
+    stream.destroyed = true;
+    ++tally.destroyed;
+  }
+
   void removeCurrent(Stream &stream) {
     if (!isInCurrent(stream)) return;
     story << "remove the file\n";
     fs::remove(stream.path);
-    stream.destroyed = true;
+    destroyed(stream);
   }
 
   void truncate(Stream &stream) {
@@ -264,7 +299,7 @@ class Sequence {
     const uintmax_t length = pick(2) == 0 || stream.sizeRead < 500 ? 0 : stream.sizeRead / 2;
     story << "truncate to " << length << "\n";
     fs::resize_file(stream.path, length);
-    stream.destroyed = true;
+    destroyed(stream);
   }
 
   void replace(Stream &stream, bool byCopy) {
@@ -276,7 +311,7 @@ class Sequence {
     else
       makeFile(other);
     fs::rename(other, stream.path);
-    stream.destroyed = true;
+    destroyed(stream);
   }
 
   // ------------------------------------------------------------------------------ following
@@ -382,6 +417,7 @@ void playAll(const Seeds &seeds, bool odd, const std::string &ballast, const Tem
     const std::string fault = Sequence(static_cast<uint32_t>(seed), ballast, states / "").play();
     ASSERT_TRUE(fault.empty()) << "in the sequence of seed " << seed << ": " << fault;
   }
+  printTally();
 }
 
 TEST(FollowSoak, EveryRecordArrivesOnceOrStandsInAGap) {

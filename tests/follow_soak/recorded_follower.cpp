@@ -132,6 +132,7 @@ void RecordedFollower::readFromProgram(int most) {
     if (killed || lines < most) continue;
     if (pickFrom(random, 2) == 0) usleep(static_cast<useconds_t>(pickFrom(random, 1000)));
     ::kill(program.child, SIGKILL);
+    ++numKills;
     killed = true;
   }
   close(program.output);
@@ -166,6 +167,7 @@ void RecordedFollower::save() {
 void RecordedFollower::kill() {
   if (follower == nullptr) return;
   story << "kill the follower\n";
+  ++numKills;
   given.resize(numSaved);
   follower = std::make_unique<StreamFollower>(path, position);
   if (!follower->isOpen()) wrong = "the position was refused: " + position;

@@ -42,6 +42,7 @@ class RecordedFollower {
   std::string savedPosition() const;
 
   const std::vector<Item> &items() const { return given; }
+  int kills() const { return numKills; }
   const std::string &fault() const { return wrong; }
 
  private:
@@ -59,6 +60,7 @@ class RecordedFollower {
   std::vector<Item> given;
   std::string position;  // that was saved
   size_t numSaved = 0;
+  int numKills = 0;
   std::string wrong;
 };
 
