@@ -19,7 +19,7 @@ unsigned availableThreads();
 // What is done with the parts of the work, each of which is a Part: the same few are used again and again.
 template <typename Part>
 struct Steps {
-  std::function<bool(Part &)> fill;  // gets the next part, on a thread of its own; false when there is none
+  std::function<bool(Part &)> fill;  // gets the next part, on any thread, one at a time; false: there is none
   std::function<void(Part &)> work;  // on any thread, several at once
   std::function<bool(Part &)> use;   // on the calling thread, in order; false ends it all
   std::function<void()> idle;        // there, before it waits for a part
@@ -36,7 +36,6 @@ class Pipeline {
     if (workers <= 1) return runAlone();
     std::vector<std::thread> threads;
     try {
-      threads.emplace_back([this] { guarded([this] { fillAll(); }); });
       for (unsigned i = 0; i < workers; ++i)
         threads.emplace_back([this] { guarded([this] { workOnAll(); }); });
       guarded([this] { useAll(); });
@@ -49,7 +48,7 @@ class Pipeline {
   }
 
  private:
-  enum class State { free, filled, taken, done };
+  enum class State { free, taken, done };
   struct Slot {
     Part part;
     State state = State::free;
@@ -65,67 +64,55 @@ class Pipeline {
 
   Slot &slotOf(uint64_t number) { return slots[number % slots.size()]; }
 
-  // Waits until the slot is in that state; false when nothing more is to be done.
-  bool await(std::unique_lock<std::mutex> &lock, const Slot &slot, State state, uint64_t number) {
-    changed.wait(lock, [&] { return stopped || slot.state == state || number >= numParts; });
-    return !stopped && number < numParts;
-  }
-
-  void set(Slot &slot, State state) {
+  // Gets the next part, when its slot is free; null when there is none. Part by part: the input is one.
+  Slot *fillNext() {
+    const std::lock_guard filling(fillMutex);
+    Slot &slot = slotOf(numFilled);
     {
-      const std::lock_guard lock(mutex);
-      slot.state = state;
+      std::unique_lock lock(mutex);
+      freed.wait(lock, [&] { return stopped || numFilled >= numParts || slot.state == State::free; });
+      if (stopped || numFilled >= numParts) return nullptr;
+      slot.state = State::taken;
     }
-    changed.notify_all();
-  }
-
-  void fillAll() {
-    for (uint64_t number = 0;; ++number) {
-      Slot &slot = slotOf(number);
-      {
-        std::unique_lock lock(mutex);
-        if (!await(lock, slot, State::free, number)) return;
-      }
-      if (!steps.fill(slot.part)) return end(number);
-      set(slot, State::filled);
+    if (!steps.fill(slot.part)) {
+      end(numFilled);
+      return nullptr;
     }
+    ++numFilled;
+    return &slot;
   }
 
   void workOnAll() {
-    for (;;) {
-      Slot *slot = nullptr;
-      {
-        std::unique_lock lock(mutex);
-        // Another worker may take the part for which this one has waited.
-        do {
-          slot = &slotOf(nextToWork);
-          const uint64_t number = nextToWork;
-          changed.wait(lock, [&] {
-            return stopped || nextToWork != number || slot->state == State::filled || number >= numParts;
-          });
-          if (stopped || nextToWork >= numParts) return;
-        } while (slot != &slotOf(nextToWork) || slot->state != State::filled);
-        slot->state = State::taken;
-        ++nextToWork;
-      }
+    while (Slot *const slot = fillNext()) {
       steps.work(slot->part);
-      set(*slot, State::done);
+      {
+        const std::lock_guard lock(mutex);
+        slot->state = State::done;
+      }
+      done.notify_one();
     }
   }
 
   void useAll() {
     for (uint64_t number = 0;; ++number) {
       Slot &slot = slotOf(number);
-      std::unique_lock lock(mutex);
-      if (slot.state != State::done) {
-        lock.unlock();
-        steps.idle();
-        lock.lock();
+      {
+        std::unique_lock lock(mutex);
+        const auto isReady = [&] { return stopped || number >= numParts || slot.state == State::done; };
+        if (!isReady()) {
+          lock.unlock();
+          steps.idle();
+          lock.lock();
+        }
+        done.wait(lock, isReady);
+        if (stopped || number >= numParts) return;
       }
-      if (!await(lock, slot, State::done, number)) return;
-      lock.unlock();
       if (!steps.use(slot.part)) return;
-      set(slot, State::free);
+      {
+        const std::lock_guard lock(mutex);
+        slot.state = State::free;
+      }
+      freed.notify_one();
     }
   }
 
@@ -134,7 +121,7 @@ class Pipeline {
       const std::lock_guard lock(mutex);
       numParts = number;
     }
-    changed.notify_all();
+    done.notify_one();
   }
 
   void stop() {
@@ -142,7 +129,8 @@ class Pipeline {
       const std::lock_guard lock(mutex);
       stopped = true;
     }
-    changed.notify_all();
+    done.notify_one();
+    freed.notify_one();
   }
 
   // An exception of any thread ends the work of all and comes out of run().
@@ -166,10 +154,13 @@ class Pipeline {
   const unsigned workers;
   std::vector<Slot> slots;
 
-  std::mutex mutex;
-  std::condition_variable changed;
+  std::mutex fillMutex;
+  uint64_t numFilled = 0;
+
+  std::mutex mutex;                // of all that follows, and of the states
+  std::condition_variable freed;   // for whoever fills
+  std::condition_variable done;    // for whoever uses
   uint64_t numParts = UINT64_MAX;  // once the last one is known
-  uint64_t nextToWork = 0;
   bool stopped = false;
   std::exception_ptr failure;
 };
