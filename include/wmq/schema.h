@@ -54,9 +54,11 @@ enum {
 struct wmqLayout;
 
 typedef struct wmqField {
-  const char *name;  // of the member
+  const char *name;   // of the member
+  size_t nameLength;  // of it, in bytes
   wmqKind kind;
   wmqShape shape;
+  unsigned flags;                  // WMQ_FIELD_
   size_t offset;                   // of the member in its structure
   size_t size;                     // bytes of the member; of one element where it is an array
   size_t length;                   // elements of a WMQ_SHAPE_FIXED array, else 1
@@ -73,7 +75,6 @@ typedef struct wmqField {
   const char *absent;     // value when the line has none, such as "0", "\"\"", "copy of execHosts"
   const char *note;       // what else there is to say, or ""
   size_t minLength;       // WMQ_KIND_CHARS: fewest characters that a reader accepts
-  unsigned flags;         // WMQ_FIELD_
 } wmqField;
 
 typedef struct wmqLayout {

@@ -27,7 +27,7 @@ thread_local constinit BlockCache blockCache{};
 namespace {
 
 using State = BlockCache::State;
-constexpr ptrdiff_t mostUnits = (ptrdiff_t{128} << 10) / 16;  // in all, and one block
+constexpr ptrdiff_t mostUnits = (ptrdiff_t{1} << 20) / 16;  // in all, and one block
 
 void endKeeping(void *) {
   freeKeptBlocks();

@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "companion/block_cache.h"
+#include "companion/byte_groups.h"
 #include "companion/list_text.h"
 #include "companion/numbers.h"
 #include "companion/quoting.h"
@@ -83,11 +85,11 @@ bool copyExpanded(char **expanded, int32_t count, char *const *hosts) {
       ++expanded;
       continue;
     }
-    const size_t size = std::strlen(plain) + 1;
+    const size_t length = std::strlen(plain);
     for (char **const end = expanded + times; expanded != end; ++expanded) {
-      *expanded = static_cast<char *>(std::malloc(size));
+      *expanded = static_cast<char *>(takeBlock(bytesForText(length)));
       if (*expanded == nullptr) return false;
-      std::memcpy(*expanded, plain, size);
+      copyBytes(*expanded, plain, length + 1);
     }
   }
   return true;
@@ -101,7 +103,7 @@ void moveOver(char **expanded, int32_t count, char **hosts) {
     if (plain == hosts[i])
       *expanded = hosts[i];
     else
-      std::free(hosts[i]);
+      giveBlock(hosts[i]);
     expanded += times;
   }
   std::free(hosts);

@@ -1,12 +1,14 @@
 #include "json/json_member.h"
 
 #include <iterator>
+#include <string_view>
 
 namespace wmq {
 
-static constexpr wmqField one(const char *name, wmqKind kind, std::size_t offset, std::size_t size) {
+static constexpr wmqField one(std::string_view name, wmqKind kind, std::size_t offset, std::size_t size) {
   wmqField field{};
-  field.name = name;
+  field.name = name.data();
+  field.nameLength = name.size();
   field.kind = kind;
   field.shape = WMQ_SHAPE_ONE;
   field.offset = offset;

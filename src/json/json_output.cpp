@@ -42,6 +42,13 @@ static std::size_t escape(char *out, unsigned char byte) {
 }
 
 void OutputText::quote(const char *from, std::size_t bytes) {
+  char *const at = room(bytes + 2);
+  if (at == nullptr || !copyPlain(at + 1, from, bytes)) return quoteWithEscapes(from, bytes);
+  at[0] = at[bytes + 1] = '"';
+  size += bytes + 2;
+}
+
+void OutputText::quoteWithEscapes(const char *from, std::size_t bytes) {
   const char *end = from + bytes;
   Put('"');
   while (from < end) {

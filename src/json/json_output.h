@@ -17,9 +17,11 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <iterator>
 #include <limits>
+#include <string_view>
 #include <type_traits>
+
+#include "companion/byte_groups.h"
 
 namespace wmq {
 
@@ -33,6 +35,9 @@ struct OutputText {
   bool failed = false;
 
   bool reserve(std::size_t more) { return more <= capacity - size || grow(more); }
+
+  // Where `bytes` more may be written, which count once `size` says so; null without memory for them.
+  char *room(std::size_t bytes) { return reserve(bytes) ? text + size : nullptr; }
 
   void Put(char c) {
     if (reserve(1)) text[size++] = c;
@@ -51,6 +56,7 @@ struct OutputText {
 
  private:
   bool grow(std::size_t more);
+  void quoteWithEscapes(const char *from, std::size_t bytes);
 };
 
 // Where a writer keeps the levels that are open. Log structures nest a handful deep.
@@ -73,21 +79,83 @@ std::to_chars_result shortest(char *first, char *last, T value) {
   return std::to_chars(first, last, value);
 }
 
-// RapidJSON's writers over that buffer, with the values that records need besides.
-template <typename Writer>
-struct TextWriter : LevelMemory, Writer {
+// Objects and arrays on one line.
+struct OnOneLine {
+  OutputText &out;
+  bool first = true;  // no comma before the next value
+
+  explicit OnOneLine(OutputText &where) : out(where) {}
+
+  void StartObject() { open('{'); }
+  void EndObject() { close('}'); }
+  void StartArray() { open('['); }
+  void EndArray() { close(']'); }
+
+  // Of a member of a structure: nothing in it needs to be escaped.
+  void name(std::string_view member) {
+    char *at = out.room(member.size() + 4);
+    if (at == nullptr) return;
+    char *const begin = at;
+    if (!first) *at++ = ',';
+    *at++ = '"';
+    copyBytes(at, member.data(), member.size());
+    at += member.size();
+    *at++ = '"';
+    *at++ = ':';
+    out.size += static_cast<std::size_t>(at - begin);
+    first = true;
+  }
+
+  // What stands before a value.
+  void separate() {
+    if (!first) out.Put(',');
+    first = false;
+  }
+
+ private:
+  void open(char bracket) {
+    separate();
+    out.Put(bracket);
+    first = true;
+  }
+  void close(char bracket) {
+    out.Put(bracket);
+    first = false;
+  }
+};
+
+// And over several lines, as RapidJSON indents them.
+struct Indented : LevelMemory,
+                  rapidjson::PrettyWriter<OutputText, rapidjson::UTF8<>, rapidjson::UTF8<>, LevelMemory> {
   OutputText &out;
 
-  explicit TextWriter(OutputText &where) : Writer(where, this, levels), out(where) {
-    if constexpr (requires { Writer::SetIndent(' ', 2); }) Writer::SetIndent(' ', 2);
+  explicit Indented(OutputText &where) : PrettyWriter(where, this, levels), out(where) { SetIndent(' ', 2); }
+
+  void name(std::string_view member) {
+    separate();
+    out.quote(member.data(), member.size());
   }
 
   // An empty raw value gives the separators and the indentation that belong before the text.
+  void separate() { RawValue("", 0, rapidjson::kStringType); }
+};
+
+// With the values that records have.
+template <typename Punctuation>
+struct TextWriter : Punctuation {
+  using Punctuation::out;
+  using Punctuation::Punctuation;
+
   void text(const char *from, std::size_t bytes) {
-    Writer::RawValue("", 0, rapidjson::kStringType);
+    Punctuation::separate();
     out.quote(from, bytes);
   }
   void text(const char *from) { text(from, std::strlen(from)); }
+
+  void null() {
+    Punctuation::separate();
+    out.append("null", 4);
+  }
 
   // The shortest decimal that reads back to the same value of this very type.
   template <typename T>
@@ -98,16 +166,16 @@ struct TextWriter : LevelMemory, Writer {
         return;
       }
     }
-    char digits[32];
-    const std::to_chars_result result = shortest(digits, std::end(digits), value);
-    Writer::RawValue(digits, static_cast<std::size_t>(result.ptr - digits), rapidjson::kNumberType);
+    Punctuation::separate();
+    constexpr std::size_t longest = 32;
+    char *const digits = out.room(longest);
+    if (digits == nullptr) return;
+    out.size += static_cast<std::size_t>(shortest(digits, digits + longest, value).ptr - digits);
   }
 };
 
-using LineWriter =
-    TextWriter<rapidjson::Writer<OutputText, rapidjson::UTF8<>, rapidjson::UTF8<>, LevelMemory>>;
-using IndentingWriter =
-    TextWriter<rapidjson::PrettyWriter<OutputText, rapidjson::UTF8<>, rapidjson::UTF8<>, LevelMemory>>;
+using LineWriter = TextWriter<OnOneLine>;
+using IndentingWriter = TextWriter<Indented>;
 
 }  // namespace wmq
 

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "companion/byte_groups.h"
+
 namespace wmq {
 
 inline bool isPlain(char c) {
@@ -14,20 +16,45 @@ inline bool isPlain(char c) {
   return byte >= 0x20 && byte < 0x80 && c != '"' && c != '\\';
 }
 
+// Flags the lowest of eight bytes that is not plain, if there is one. Above it a borrow can raise a false
+// flag.
+inline std::uint64_t flagNotPlain(std::uint64_t bytes) {
+  constexpr std::uint64_t ones = 0x0101010101010101;
+  constexpr std::uint64_t tops = 0x80 * ones;
+  const std::uint64_t quote = bytes ^ ('"' * ones);
+  const std::uint64_t backslash = bytes ^ ('\\' * ones);
+  return (((bytes - 0x20 * ones) | (quote - ones) | (backslash - ones)) & ~bytes & tops) | (bytes & tops);
+}
+
+// Copies the text, as long as it is plain all through; false when it is not.
+inline bool copyPlain(char *out, const char *text, std::size_t bytes) {
+  const auto copy = [&]<typename T>(T group, std::size_t at) {
+    std::memcpy(out + at, &group, sizeof group);
+    return group;
+  };
+  if (bytes >= 8) {
+    // The last group overlaps the one before it.
+    std::size_t at = 0;
+    for (; bytes - at > 8; at += 8)
+      if (flagNotPlain(copy(groupAt<std::uint64_t>(text + at), at)) != 0) return false;
+    return flagNotPlain(copy(groupAt<std::uint64_t>(text + bytes - 8), bytes - 8)) == 0;
+  }
+  if (bytes >= 4) {
+    const std::uint64_t first = copy(groupAt<std::uint32_t>(text), 0);
+    const std::uint64_t last = copy(groupAt<std::uint32_t>(text + bytes - 4), bytes - 4);
+    return flagNotPlain(last << 32 | first) == 0;
+  }
+  bool plain = true;
+  for (std::size_t at = 0; at < bytes; ++at) plain &= isPlain(out[at] = text[at]);
+  return plain;
+}
+
 // The first byte in [at, end) that is not plain: a control character, a double quote, a backslash, or a byte
 // beyond ASCII; `end` when there is none.
 inline const char *skipPlain(const char *at, const char *end) {
   if constexpr (std::endian::native == std::endian::little) {
-    constexpr std::uint64_t ones = 0x0101010101010101;
-    constexpr std::uint64_t tops = 0x80 * ones;
     while (end - at >= 8) {
-      std::uint64_t bytes;
-      std::memcpy(&bytes, at, sizeof bytes);
-      const std::uint64_t quote = bytes ^ ('"' * ones);
-      const std::uint64_t backslash = bytes ^ ('\\' * ones);
-      // A borrow can raise a false flag only above a true one, and only the lowest flag counts.
-      const std::uint64_t flags =
-          (((bytes - 0x20 * ones) | (quote - ones) | (backslash - ones)) & ~bytes & tops) | (bytes & tops);
+      const std::uint64_t flags = flagNotPlain(groupAt<std::uint64_t>(at));
       if (flags != 0) return at + std::countr_zero(flags) / 8;
       at += 8;
     }

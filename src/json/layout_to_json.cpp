@@ -42,25 +42,25 @@ static bool writeExtension(Writer &writer, const submitExt &extension) {
   return true;
 }
 
+// What a member points to, or null.
+template <typename T, typename Writer, typename Write>
+static bool writeOwned(Writer &writer, const char *at, Write write) {
+  if (const T *owned = load<const T *>(at)) return write(*owned);
+  writer.null();
+  return true;
+}
+
+template <typename Writer>
+static void writeString(Writer &writer, const char *at) {
+  if (const char *const text = load<const char *>(at))
+    writer.text(text);
+  else
+    writer.null();
+}
+
 // The member itself, or one element of an array.
 template <typename Writer>
 static bool writeValue(Writer &writer, const wmqField &field, const char *at) {
-  const auto *pointer = [&]() -> const void * {
-    switch (field.kind) {
-      case WMQ_KIND_STRING:
-      case WMQ_KIND_SUBMIT_EXT:
-      case WMQ_KIND_NAMED_VALUES:
-      case WMQ_KIND_AFFINITY:
-        return load<const void *>(at);
-      default:
-        return at;
-    }
-  }();
-  if (pointer == nullptr) {
-    writer.Null();
-    return true;
-  }
-
   switch (field.kind) {
     case WMQ_KIND_INT32:
       writer.number(load<std::int32_t>(at));
@@ -75,7 +75,7 @@ static bool writeValue(Writer &writer, const wmqField &field, const char *at) {
       writer.number(load<double>(at));
       return true;
     case WMQ_KIND_STRING:
-      writer.text(static_cast<const char *>(pointer));
+      writeString(writer, at);
       return true;
     case WMQ_KIND_CHARS:
       writer.text(at, strnlen(at, field.size));
@@ -83,15 +83,18 @@ static bool writeValue(Writer &writer, const wmqField &field, const char *at) {
     case WMQ_KIND_STRUCT:
       return writeLayout(writer, *field.layout, at);
     case WMQ_KIND_SUBMIT_EXT:
-      return writeExtension(writer, *static_cast<const submitExt *>(pointer));
+      return writeOwned<submitExt>(writer, at,
+                                   [&](const auto &extension) { return writeExtension(writer, extension); });
     case WMQ_KIND_NAMED_VALUES:
-      return writeLayout(writer, namedValuesLayout, pointer);
+      return writeOwned<namedValueList>(
+          writer, at, [&](const auto &list) { return writeLayout(writer, namedValuesLayout, &list); });
     case WMQ_KIND_AFFINITY:
-      return writeAffinity(writer, *static_cast<const affinityAlloc *>(pointer));
+      return writeOwned<affinityAlloc>(
+          writer, at, [&](const auto &allocation) { return writeAffinity(writer, allocation); });
     case WMQ_KIND_NETWORK:
       break;  // only whole arrays of these have a form
   }
-  writer.Null();
+  writer.null();
   return true;
 }
 
@@ -115,7 +118,7 @@ static bool writeField(Writer &writer, const wmqField &field, const char *base) 
   const std::int64_t count = loadCount(field, base);
   // With a negative count there is no array, whatever the pointer says.
   if (elements == nullptr || count < 0) {
-    writer.Null();
+    writer.null();
     return true;
   }
   if (field.kind == WMQ_KIND_NETWORK)
@@ -129,7 +132,7 @@ bool writeLayout(Writer &writer, const wmqLayout &layout, const void *base) {
   for (std::size_t i = 0; i < layout.numFields; ++i) {
     const wmqField &field = layout.fields[i];
     if (!isShown(field)) continue;
-    writer.text(field.name);
+    writer.name({field.name, field.nameLength});
     if (!writeField(writer, field, static_cast<const char *>(base))) return false;
   }
   writer.EndObject();

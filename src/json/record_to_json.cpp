@@ -10,16 +10,16 @@ template <typename Writer>
 static bool writeRecord(Writer &writer, const eventRecord &record, const wmqLayout &layout) {
   writer.StartObject();
   if (const char *name = wmq_typename(record.type)) {
-    writer.text("type");
+    writer.name("type");
     writer.text(name);
   }
-  writer.text("code");
+  writer.name("code");
   writer.number(record.type);
-  writer.text("version");
+  writer.name("version");
   writer.text(record.version, strnlen(record.version, sizeof record.version));
-  writer.text("eventTime");
+  writer.name("eventTime");
   writer.number(record.eventTime);
-  writer.text("eventLog");
+  writer.name("eventLog");
   if (!writeLayout(writer, layout, &record.eventLog)) return false;
   writer.EndObject();
   writer.out.Put('\0');

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <cstring>
 
 namespace wmq {
 
@@ -48,6 +49,7 @@ void finishDescription(Description &out, std::string_view name, size_t size) {
     if (array.shape == WMQ_SHAPE_COUNTED)
       for (wmqField &field : out.fields)
         if (field.offset == array.countOffset) field.flags |= WMQ_FIELD_COUNT;
+  for (wmqField &field : out.fields) field.nameLength = std::strlen(field.name);
   const std::string_view plain = name.substr(name.rfind(':') + 1);
   out.texts.emplace_back(plain);
   out.layout = {out.texts.back().c_str(), size, out.fields.size(), out.fields.data()};

@@ -17,8 +17,10 @@ static const wmqLayout *describeNothing() {
 
 static const wmqLayout *describeEndOfStream() {
   static const wmqField marker{.name = "endOfStream",
+                               .nameLength = sizeof "endOfStream" - 1,
                                .kind = WMQ_KIND_INT32,
                                .shape = WMQ_SHAPE_ONE,
+                               .flags = WMQ_FIELD_OFF_LINE,
                                .offset = 0,
                                .size = sizeof(int32_t),
                                .length = 1,
@@ -33,8 +35,7 @@ static const wmqLayout *describeEndOfStream() {
                                .condition = "",
                                .absent = "",
                                .note = "1 when read; whatever follows the header is ignored",
-                               .minLength = 0,
-                               .flags = WMQ_FIELD_OFF_LINE};
+                               .minLength = 0};
   static const wmqLayout layout{"eventLog", sizeof(int32_t), 1, &marker};
   return &layout;
 }

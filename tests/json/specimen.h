@@ -4,6 +4,7 @@
 #define WMQ_TESTS_SPECIMEN_H
 
 #include <cstdint>
+#include <cstring>
 #include <vector>
 
 #include "wmq/records/shapes.h"
@@ -47,6 +48,7 @@ inline wmqField stated(const char *name, wmqKind kind, std::size_t offset, std::
                        const wmqLayout *layout = nullptr) {
   wmqField field{};
   field.name = name;
+  field.nameLength = std::strlen(name);
   field.kind = kind;
   field.shape = WMQ_SHAPE_ONE;
   field.offset = offset;

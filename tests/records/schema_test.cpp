@@ -248,6 +248,10 @@ TEST_P(EveryStructure, HasTextsForEverythingThatIsNotThere) {
   }
 }
 
+TEST_P(EveryStructure, TellsHowLongNamesAre) {
+  for (const wmqField &field : fieldsOf(layout)) EXPECT_EQ(field.nameLength, std::strlen(field.name));
+}
+
 TEST_P(EveryStructure, GoesAlongTheLine) {
   int position = 0;
   for (const wmqField &field : fieldsOf(layout)) {
