@@ -42,17 +42,18 @@ std::string tell(std::string_view text, bool isTorn, bool atEnd, LineFact &fact)
   fact.kind = LineFact::Kind::torn;
   if (isTorn) return tornText(text, false);
   Refusal why;
-  const Record record = readRecord(text, why);
-  if (atEnd && !(record && wmq_leavesopen(record->type) != 0)) return tornText(text, true);
-  if (!record) {
+  eventRecord record;
+  const bool isRecord = checkRecord(text, record, why);
+  if (atEnd && !(isRecord && wmq_leavesopen(record.type) != 0)) return tornText(text, true);
+  if (!isRecord) {
     fact.kind = LineFact::Kind::malformed;
     return "error " + std::to_string(why.error) + " " + wmq_errname(why.error) + ": " + why.text;
   }
   fact.kind = LineFact::Kind::record;
-  fact.type = record->type;
-  fact.time = record->eventTime;
-  std::memcpy(fact.version, record->version, sizeof fact.version);
-  takeJob(*record, fact);
+  fact.type = record.type;
+  fact.time = record.eventTime;
+  std::memcpy(fact.version, record.version, sizeof fact.version);
+  takeJob(record, fact);
   return "";
 }
 
