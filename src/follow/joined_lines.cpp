@@ -7,12 +7,13 @@
 #include "follow/joined_lines.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
 
-#include "companion/byte_groups.h"
 #include "companion/numbers.h"
+#include "companion/quoting.h"
 #include "wmq.stream/line_parser.h"
 #include "wmq.stream/type_table.h"
 #include "wmq/follow.h"
@@ -62,32 +63,48 @@ Header headerAround(const char *from, const char *closing, const char *end) {
   return {name - 1, cursor, type};
 }
 
-// One of the 32 places from `text` on begins `" "` and a digit; 35 bytes are looked at. Written without a
-// branch, so that the compiler makes a few vector instructions of it.
-bool anyClosing(const char *text) {
-  unsigned char any = 0;
-  for (size_t i = 0; i < 32; ++i) {
-    const auto digit = static_cast<unsigned char>(text[i + 3] - '0');
-    any =
-        static_cast<unsigned char>(any | static_cast<unsigned char>((text[i] == '"') & (text[i + 1] == ' ') &
-                                                                    (text[i + 2] == '"') & (digit < 10)));
-  }
-  return any != 0;
+// Type names end with a capital letter, or a digit behind one. Names of hosts, which stand one behind the
+// other on long lines, end with digits, too.
+bool mayBeClosing(const char *quote) {
+  const auto isCapital = [](char c) { return c >= 'A' && c <= 'Z'; };
+  return quote[0] == '"' && quote[1] == ' ' && quote[2] == '"' && isDigit(quote[3]) &&
+         isCapital(isDigit(quote[-1]) ? quote[-2] : quote[-1]);
 }
+
+#ifdef __SSE2__
+// The same for the 16 places from `text` on, a bit for each.
+unsigned closingsIn(const char *text) {
+  const auto is = [text](ptrdiff_t at, char c) {
+    return _mm_cmpeq_epi8(loadGroup(text + at), _mm_set1_epi8(c));
+  };
+  const auto isFrom = [text](ptrdiff_t at, char first, char last) {
+    const __m128i distance = _mm_sub_epi8(loadGroup(text + at), _mm_set1_epi8(first));
+    const __m128i most = _mm_set1_epi8(static_cast<char>(last - first));
+    return _mm_cmpeq_epi8(_mm_min_epu8(distance, most), distance);
+  };
+  const __m128i quotes = _mm_and_si128(is(0, '"'), is(2, '"'));
+  const __m128i version = _mm_and_si128(is(1, ' '), isFrom(3, '0', '9'));
+  const __m128i name =
+      _mm_or_si128(isFrom(-1, 'A', 'Z'), _mm_and_si128(isFrom(-1, '0', '9'), isFrom(-2, 'A', 'Z')));
+  return static_cast<unsigned>(_mm_movemask_epi8(_mm_and_si128(_mm_and_si128(quotes, version), name)));
+}
+#endif
 
 // The first header that begins at `from` or behind it.
 Header findHeader(const char *from, const char *end) {
-  const char *at = from;
-  while (end - at >= 4) {
-    if (end - at >= 35 && !anyClosing(at)) {
-      at += 32;
-      continue;
+  if (end - from < 2) return {};
+  const char *at = from + 2;
+#ifdef __SSE2__
+  for (; end - at >= static_cast<ptrdiff_t>(groupSize) + 3; at += groupSize) {
+    for (unsigned closings = closingsIn(at); closings != 0; closings &= closings - 1) {
+      const Header header = headerAround(from, at + std::countr_zero(closings), end);
+      if (header.begin != nullptr) return header;
     }
-    const char *const stop = end - at >= 35 ? at + 32 : end - 3;
-    for (; at < stop; ++at) {
-      if (at[0] != '"' || at[1] != ' ' || at[2] != '"' || !isDigit(at[3])) continue;
-      if (const Header header = headerAround(from, at, end); header.begin != nullptr) return header;
-    }
+  }
+#endif
+  for (; end - at >= 4; ++at) {
+    if (!mayBeClosing(at)) continue;
+    if (const Header header = headerAround(from, at, end); header.begin != nullptr) return header;
   }
   return {};
 }

@@ -77,12 +77,26 @@ const PairTable::Entry *findHalving(const PairTable &table, std::string_view nam
   return nullptr;
 }
 
-const PairTable::Entry *findEntry(const PairTable &table, const Pair &pair) {
-  const std::string_view name(pair.name, pair.nameLength);
+const PairTable::Entry *search(const PairTable &table, std::string_view name) {
   if (table.published != nullptr) return findHalving(table, name);
   for (int i = 0; i < table.count; ++i)
     if (name == table.entries[i].name) return &table.entries[i];
   return nullptr;
+}
+
+// Finds what a search finds. Pairs that a writer leaves out are passed over, as long as they are a few.
+const PairTable::Entry *findEntry(PairReader &in, const PairTable &table) {
+  constexpr int mostLeftOut = 8;
+  const std::string_view name(in.pair.name, in.pair.nameLength);
+  const int behind = std::min(table.numInOrder, in.nextInOrder + mostLeftOut);
+  const PairTable::Entry *found = nullptr;
+  for (int place = in.nextInOrder; found == nullptr && place < behind; ++place) {
+    const PairTable::Entry &entry = table.entries[table.inOrder[place]];
+    if (name == std::string_view(entry.name, entry.nameLength)) found = &entry;
+  }
+  if (found == nullptr) found = search(table, name);
+  if (found != nullptr) in.nextInOrder = found->nextInOrder;
+  return found;
 }
 
 void readHostEntry(PairReader &in, hostRusageEntry &entry, bool withEnergy) {
@@ -213,18 +227,21 @@ void keepNetwork(PairReader &in, const char *field, int32_t &count, networkAlloc
 }
 
 void addHandler(PairTable &table, const char *name, PairTable::Handler handler, int slot) {
-  for (int i = 0; i < table.count; ++i) {
-    if (std::strcmp(table.entries[i].name, name) != 0) continue;
-    table.entries[i] = {name, handler, slot};
-    return;
-  }
-  if (table.published == nullptr) table.entries[table.count++] = {name, handler, slot};
+  int place = 0;
+  while (place < table.count && std::strcmp(table.entries[place].name, name) != 0) ++place;
+  if (place == table.count && table.published != nullptr) return;
+  table.count = std::max(table.count, place + 1);
+  PairTable::Entry &entry = table.entries[place];
+  entry = {name, handler, slot, std::strlen(name)};
+  if (search(table, name) != &entry || table.numInOrder == PairTable::most) return;
+  table.inOrder[table.numInOrder++] = static_cast<uint8_t>(place);
+  entry.nextInOrder = table.numInOrder;
 }
 
 void takePairs(PairReader &in, const PairTable &table, void *log) {
   while (in.left > 0 && nextPair(in)) {
     if (in.pair.empty()) continue;
-    const PairTable::Entry *entry = findEntry(table, in.pair);
+    const PairTable::Entry *entry = findEntry(in, table);
     if (entry != nullptr && entry->handler != nullptr) entry->handler(in, log, entry->slot);
   }
 }

@@ -36,7 +36,8 @@ struct PairReader {
   ~PairReader();
 
   Reader &io;
-  int64_t left = 0;  // of the pairs that the line announced
+  int64_t left = 0;     // of the pairs that the line announced
+  int nextInOrder = 0;  // in the table's order, behind the last pair
   Pair pair;
   char *decoded[2] = {};  // name and value, where they cannot be read in place
 };
@@ -53,16 +54,22 @@ void keepAffinity(PairReader &in, const char *field, affinityAlloc *&allocation)
 void keepNetwork(PairReader &in, const char *field, int32_t &count, networkAlloc *&allocations);
 
 // What the reader does with each name. With `published` names, these are searched by halving, in their order.
+// Most lines have their pairs in the order in which they are stated.
 struct PairTable {
   using Handler = void (*)(PairReader &in, void *log, int slot);
   struct Entry {
     const char *name;
     Handler handler;
     int slot;
+    size_t nameLength = 0;
+    int nextInOrder = 0;
   };
+  static constexpr int most = 96;
   const char *const *published = nullptr;
   int count = 0;
-  Entry entries[96] = {};
+  Entry entries[most] = {};
+  int numInOrder = 0;
+  uint8_t inOrder[most] = {};  // the entries that a search finds, as they were stated
 };
 
 void addHandler(PairTable &table, const char *name, PairTable::Handler handler, int slot = 0);
