@@ -23,9 +23,6 @@ using wmq::StreamListing;
 namespace wmq {
 namespace {
 
-// A stream that changes faster than it can be listed is listed again when the news of it has come.
-constexpr int kMostTries = 100;
-
 bool failSystem() {
   wmq_errno = WMQE_SYS;
   return false;
@@ -74,11 +71,14 @@ Extract firstOf(const StreamEntry &entry) {
   return first;
 }
 
-bool isSame(const StreamListing &a, const StreamListing &b) {
-  if (a.old.size() != b.old.size() || a.hasCurrent != b.hasCurrent) return false;
-  for (size_t i = 0; i < a.old.size(); ++i)
-    if (a.old[i].path != b.old[i].path || !(a.old[i].identity == b.old[i].identity)) return false;
-  return !a.hasCurrent || a.current.identity == b.current.identity;
+// What was listed before, if it is still there. Without a time of creation its inode may be another file's by
+// now, but hardly one of the same suffix.
+const StreamEntry *findAgain(const StreamListing &listing, const StreamEntry &known) {
+  const bool certain = hasBirth(known.identity);
+  const StreamEntry *const old = listing.oldFile(known.identity);
+  if (old != nullptr && (certain || old->suffix == known.suffix)) return old;
+  return certain && listing.hasCurrent && listing.current.identity == known.identity ? &listing.current
+                                                                                     : nullptr;
 }
 
 }  // namespace
@@ -105,7 +105,7 @@ bool wmqFollower::openOldest() {
     const StreamEntry &oldest = before.old.empty() ? before.current : before.old.front();
     OpenFile opened;
     if (!wmq::openEntry(oldest, opened)) return false;
-    if (!opened.isOpen() || !wmq::list(path, after) || !wmq::isSame(before, after)) continue;
+    if (!opened.isOpen() || !wmq::list(path, after) || before != after) continue;
     if (!begin(std::move(opened), oldest, 0)) return false;
     takePlaceIn(after);
     return true;
@@ -214,7 +214,7 @@ bool wmqFollower::resume(const char *text) {
   return true;
 }
 
-// Renaming while the files are listed can hide one: only what two lists agree on is not there.
+// Renaming while the files are tried can hide one: only what two lists agree on is not there.
 bool wmqFollower::locate(const Position &wanted, bool &found) {
   StreamListing before;
   StreamListing after;
@@ -222,7 +222,7 @@ bool wmqFollower::locate(const Position &wanted, bool &found) {
     if (!wmq::list(path, before) || !tryEntries(before, wanted, found)) return false;
     if (found) return takePlace();
     if (!wmq::list(path, after)) return false;
-    if (wmq::isSame(before, after)) return true;
+    if (before == after) return true;
   }
   return true;
 }
@@ -314,11 +314,7 @@ bool wmqFollower::findSuccessor(const StreamListing &listing, Successor &success
   }
   // It is gone. One that was behind it when it was still there is known to be the next that is left.
   for (const StreamEntry &known : ahead) {
-    const StreamEntry *still = hasBirth(known.identity) ? listing.oldFile(known.identity) : nullptr;
-    if (still == nullptr && hasBirth(known.identity) && listing.hasCurrent &&
-        listing.current.identity == known.identity)
-      still = &listing.current;
-    if (still != nullptr) {
+    if (const StreamEntry *const still = wmq::findAgain(listing, known); still != nullptr) {
       successor.found = successor.exact = true;
       successor.entry = *still;
       return true;

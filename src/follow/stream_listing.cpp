@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <utility>
 
 #include "wmq.stream/stream_file.h"
 
@@ -47,7 +48,16 @@ const StreamEntry *StreamListing::oldFile(const FileIdentity &identity) const {
   return nullptr;
 }
 
-bool listStream(const std::string &path, StreamListing &listing) {
+bool operator==(const StreamListing &a, const StreamListing &b) {
+  const auto isSame = [](const StreamEntry &one, const StreamEntry &other) {
+    return one.path == other.path && one.identity == other.identity;
+  };
+  return std::equal(a.old.begin(), a.old.end(), b.old.begin(), b.old.end(), isSame) &&
+         a.hasCurrent == b.hasCurrent && (!a.hasCurrent || isSame(a.current, b.current));
+}
+
+// What is renamed or removed meanwhile may be on the list or not, each file for itself.
+static bool listOnce(const std::string &path, StreamListing &listing) {
   listing = {};
   const std::unique_ptr<DIR, CloseDirectory> directory(opendir(directoryPart(path).c_str()));
   if (directory == nullptr) return false;
@@ -81,6 +91,18 @@ bool listStream(const std::string &path, StreamListing &listing) {
     return false;
   }
   return true;
+}
+
+bool listStream(const std::string &path, StreamListing &listing) {
+  StreamListing before;
+  if (!listOnce(path, before)) return false;
+  for (int tries = 0; tries < kMostTries; ++tries) {
+    if (!listOnce(path, listing)) return false;
+    if (before == listing) return true;
+    std::swap(before, listing);
+  }
+  errno = EBUSY;
+  return false;
 }
 
 }  // namespace wmq

@@ -27,8 +27,15 @@ struct StreamListing {
   const StreamEntry *oldFile(const FileIdentity &identity) const;
 };
 
-// Lists old files ("PATH.NUMBER", regular ones) and looks for the current one. Each name that was there from
-// the beginning of the call to its end is found. False with errno.
+// The same files under the same names. They may have grown.
+bool operator==(const StreamListing &a, const StreamListing &b);
+
+// What changes faster than it can be looked at is looked at so often.
+inline constexpr int kMostTries = 100;
+
+// Old files ("PATH.NUMBER", regular ones) and the current one, as they stood at one moment: files are renamed
+// and removed while they are listed, so that it takes two lists that agree. False with errno, which is EBUSY
+// when no two do.
 bool listStream(const std::string &path, StreamListing &listing);
 
 // Directory part of a path, "." for none, and what stands behind it.

@@ -35,6 +35,7 @@ size_t bytesTaken = 0;
 int endOfWrites = 0;
 
 long fileSystem = 0;  // 0: what it is
+bool hideTimesOfCreation = false;
 
 // Whether the call is to fail, with errno set.
 bool fails(const char *name) {
@@ -80,6 +81,9 @@ WritesEndAfter::~WritesEndAfter() { writesEnd = false; }
 OnFileSystem::OnFileSystem(long type) { fileSystem = type; }
 OnFileSystem::~OnFileSystem() { fileSystem = 0; }
 
+WithoutTimesOfCreation::WithoutTimesOfCreation() { hideTimesOfCreation = true; }
+WithoutTimesOfCreation::~WithoutTimesOfCreation() { hideTimesOfCreation = false; }
+
 }  // namespace wmq::testing
 
 // A call that fails has not been made, but for those that close: they never leave anything open.
@@ -116,8 +120,6 @@ WMQ_TESTS_WRAP(int, poll, (pollfd * waited, nfds_t count, int timeout), (waited,
 WMQ_TESTS_WRAP(int, inotify_init1, (int flags), (flags), -1)
 WMQ_TESTS_WRAP(int, inotify_add_watch, (int fd, const char *path, uint32_t mask), (fd, path, mask), -1)
 WMQ_TESTS_WRAP(int, inotify_rm_watch, (int fd, int watch), (fd, watch), -1)
-WMQ_TESTS_WRAP(int, statx, (int fd, const char *path, int flags, unsigned mask, struct statx *status),
-               (fd, path, flags, mask, status), -1)
 WMQ_TESTS_WRAP_CLOSING(fclose, FILE, EOF)
 WMQ_TESTS_WRAP_CLOSING(closedir, DIR, -1)
 
@@ -128,6 +130,16 @@ int __wrap_statfs(const char *path, struct statfs *status) {
   if (fails("statfs")) return -1;
   const int result = __real_statfs(path, status);
   if (fileSystem != 0) status->f_type = fileSystem;
+  return result;
+}
+
+int __real_statx(int fd, const char *path, int flags, unsigned mask, struct statx *status);
+int __wrap_statx(int fd, const char *path, int flags, unsigned mask, struct statx *status);
+int __wrap_statx(int fd, const char *path, int flags, unsigned mask, struct statx *status) {
+  using namespace wmq::testing;
+  if (fails("statx")) return -1;
+  const int result = __real_statx(fd, path, flags, mask, status);
+  if (hideTimesOfCreation) status->stx_mask &= ~STATX_BTIME;
   return result;
 }
 

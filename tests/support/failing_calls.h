@@ -52,6 +52,15 @@ class OnFileSystem {
   OnFileSystem &operator=(const OnFileSystem &) = delete;
 };
 
+// statx() tells no time of creation, as on file systems that keep none, for as long as it stands.
+class WithoutTimesOfCreation {
+ public:
+  WithoutTimesOfCreation();
+  ~WithoutTimesOfCreation();
+  WithoutTimesOfCreation(const WithoutTimesOfCreation &) = delete;
+  WithoutTimesOfCreation &operator=(const WithoutTimesOfCreation &) = delete;
+};
+
 // How many have failed in the whole program: calls by name, and writes that found no more room.
 int callsFailed();
 int writesFailed();

@@ -1,0 +1,350 @@
+// Followers of a stream whose files change while they look at them: before any system call that a follower
+// makes, somebody else may have rotated, removed or replaced files.
+#include <gmock/gmock.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <utility>
+
+#include "support/failing_calls.h"
+#include "support/handmade_stream.h"
+#include "support/stream_follower.h"
+#include "support/text_files.h"
+
+namespace wmq::testing {
+namespace {
+
+namespace fs = std::filesystem;
+using ::testing::AnyOf;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+constexpr int kNoNews = 1000;
+
+class AStreamThatChanges : public ::testing::Test, protected HandmadeStream {
+ protected:
+  using Given = std::vector<std::string>;
+
+  struct Case {
+    std::function<void()> prepare;
+    std::function<void()> change;
+    int32_t from = WMQ_FROM_OLDEST;
+    int readBefore = 0;  // with WMQ_FROM_POSITION: records of the current file that come before the position
+    int poll = kNoNews;  // to close what brings the system's news takes it many milliseconds
+  };
+
+  // The change happens before each system call in turn, from the opening of a follower to the end of what it
+  // gives.
+  void beforeEachCall(const Case &tested, const ::testing::Matcher<Given> &expected) const {
+    bool happened = true;
+    int nth = 0;
+    while (happened && !HasFailure()) {
+      prepare(tested);
+      const std::string position = positionIn(tested);
+      const wmqFollowParams params{path.c_str(), tested.from, position.c_str(), tested.poll};
+      std::optional<AtCall> changing(std::in_place, "", ++nth, [&] {
+        tested.change();
+        return 0;
+      });
+      StreamFollower follower(wmq_followopen(&params));
+      ASSERT_TRUE(follower.isOpen()) << "changed before call " << nth;
+      Given all = follower.rest();
+      happened = changing->happened();
+      changing.reset();
+      for (std::string &one : follower.rest()) all.push_back(std::move(one));
+      if (happened) {
+        EXPECT_THAT(all, expected) << "changed before call " << nth;
+      }
+    }
+    EXPECT_GT(nth, 20);
+  }
+
+  void replace() const {
+    fs::remove(path);
+    append(lines(8, 8));
+  }
+
+ private:
+  void prepare(const Case &tested) const {
+    for (const std::string &name : namesIn(directory.path())) fs::remove(directory / name);
+    tested.prepare();
+  }
+
+  std::string positionIn(const Case &tested) const {
+    StreamFollower follower(path, WMQ_FROM_START, kNoNews);
+    for (int i = 0; i < tested.readBefore; ++i) follower.next();
+    return follower.position();
+  }
+};
+
+TEST_F(AStreamThatChanges, IsReadWholeThroughARotation) {
+  const auto prepare = [this] {
+    append(lines(1, 1));
+    rotate(100);
+    append(lines(2, 2));
+  };
+  const auto change = [this] {
+    rotate(101);
+    append(lines(3, 3));
+  };
+  for (const int poll : {kNoNews, 0})
+    beforeEachCall({prepare, change, WMQ_FROM_OLDEST, 0, poll},
+                   ElementsAre("1", "rotated", "2", "rotated", "3"));
+  beforeEachCall({prepare, change, WMQ_FROM_START},
+                 AnyOf(ElementsAre("2", "rotated", "3"), ElementsAre("3")));
+  beforeEachCall({prepare, change, WMQ_FROM_END}, AnyOf(ElementsAre("rotated", "3"), IsEmpty()));
+}
+
+TEST_F(AStreamThatChanges, IsReadFromTheOldestFileThatIsLeft) {
+  const auto prepare = [this] {
+    for (int i = 1; i <= 3; ++i) {
+      append(lines(i, i));
+      rotate(100 + i);
+    }
+    append(lines(4, 4));
+  };
+  const auto removeOne = [this] {
+    rotate(104);
+    append(lines(5, 5));
+    remove(101);
+  };
+  beforeEachCall({prepare, removeOne},
+                 AnyOf(ElementsAre("1", "rotated", "2", "rotated", "3", "rotated", "4", "rotated", "5"),
+                       ElementsAre("2", "rotated", "3", "rotated", "4", "rotated", "5")));
+
+  const auto removeTwo = [this] {
+    remove(101);
+    remove(102);
+  };
+  const std::string gap = "gap of s.102: " + std::to_string((lines(2, 2) + endLine).size());
+  beforeEachCall({prepare, removeTwo},
+                 AnyOf(ElementsAre("1", "rotated", "2", "rotated", "3", "rotated", "4"),
+                       ElementsAre("1", gap, "3", "rotated", "4"), ElementsAre("3", "rotated", "4")));
+}
+
+TEST_F(AStreamThatChanges, TellsOfAReplacedFile) {
+  beforeEachCall({[this] { append(lines(1, 1)); }, [this] { replace(); }, WMQ_FROM_START},
+                 AnyOf(ElementsAre("1", "gap", "8"), ElementsAre("8")));
+}
+
+TEST_F(AStreamThatChanges, IsReadToTheEndOfARemovedFile) {
+  beforeEachCall({[this] { append(lines(1, 1)); }, [this] { fs::remove(path); }, WMQ_FROM_START},
+                 AnyOf(ElementsAre("1"), IsEmpty()));
+}
+
+TEST_F(AStreamThatChanges, IsWaitedForThroughItsBeginnings) {
+  beforeEachCall(
+      {[] {},
+       [this] {
+         append(lines(1, 1));
+         rotate(100);
+         append(lines(2, 2));
+       },
+       WMQ_FROM_START},
+      AnyOf(ElementsAre("1", "rotated", "2"), ElementsAre("gap", "1", "rotated", "2"), ElementsAre("2")));
+}
+
+TEST_F(AStreamThatChanges, IsReadOnFromAPositionThroughARotation) {
+  beforeEachCall({[this] { append(lines(1, 2)); },
+                  [this] {
+                    rotate(100);
+                    append(lines(3, 3));
+                  },
+                  WMQ_FROM_POSITION, 1},
+                 ElementsAre("2", "rotated", "3"));
+  beforeEachCall({[this] {
+                    append(lines(1, 1));
+                    rotate(100);
+                  },
+                  [this] {
+                    append(lines(2, 2));
+                    rotate(101);
+                    append(lines(3, 3));
+                  },
+                  WMQ_FROM_POSITION},
+                 ElementsAre("2", "rotated", "3"));
+}
+
+TEST_F(AStreamThatChanges, SaysWhatAPositionHasLost) {
+  beforeEachCall({[this] {
+                    append(lines(1, 2));
+                    rotate(100);
+                    append(lines(3, 3));
+                  },
+                  [this] { replace(); }, WMQ_FROM_POSITION, 1},
+                 AnyOf(ElementsAre("gap", "8"), IsEmpty()));
+}
+
+// ------------------------------------------------------------- faster than anybody can look
+
+class AStreamThatNeverStands : public AStreamThatChanges {
+ protected:
+  // Before each of these calls.
+  AtCall changesAt(const char *call, const std::function<void()> &change) const {
+    return {call, 1,
+            [change] {
+              change();
+              return 0;
+            },
+            AtCall::actAgain};
+  }
+
+  void rotateOnce() {
+    rotate(++suffix);
+    append(lines(suffix, suffix));
+  }
+
+  int suffix = 100;
+};
+
+TEST_F(AStreamThatNeverStands, CannotBeOpened) {
+  append(lines(1, 1));
+  for (const int32_t from : {WMQ_FROM_OLDEST, WMQ_FROM_START, WMQ_FROM_END}) {
+    const AtCall changing = changesAt("open", [this] { replace(); });
+    wmq_errno = 0;
+    EXPECT_FALSE(StreamFollower(path, from).isOpen());
+    EXPECT_EQ(wmq_errno, WMQE_SYS);
+    EXPECT_EQ(errno, EBUSY);
+  }
+  StreamFollower follower(path);
+  EXPECT_THAT(follower.rest(), ElementsAre("8"));
+}
+
+TEST_F(AStreamThatNeverStands, IsWaitedFor) {
+  StreamFollower follower(path, WMQ_FROM_START, kNoNews);
+  {
+    append(lines(1, 1));
+    const AtCall changing = changesAt("open", [this] { replace(); });
+    EXPECT_EQ(follower.next(), "");
+  }
+  EXPECT_THAT(follower.rest(), ElementsAre("8"));
+}
+
+TEST_F(AStreamThatNeverStands, CannotBeListed) {
+  append(lines(1, 1));
+  StreamFollower follower(path, WMQ_FROM_START, kNoNews);
+  EXPECT_EQ(follower.next(), "1");
+  rotate(suffix);
+  {
+    const AtCall changing = changesAt("opendir", [this] { rotateOnce(); });
+    EXPECT_EQ(follower.next(), "failed WMQE_SYS");
+    EXPECT_EQ(errno, EBUSY);
+    EXPECT_FALSE(StreamFollower(path).isOpen());
+    EXPECT_EQ(errno, EBUSY);
+  }
+  EXPECT_EQ(follower.next(), "rotated");
+  EXPECT_EQ(follower.next(), "rotated");
+  EXPECT_EQ(follower.next(), "101");
+}
+
+// ------------------------------------------------------------------ calls that are interrupted
+
+class AnInterruptedFollower : public ::testing::Test, protected HandmadeStream {};
+
+TEST_F(AnInterruptedFollower, ReadsOn) {
+  append(lines(1, 1));
+  StreamFollower follower(path, WMQ_FROM_START);
+  for (const char *call : {"pread", "read"}) {
+    append(lines(2, 2));
+    rotate(call[0] + 100);
+    const FailingCall interrupted(call, 1, EINTR);
+    EXPECT_THAT(follower.rest(), ::testing::Contains("2"));
+    EXPECT_TRUE(interrupted.happened()) << call;
+  }
+}
+
+TEST_F(AnInterruptedFollower, WaitsNoLonger) {
+  append(lines(1, 1));
+  for (const int poll : {0, kNoNews}) {
+    StreamFollower follower(path, WMQ_FROM_END, poll);
+    const FailingCall interrupted("poll", 1, EINTR);
+    EXPECT_EQ(follower.next(-1), "");
+    EXPECT_TRUE(interrupted.happened());
+  }
+}
+
+// ---------------------------------------------------------- what some file systems do without
+
+class OnAnotherFileSystem : public ::testing::Test, protected HandmadeStream {};
+
+TEST_F(OnAnotherFileSystem, FilesAreLookedAtWhereOtherMachinesMayWriteThem) {
+  constexpr long kNfs = 0x6969;
+  append(lines(1, 1));
+  {
+    const OnFileSystem remote(kNfs);
+    StreamFollower follower(path);
+    EXPECT_EQ(wmq_followdescriptor(follower.get()), -1);
+    EXPECT_THAT(follower.rest(), ElementsAre("1"));
+    rotate(100);
+    append(lines(2, 2));
+    EXPECT_THAT(follower.rest(), ElementsAre("rotated", "2"));
+  }
+  EXPECT_GE(wmq_followdescriptor(StreamFollower(path).get()), 0);
+}
+
+class WithoutATimeOfCreation : public OnAnotherFileSystem {
+  const WithoutTimesOfCreation hidden{};
+};
+
+TEST_F(WithoutATimeOfCreation, FilesAreFollowedThroughRotations) {
+  append(lines(1, 2));
+  StreamFollower follower(path);
+  EXPECT_EQ(follower.next(), "1");
+  const std::string position = follower.position();
+  rotate(100);
+  append(lines(3, 3));
+  EXPECT_THAT(follower.rest(), ElementsAre("2", "rotated", "3"));
+  EXPECT_THAT(StreamFollower(path, position).rest(), ElementsAre("2", "rotated", "3"));
+}
+
+TEST_F(WithoutATimeOfCreation, OldFilesAreKnownByTheirNamesToo) {
+  for (int i = 1; i <= 4; ++i) {
+    append(lines(i, i));
+    rotate(100 + i);
+  }
+  StreamFollower follower(path);
+  EXPECT_EQ(follower.next(), "1");
+  remove(101);
+  EXPECT_EQ(follower.next(), "rotated");
+  EXPECT_EQ(follower.next(), "2");
+  remove(102);
+  remove(103);
+  EXPECT_THAT(follower.rest(),
+              ElementsAre("gap of s.103: " + std::to_string((lines(3, 3) + endLine).size()), "4", "rotated"));
+}
+
+// Its inode may be that of another file by now.
+TEST_F(WithoutATimeOfCreation, NobodyKnowsTheCurrentFileAgain) {
+  append(lines(1, 1));
+  rotate(100);
+  append(lines(2, 2));
+  StreamFollower follower(path);
+  EXPECT_EQ(follower.next(), "1");
+  remove(100);
+  EXPECT_THAT(follower.rest(), ElementsAre("gap", "2"));
+}
+
+TEST_F(WithoutATimeOfCreation, AnEmptyFileIsKnownByItsPlace) {
+  append("");
+  std::string position = StreamFollower(path, WMQ_FROM_START).position();
+  append(lines(1, 1));
+  EXPECT_THAT(StreamFollower(path, position).rest(), ElementsAre("1"));
+  rotate(100);
+  append("");
+  {
+    StreamFollower follower(path, WMQ_FROM_START);
+    position = follower.position();
+  }
+  append(lines(2, 2));
+  EXPECT_THAT(StreamFollower(path, position).rest(), ElementsAre("2"));
+  rotate(101);
+  append(lines(3, 3));
+  EXPECT_THAT(StreamFollower(path, position).rest(), ElementsAre("2", "rotated", "3"));
+  remove(100);
+  EXPECT_EQ(StreamFollower(path, position).next(), "gap");
+}
+
+}  // namespace
+}  // namespace wmq::testing
