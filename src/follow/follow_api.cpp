@@ -86,7 +86,7 @@ int wmq_follownext(wmqFollower *follower, eventRecord **record, int timeout) {
 }
 
 const wmqFollowDetail *wmq_followdetail(const wmqFollower *follower) {
-  static const wmqFollowDetail nothing = wmq::emptyDetail();
+  static constexpr wmqFollowDetail nothing = wmq::emptyDetail();
   return follower != nullptr ? &follower->lastDetail() : &nothing;
 }
 

@@ -54,12 +54,6 @@ bool ReadLast::takeBefore(int fd, int64_t offset) {
   return false;
 }
 
-wmqFollowDetail emptyDetail() {
-  wmqFollowDetail detail{};
-  detail.file = detail.text = detail.reason = detail.missingFiles = "";
-  return detail;
-}
-
 }  // namespace wmq
 
 using wmq::LinePart;
@@ -233,10 +227,7 @@ wmqFollower::Step wmqFollower::beginAnew() {
                                        "; it is read from its first byte");
   detail.offset = given;
   detail.missingBytes = -1;
-  if (!window.moveTo(file.get(), 0)) {
-    wmq_errno = WMQE_SYS;
-    return Step::failed;
-  }
+  window.moveTo(file.get(), 0);  // nothing stands before it that would have to be read
   state = State::live;
   endSeen = false;
   given = 0;

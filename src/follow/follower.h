@@ -43,7 +43,11 @@ struct ReadLast {
 };
 
 // Without any null text.
-wmqFollowDetail emptyDetail();
+constexpr wmqFollowDetail emptyDetail() {
+  wmqFollowDetail detail{};
+  detail.file = detail.text = detail.reason = detail.missingFiles = "";
+  return detail;
+}
 
 }  // namespace wmq
 

@@ -129,7 +129,8 @@ enum class Place {
   closing,  // here a string ends, and something other than a blank follows
 };
 
-// Takes the line apart up to `at`, which is a quote that a letter other than n follows.
+// Takes the line apart up to `at`, which is a quote that a letter other than n follows, and not the first
+// byte.
 Place placeOf(const char *line, const char *at) {
   bool inside = false;
   for (const char *cursor = line; cursor < at; ++cursor) {
@@ -142,7 +143,7 @@ Place placeOf(const char *line, const char *at) {
     }
   }
   if (inside) return Place::closing;
-  return at == line || at[-1] == ' ' ? Place::field : Place::word;
+  return at[-1] == ' ' ? Place::field : Place::word;
 }
 
 // Behind the string that begins at `quote`; null when it does not end.

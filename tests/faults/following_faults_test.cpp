@@ -408,5 +408,32 @@ TEST(AListOfAStreamsFiles, IsWholeOrNone) {
   EXPECT_EQ(openDescriptors(), descriptors);
 }
 
+class AFollowerInLastingTrouble : public ::testing::Test, protected HandmadeStream {};
+
+// Whatever the first call has left undone fails in the second one as well.
+TEST_F(AFollowerInLastingTrouble, GoesOnWhereItWas) {
+  bool happened = true;
+  for (int nth = 1; happened && !HasFailure(); ++nth) {
+    SCOPED_TRACE("trouble from number " + std::to_string(nth) + " on");
+    for (const std::string &name : namesIn(directory.path())) fs::remove(directory / name);
+    append(lines(1, 2));
+    StreamFollower follower(path, WMQ_FROM_START, 1000);
+    EXPECT_EQ(follower.next(), "1");
+    fs::copy_file(path, path + "-copy");
+    fs::rename(path + "-copy", path);
+    append(lines(3, 3));
+    std::vector<std::string> all;
+    {
+      const FailingCall failing("", nth, EIO, AtCall::failToo);
+      for (int i = 0; i < 4; ++i)
+        if (const std::string given = follower.next(); !given.empty() && !given.starts_with("failed"))
+          all.push_back(given);
+      happened = failing.happened();
+    }
+    for (const std::string &given : follower.rest()) all.push_back(given);
+    EXPECT_THAT(all, ::testing::ElementsAre("2", "3"));
+  }
+}
+
 }  // namespace
 }  // namespace wmq::testing

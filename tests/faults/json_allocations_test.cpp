@@ -17,7 +17,7 @@ namespace {
 
 using ::testing::HasSubstr;
 
-class EveryAllocationOfJson : public ::testing::TestWithParam<int32_t> {
+class JsonAllocations : public ::testing::Test {
  protected:
   static constexpr uint64_t kRecords = 3;
 
@@ -44,7 +44,34 @@ class EveryAllocationOfJson : public ::testing::TestWithParam<int32_t> {
     }
     return !failed;
   }
+
+  // Each allocation fails in turn, until there is none left to fail.
+  static void expectWritingToFail(const eventRecord &record, const std::string &expected) {
+    bool failed = true;
+    for (int nth = 1; failed; ++nth) {
+      const int before = allocationsLeft();
+      char *buffer = nullptr;
+      size_t capacity = 0;
+      ssize_t length = 0;
+      wmq_errno = 0;
+      {
+        const FailingAllocation failing(nth);
+        length = wmq_record2json(&record, 0, &buffer, &capacity);
+        failed = failing.hasFailed();
+      }
+      ASSERT_EQ(length < 0, failed) << "allocation " << nth;
+      if (failed) {
+        ASSERT_EQ(wmq_errno, WMQE_NO_MEM);
+      } else {
+        ASSERT_EQ(std::string(buffer, static_cast<size_t>(length)), expected);
+      }
+      std::free(buffer);
+      ASSERT_EQ(allocationsLeft(), before) << "allocation " << nth;
+    }
+  }
 };
+
+class EveryAllocationOfJson : public JsonAllocations, public ::testing::WithParamInterface<int32_t> {};
 
 INSTANTIATE_TEST_SUITE_P(OfCode, EveryAllocationOfJson, ::testing::ValuesIn(typesWithSchema()),
                          [](const auto &tested) { return std::to_string(tested.param); });
@@ -64,6 +91,20 @@ TEST_P(EveryAllocationOfJson, MayFailWhileARecordIsRead) {
   }
 }
 
+TEST_F(JsonAllocations, MayFailWhileAllocationsAreReadAndWritten) {
+  for (const char *members : {R"("affinityAllocInfo":"","networkAllocInfo":"")",
+                              R"("affinityAllocInfo":"h:0-3,8;i:","networkAllocInfo":"a=1;b=c=2")"}) {
+    const std::string json = R"({"type":"JOB_FINISH2","eventLog":{)" + std::string(members) + "}}";
+    const OwnedRecord record(wmq_json2record(json.data(), json.size()));
+    ASSERT_NE(record, nullptr) << wmq_jsonerror();
+    const std::string expected = jsonOf(*record);
+    const int before = allocationsLeft();
+    for (int nth = 1; !readWithFailing(nth, json, expected); ++nth)
+      ASSERT_EQ(allocationsLeft(), before) << "allocation " << nth;
+    expectWritingToFail(*record, expected);
+  }
+}
+
 TEST_P(EveryAllocationOfJson, MayFailInAThreadThatReadsItsFirstRecord) {
   const std::string json = jsonOf(*sampleRecord(GetParam(), {.value = 1, .size = 6}));
   const OwnedRecord record(wmq_json2record(json.data(), json.size()));
@@ -77,27 +118,7 @@ TEST_P(EveryAllocationOfJson, MayFailWhileARecordIsWritten) {
   for (uint64_t value = 1; value <= kRecords; ++value) {
     const OwnedRecord record = sampleRecord(GetParam(), {.value = value, .size = 6});
     const std::string expected = jsonOf(*record);
-    bool failed = true;
-    for (int nth = 1; failed; ++nth) {
-      const int before = allocationsLeft();
-      char *buffer = nullptr;
-      size_t capacity = 0;
-      ssize_t length = 0;
-      wmq_errno = 0;
-      {
-        const FailingAllocation failing(nth);
-        length = wmq_record2json(record.get(), 0, &buffer, &capacity);
-        failed = failing.hasFailed();
-      }
-      ASSERT_EQ(length < 0, failed) << "allocation " << nth;
-      if (failed) {
-        ASSERT_EQ(wmq_errno, WMQE_NO_MEM);
-      } else {
-        ASSERT_EQ(std::string(buffer, static_cast<size_t>(length)), expected);
-      }
-      std::free(buffer);
-      ASSERT_EQ(allocationsLeft(), before) << "allocation " << nth;
-    }
+    expectWritingToFail(*record, expected);
   }
 }
 

@@ -50,6 +50,13 @@ TEST(AFileIdentity, IsTheSystems) {
   EXPECT_FALSE(status.regular);
 }
 
+TEST(AFileIdentity, HasNoTimeOfCreationWhereTheFileSystemKeepsNone) {
+  FileStatus status;
+  ASSERT_TRUE(statusOf("/proc/self/status", status));
+  EXPECT_FALSE(hasBirth(status.identity));
+  EXPECT_TRUE(status.regular);
+}
+
 TEST(AChecksum, IsTheOneOfEthernet) {
   EXPECT_EQ(checksum("123456789", 9), 0xcbf43926U);
   EXPECT_EQ(checksum("", 0), 0U);

@@ -1,5 +1,6 @@
 // Following a stream whose files are made by hand, situation by situation.
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 #include <chrono>
@@ -90,6 +91,10 @@ TEST_F(Following, TellsWhatIsWrongWithItsParameters) {
     EXPECT_EQ(errorOf({path.c_str(), WMQ_FROM_POSITION, position, 0}), WMQE_BAD_FORMAT) << position;
   EXPECT_EQ(errorOf({"/nowhere/at/all", WMQ_FROM_START, nullptr, 0}), WMQE_SYS);
   EXPECT_EQ(errorOf({directory.path().c_str(), WMQ_FROM_START, nullptr, 0}), WMQE_SYS);
+  EXPECT_EQ(errno, EISDIR);
+  ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+  EXPECT_EQ(errorOf({path.c_str(), WMQ_FROM_START, nullptr, 0}), WMQE_SYS);
+  EXPECT_EQ(errno, EINVAL);
 }
 
 TEST_F(Following, TakesANullFollowerForNone) {
@@ -208,6 +213,21 @@ TEST_F(Following, AnOpenRecordAtTheEndOfAFinishedFileIsWhole) {
   EXPECT_EQ(follower.next(), "rotated");
   EXPECT_EQ(follower.next(), "2");
   EXPECT_EQ(follower.detail().lineEnd, 1);
+}
+
+TEST_F(Following, AtTheEndOfAFinishedFileOnlyTypesThatLeaveTheirLineOpenAreWhole) {
+  const std::string whole = logSwitchLine(2);
+  int suffix = 100;
+  for (const std::string &last :
+       {sbdStatus, vacated, whole.substr(0, whole.size() - 1), std::string("bad")}) {
+    append(last);
+    fs::rename(path, old(suffix++));
+  }
+  append(lines(5, 5));
+  StreamFollower follower(path);
+  EXPECT_THAT(follower.rest(), ElementsAre("SBD_JOB_STATUS", "rotated", "JOB_VACATED", "rotated",
+                                           "torn: " + whole.substr(0, whole.size() - 1), "rotated",
+                                           "torn: bad", "rotated", "5"));
 }
 
 TEST_F(Following, ATornLineIsToldWhenTheNextRecordFollows) {
@@ -411,6 +431,29 @@ TEST_F(Following, ATruncatedFileIsReadFromItsFirstByte) {
   EXPECT_THAT(follower.rest(), ElementsAre("truncated", "4"));
 }
 
+TEST_F(Following, AFileThatIsTruncatedBeforeItsFirstLineIsToldToo) {
+  append("half a li");
+  StreamFollower follower(path, WMQ_FROM_START);
+  EXPECT_EQ(follower.next(), "");
+  fs::resize_file(path, 0);
+  append(lines(1, 1).substr(0, 5));
+  EXPECT_THAT(follower.rest(), ElementsAre("torn: half a li", "truncated"));
+  append(lines(1, 1).substr(5));
+  EXPECT_THAT(follower.rest(), ElementsAre("1"));
+}
+
+TEST_F(Following, AFileUnderTwoNamesIsReadOnce) {
+  append(lines(1, 1));
+  fs::create_hard_link(path, old(100));
+  StreamFollower follower(path);
+  EXPECT_THAT(follower.rest(), ElementsAre("1"));
+  append(lines(2, 2));
+  EXPECT_THAT(follower.rest(), ElementsAre("2"));
+  fs::remove(path);  // the second half of a renaming
+  append(lines(3, 3));
+  EXPECT_THAT(follower.rest(), ElementsAre("rotated", "3"));
+}
+
 TEST_F(Following, AFileThatWasWrittenAnewIsToldEvenIfItIsLonger) {
   append(lines(1, 3));
   StreamFollower follower(path);
@@ -608,6 +651,16 @@ TEST_F(Following, APositionInAnEmptyFileIsFoundOnAnotherDevice) {
   ASSERT_EQ(position.substr(0, 2), "1:");
   position.replace(2, position.find(':', 2) - 2, "fffff");
   EXPECT_THAT(StreamFollower(path, position).rest(), ElementsAre("1"));
+}
+
+TEST_F(Following, APositionWithoutAFirstLineIsFoundByWhatStandsBeforeIt) {
+  append(lines(1, 3));
+  StreamFollower follower(path);
+  EXPECT_EQ(follower.next(), "1");
+  std::string position = follower.position();
+  const size_t first = position.find(":-:") + 3;
+  position.replace(first, position.find(':', first) - first, "0.0");
+  EXPECT_EQ(StreamFollower(path, position).next(), "2");
 }
 
 // Whether this file was the first, nobody can tell.

@@ -145,10 +145,27 @@ TEST(JoinedLines, WhatBeginsBehindAnOpenRecordNeedNotBeWhole) {
 TEST(JoinedLines, UnknownTypesAndVersionsBeginNoRecord) {
   for (const char *behind :
        {R"("NO_SUCH" "10.1" 1 7)", R"("LOG_SWITCH" "0" 1 7)", R"("LOG_SWITCH" "10.1" x 7)",
-        R"("LOG_SWITCH"  "10.1" 1 7)", R"("log_switch" "10.1" 1 7)"}) {
+        R"("LOG_SWITCH"  "10.1" 1 7)", R"("log_switch" "10.1" 1 7)", R"("" "10.1" 1 7)",
+        R"("LOG_SWITCH" "10.1000000000000" 1 7)", R"("LOG_SWITCH" "10.1x" 1 7)", R"("LOG_SWITCH" "10.1"1 7)",
+        R"("LOG_SWITCH" "10.1)", R"("LOG_SWITCH" "10.1")", R"("LOG_SWITCH" "10.1" )",
+        R"("LOG_SWITCH" "10.1" -)", R"("LOG_SWITCH" "10.1" 1x 7)"}) {
     EXPECT_THAT(partsOf(vacated + behind), ElementsAre(joined(vacated), line(behind)));
     const std::string text = next + behind;
     EXPECT_THAT(partsOf(text), ElementsAre(line(text)));
+  }
+}
+
+TEST(JoinedLines, ATypeNameNeedsBothItsQuotes) {
+  for (const char *text : {R"(LOG_SWITCH" "10.1" 1 7)", R"(xLOG_SWITCH" "10.1" 1 7)"}) {
+    EXPECT_THAT(partsOf(text), ElementsAre(line(text)));
+    EXPECT_THAT(partsOf(vacated + text), ElementsAre(line(vacated + text)));
+  }
+}
+
+TEST(JoinedLines, AHeaderMayEndWithItsTime) {
+  for (const char *behind : {R"("JOB_VACATED" "10.1" -5)", R"("JOB_VACATED" "10.1" 5"LOG_SWITCH)"}) {
+    const std::string text = R"("GRP_CTRL" "10.1" 1 2 3 4 "some te)";
+    EXPECT_EQ(partsOf(text + behind).front(), torn(text));
   }
 }
 

@@ -222,6 +222,22 @@ TEST(JsonLayouts, ShowNoArrayForANegativeCount) {
   from.specimen.numTexts = 1;
 }
 
+TEST(JsonLayouts, ShowNoElementsOfCountsWithoutThem) {
+  affinityAlloc noHosts{};
+  noHosts.numHosts = 2;
+  submitExtPair pairs[1]{};
+  submitExt noPairs{};
+  noPairs.numPairs = -1;
+  noPairs.pairs = pairs;
+  Specimen specimen{};
+  specimen.affinity = &noHosts;
+  specimen.extension = &noPairs;
+  EXPECT_THAT(toJson(specimen), ::testing::HasSubstr(R"("extension":[],"named":null,"affinity":"",)"));
+  noPairs.pairs = nullptr;
+  noPairs.numPairs = 1;
+  EXPECT_THAT(toJson(specimen), ::testing::HasSubstr(R"("extension":[],)"));
+}
+
 TEST(JsonLayouts, RefuseACountThatDiffersFromItsArray) {
   EXPECT_EQ(faultOf(R"({"numTexts":3,"texts":["a","b"]})"), "s.texts: 2 elements, but numTexts is 3");
   EXPECT_EQ(faultOf(R"({"numTexts":0,"texts":["a"]})"), "s.texts: 1 elements, but numTexts is 0");
@@ -235,6 +251,11 @@ TEST(JsonLayouts, RefuseACountThatDiffersFromItsArray) {
   EXPECT_EQ(faultOf(R"({"networks":"a=1;b=2","numNetworks":0})"),
             "s.numNetworks: 0 differs from the 2 elements that are given");
   EXPECT_EQ(faultOf(R"({"named":{"count":0,"names":["n"]}})"), "s.named.names: 1 elements, but count is 0");
+}
+
+TEST(JsonLayouts, RefuseACountBehindItsArrayThatIsNoNumber) {
+  EXPECT_EQ(faultOf(R"({"texts":["a"],"numTexts":"1"})"), "s.numTexts: must be an integer, not a string");
+  EXPECT_EQ(faultOf(R"({"texts":["a"],"numTexts":1})"), "read");
 }
 
 TEST(JsonLayouts, RefuseArraysOfOneCountWithDifferentLengths) {
