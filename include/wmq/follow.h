@@ -120,6 +120,8 @@ WMQ_API const wmqFollowDetail *wmq_followdetail(const wmqFollower *follower);
 //
 // A consumer that stores its position together with what it made of the records, in one transaction, has made
 // use of each record exactly once; one that stores it afterwards, at least once.
+// It may take some milliseconds where the follower stands in an empty file that was created just now: until
+// then the system could give its identity to another.
 // Returns 0, or -1 with wmq_errno WMQE_BAD_ARG (null argument) or WMQE_NO_MEM.
 WMQ_API int wmq_followposition(wmqFollower *follower, char position[WMQ_POSITION_SIZE]);
 

@@ -7,6 +7,7 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <ctime>
 
 namespace wmq {
 namespace {
@@ -24,16 +25,22 @@ constexpr auto kRemainders = [] {
 
 #ifdef STATX_BTIME
 bool askFor(int directory, const char *name, int flags, FileStatus &status) {
+  // Times of creation are never before this clock, which stands still for some milliseconds. In these an
+  // inode can go from one file to another, and with it the time.
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME_COARSE, &now);
   struct statx found {};
   if (statx(directory, name, flags, STATX_BASIC_STATS | STATX_BTIME, &found) != 0) return false;
   status.identity.device = uint64_t{found.stx_dev_major} << 32 | found.stx_dev_minor;
   status.identity.inode = found.stx_ino;
   status.identity.birth = 0;
+  status.settled = false;
   if ((found.stx_mask & STATX_BTIME) != 0) {
     const int64_t birth[2] = {found.stx_btime.tv_sec, found.stx_btime.tv_nsec};
     char bytes[sizeof birth];
     std::memcpy(bytes, birth, sizeof birth);
     status.identity.birth = checksum(bytes, sizeof bytes);
+    status.settled = birth[0] < now.tv_sec || (birth[0] == now.tv_sec && birth[1] < now.tv_nsec);
   }
   status.size = static_cast<int64_t>(found.stx_size);
   status.regular = S_ISREG(found.stx_mode);

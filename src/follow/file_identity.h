@@ -29,6 +29,7 @@ inline bool isCertain(const FileIdentity &a, const FileIdentity &b) {
 
 struct FileStatus {
   FileIdentity identity;
+  bool settled = false;  // no file that is created from now on can have this identity
   int64_t size = 0;
   bool regular = false;
   bool directory = false;

@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstring>
 #include <memory>
+#include <thread>
 
 #include "wmq.stream/line_parser.h"
 #include "wmq.stream/type_table.h"
@@ -22,6 +23,8 @@ namespace wmq {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+
+constexpr int kMostTries = 20;  // on a network the clock of the files may be ahead of the own one
 
 // Milliseconds that are left, for poll(2).
 int timeLeft(Clock::time_point deadline) {
@@ -237,10 +240,25 @@ wmqFollower::Step wmqFollower::beginAnew() {
   return Step::given;
 }
 
+// The file that is read keeps its inode for as long as it is open, and waiting for some milliseconds makes
+// sure that none after it can have both its inode and its time of creation.
+bool wmqFollower::isSettled() {
+  wmq::FileStatus status;
+  for (int tries = 0; !entry.settled && tries < wmq::kMostTries; ++tries) {
+    if (tries > 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    if (!wmq::statusOf(file.get(), status) || !wmq::hasBirth(status.identity)) return false;
+    entry.settled = status.settled;
+  }
+  return entry.settled;
+}
+
 wmq::Position wmqFollower::currentPosition() {
   if (file.isOpen() && !firstIsWhole) wmq::extractFirstLine(file.get(), first, firstIsWhole);
+  wmq::FileIdentity identity = entry.identity;
+  // Nothing but its identity tells an empty file from another.
+  if (file.isOpen() && first.length == 0 && !isSettled()) identity.birth = 0;
   return {.hasFile = file.isOpen(),
-          .identity = entry.identity,
+          .identity = identity,
           .suffix = entry.suffix,
           .first = first,
           .offset = given,

@@ -120,6 +120,7 @@ struct wmqFollower {
   bool begin(wmq::OpenFile opened, const wmq::StreamEntry &found, int64_t offset);
   bool takePlace();
   void takePlaceIn(const wmq::StreamListing &listing);
+  bool isSettled();
   wmq::Position currentPosition();
   bool listNewer(const wmq::StreamListing &listing, std::vector<wmq::StreamEntry> &newer, bool &stands) const;
   bool findSuccessor(const wmq::StreamListing &listing, Successor &successor) const;

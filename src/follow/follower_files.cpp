@@ -314,7 +314,7 @@ bool wmqFollower::findSuccessor(const StreamListing &listing, Successor &success
   }
   // It is gone. One that was behind it when it was still there is known to be the next that is left.
   for (const StreamEntry &known : ahead) {
-    if (const StreamEntry *const still = wmq::findAgain(listing, known); still != nullptr) {
+    if (const StreamEntry *const still = wmq::findAgain(listing, known); still != nullptr && known.settled) {
       successor.found = successor.exact = true;
       successor.entry = *still;
       return true;

@@ -78,6 +78,7 @@ static bool listOnce(const std::string &path, StreamListing &listing) {
     found.path = before + entry->d_name;
     found.identity = status.identity;
     found.size = status.size;
+    found.settled = status.settled;
     listing.old.push_back(std::move(found));
   }
   if (errno != 0) return false;
@@ -86,7 +87,7 @@ static bool listOnce(const std::string &path, StreamListing &listing) {
   FileStatus status;
   if (statusOf(path.c_str(), status)) {
     listing.hasCurrent = true;
-    listing.current = {kNoSuffix, path, status.identity, status.size};
+    listing.current = {kNoSuffix, path, status.identity, status.size, status.settled};
   } else if (errno != ENOENT) {
     return false;
   }

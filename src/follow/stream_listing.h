@@ -17,6 +17,7 @@ struct StreamEntry {
   std::string path;
   FileIdentity identity;
   int64_t size = 0;
+  bool settled = false;  // see FileStatus
 };
 
 struct StreamListing {

@@ -89,6 +89,7 @@ const std::vector<Story> stories = {
          stream.append(lines(i, i));
          stream.rotate(100 + i);
        }
+       HandmadeStream::settle();
      },
      WMQ_FROM_OLDEST,
      {{1,

@@ -371,6 +371,7 @@ TEST_F(Following, FilesRemovedBeforeTheyWereReadAreNamed) {
     rotate(100 + i);
   }
   append(lines(9, 9));
+  settle();
   StreamFollower follower(path);
   EXPECT_EQ(follower.next(), "0");
   const auto bytes = fs::file_size(old(101)) + fs::file_size(old(102));

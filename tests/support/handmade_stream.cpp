@@ -1,5 +1,6 @@
 #include "support/handmade_stream.h"
 
+#include <ctime>
 #include <filesystem>
 
 #include "support/small_records.h"
@@ -22,6 +23,15 @@ void HandmadeStream::rotate(int suffix) const {
   append(endLine);
   std::filesystem::rename(path, old(suffix));
   append("");
+}
+
+void HandmadeStream::settle() {
+  timespec before{};
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME, &before);
+  do {
+    clock_gettime(CLOCK_REALTIME_COARSE, &now);
+  } while (now.tv_sec < before.tv_sec || (now.tv_sec == before.tv_sec && now.tv_nsec <= before.tv_nsec));
 }
 
 void HandmadeStream::remove(int suffix) const { std::filesystem::remove(old(suffix)); }

@@ -23,6 +23,10 @@ class HandmadeStream {
   void rotate(int suffix) const;
   void remove(int suffix) const;
 
+  // Waits until the clock of the system goes on: no file created later has the time of creation of one that
+  // is there.
+  static void settle();
+
   const TemporaryDirectory directory{};
   const std::string path = directory / "s";
 };
