@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <bitset>
 #include <cerrno>
+#include <charconv>
 #include <chrono>
 #include <climits>
 #include <csignal>
@@ -123,7 +124,8 @@ bool FollowRun::open() {
   std::optional<std::string> saved;
   if (!options.state.empty()) saved = state.load(error);
   if (error != 0) {
-    fail(options.state, std::strerror(error));
+    errno = error;
+    fail(options.state, systemFailure());
     return false;
   }
   if (saved) position = *saved;
@@ -285,6 +287,16 @@ void FollowRun::tell(const wmqFollowDetail &detail) {
   put(std::string_view(line).substr(0, line.size() - 1), true);
 }
 
+// What is wrong with a number of seconds; "" when it is one.
+std::string secondsProblem(const std::string &text) {
+  double seconds = -1;
+  const char *const end = text.data() + text.size();
+  const auto [stop, error] = std::from_chars(text.data(), end, seconds);
+  // Not a number is not within any limits, either.
+  const bool fits = error == std::errc() && stop == end && seconds >= 0 && seconds <= 1e9;
+  return fits ? "" : "'" + text + "' is no number of seconds from 0 to 1000000000";
+}
+
 }  // namespace
 
 void addFollowCommand(CLI::App &program, Run &run) {
@@ -300,17 +312,22 @@ void addFollowCommand(CLI::App &program, Run &run) {
       "  FILE: byte OFFSET: KIND: what is the matter\n"
       "\n"
       "and the exit status is 1 then. SIGTERM and SIGINT end it in good order.");
-  command->add_option("PATH", options->path)->required();
+  CLI::Option *path = command->add_option("PATH", options->path)->required();
+  refuseEmpty(*path, "file name");
+  path->check([](const std::string &name) {
+    return name == "-" ? "standard input cannot be followed, but decoded (wmq decode)" : std::string();
+  });
   command
       ->add_option("--from", options->from,
                    "begin with the oldest old file, the start (default) or the end of the current one, or "
                    "behind a position")
       ->type_name("oldest|start|end|POSITION");
-  command
-      ->add_option("--state", options->state,
-                   "keep the position in this file, and go on there when it exists; what was printed before "
-                   "the position was saved is printed again")
-      ->type_name("FILE");
+  CLI::Option *state = command->add_option(
+      "--state", options->state,
+      "keep the position in this file, and go on there when it exists; what was printed before the position "
+      "was saved is printed again");
+  state->type_name("FILE");
+  refuseEmpty(*state, "file name");
   addListOption(*command, "--type", options->typeLists, "T,...",
                 "only records of these types, given by name or number")
       ->each([options](const std::string &name) {
@@ -331,14 +348,14 @@ void addFollowCommand(CLI::App &program, Run &run) {
       ->add_option("--until-idle", options->untilIdle,
                    "end when nothing has come for so many seconds; 0: when all has been printed")
       ->type_name("SECONDS")
-      ->check(CLI::Range(0.0, 1e9).description(""));
-  command
-      ->add_option(
-          "--exec", options->command,
-          "run this by the shell for each record, with the record on its standard input and the "
-          "position behind it in WMQ_POSITION, instead of printing; a failure ends following, with the "
-          "position before the record")
-      ->type_name("CMD");
+      ->check(secondsProblem);
+  CLI::Option *exec = command->add_option(
+      "--exec", options->command,
+      "run this by the shell for each record, with the record on its standard input and the position behind "
+      "it in WMQ_POSITION, instead of printing; a failure ends following, with the position before the "
+      "record, and a signal ends it behind the command");
+  exec->type_name("CMD");
+  refuseEmpty(*exec, "command");
   command->footer(
       "Examples:\n"
       "  wmq follow --type JOB_FINISH --state finished.state stream | accounting\n"

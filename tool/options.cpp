@@ -49,6 +49,11 @@ CLI::Option *addTimeOption(CLI::App &command, const std::string &name, int64_t &
   return command.add_option_function<std::string>(name, take, description)->type_name("TIME");
 }
 
+void refuseEmpty(CLI::Option &option, const std::string &what) {
+  option.check(
+      [what](const std::string &text) { return text.empty() ? "the " + what + " is empty" : std::string(); });
+}
+
 void addThreadsOption(CLI::App &command, unsigned &threads) {
   threads = availableThreads();
   command
@@ -60,8 +65,7 @@ void addThreadsOption(CLI::App &command, unsigned &threads) {
 void addSinkOptions(CLI::App &command, SinkOptions &sink, const std::string &description, bool required) {
   CLI::Option *file = command.add_option("-o,--output", sink.file, description)->type_name("FILE");
   if (required) file->required();
-  file->check(
-      [](const std::string &name) { return name.empty() ? "the file name is empty" : std::string(); });
+  refuseEmpty(*file, "file name");
   CLI::Option *size = command.add_option_function<std::string>(
       "--max-size", [&sink](const std::string &text) { sink.maxSize = sizeFromText("--max-size", text); },
       "rotate FILE when it has N bytes or more, K, M and G allowed behind the number (default 1000000000)");

@@ -20,6 +20,9 @@ CLI::Option *addListOption(CLI::App &command, const std::string &name, std::vect
 CLI::Option *addTimeOption(CLI::App &command, const std::string &name, int64_t &seconds,
                            const std::string &description);
 
+// What is given must not be the empty text, as of a variable that is not set.
+void refuseEmpty(CLI::Option &option, const std::string &what);
+
 // -j: how many threads work.
 void addThreadsOption(CLI::App &command, unsigned &threads);
 

@@ -1,6 +1,7 @@
 #include "state_file.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -28,13 +29,19 @@ bool writeAll(int fd, const std::string &text) {
 
 std::optional<std::string> StateFile::load(int &error) {
   error = 0;
-  int fd = open(name.c_str(), O_RDONLY | O_CLOEXEC);
+  // Nobody waits for the other end of a pipe, nor deaf to signals.
+  int fd = open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
   if (fd < 0) {
     if (errno != ENOENT) error = errno;
     return std::nullopt;
   }
+  struct stat status {};
   char text[WMQ_POSITION_SIZE + 1];
-  ssize_t length = read(fd, text, sizeof text);
+  ssize_t length = -1;
+  if (fstat(fd, &status) == 0 && (S_ISREG(status.st_mode) || S_ISDIR(status.st_mode)))
+    length = read(fd, text, sizeof text);
+  else
+    errno = EINVAL;
   if (length < 0) error = errno;
   close(fd);
   if (length < 0) return std::nullopt;
@@ -47,7 +54,7 @@ std::optional<std::string> StateFile::load(int &error) {
 bool StateFile::save(const std::string &position) {
   if (position == saved) return true;
   std::string fresh = name + ".new";
-  int fd = open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+  int fd = open(fresh.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK, 0644);
   if (fd < 0) return false;
   bool done = writeAll(fd, position + "\n") && fsync(fd) == 0;
   int reason = errno;

@@ -139,6 +139,66 @@ Positions, states and streams that are none.
   $ wmq follow --state nowhere/state --until-idle 0 s
   wmq: nowhere/state: No such file or directory
   [3]
+  $ wmq follow --state directory --until-idle 0 s
+  wmq: directory: Is a directory
+  [3]
+  $ wmq follow --state pipe --until-idle 0 s
+  wmq: pipe: Not a regular file
+  [3]
+
+The state of another stream is a gap.
+
+  $ switch 1 2 | wmq encode -o ./t; wmq follow --state t.state --until-idle 0 t | wc -l
+  2
+  $ switch 3 | wmq encode -o ./u; wmq follow --state t.state --until-idle 0 u | jq .eventTime
+  u: byte 0: gap: the file of the position is gone; what came behind the position, up to this file, is missing (how much is not known)
+  3
+  [1]
+
+Options that nobody can mean.
+
+  $ wmq follow ''
+  wmq follow: PATH: the file name is empty
+  Try 'wmq follow --help'.
+  [2]
+  $ wmq follow -
+  wmq follow: PATH: standard input cannot be followed, but decoded (wmq decode)
+  Try 'wmq follow --help'.
+  [2]
+  $ for option in --state --exec; do wmq follow $option '' s; done
+  wmq follow: --state: the file name is empty
+  Try 'wmq follow --help'.
+  wmq follow: --exec: the command is empty
+  Try 'wmq follow --help'.
+  [2]
+  $ for seconds in -1 nan inf 1x ''; do wmq follow --until-idle "$seconds" s; done 2>&1 | grep until
+  wmq follow: --until-idle: '-1' is no number of seconds from 0 to 1000000000
+  wmq follow: --until-idle: 'nan' is no number of seconds from 0 to 1000000000
+  wmq follow: --until-idle: 'inf' is no number of seconds from 0 to 1000000000
+  wmq follow: --until-idle: '1x' is no number of seconds from 0 to 1000000000
+  wmq follow: --until-idle: '' is no number of seconds from 0 to 1000000000
+  [2]
+  $ wmq follow --type LOG_SWITCH,NOPE s
+  wmq follow: --type: there is no event type 'NOPE'
+  Try 'wmq follow --help'.
+  [2]
+
+Commands that end badly.
+
+  $ wmq follow --until-idle 0 --exec 'kill -KILL $$' s
+  wmq: kill -KILL $$: ended by signal 9
+  [3]
+  $ wmq follow --until-idle 0 --exec 'exec < /dev/null; cat nowhere' t
+  cat: nowhere: No such file or directory
+  wmq: exec < /dev/null; cat nowhere: exit status 1
+  [3]
+
+SIGTERM ends it behind the command at work, and the position is behind its record.
+
+  $ wmq follow --state t.command --exec 'kill $PPID; cat' t
+  {"type":"LOG_SWITCH","code":43,"version":"10.1","eventTime":1,"eventLog":{"lastJobId":1}}
+  $ wmq follow --state t.command --until-idle 0 t | jq .eventTime
+  2
   $ wmq follow --until-idle 0 s > /dev/full
   wmq: standard output: No space left on device
   [3]
