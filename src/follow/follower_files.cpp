@@ -71,10 +71,10 @@ Extract firstOf(const StreamEntry &entry) {
   return first;
 }
 
-// What was listed before, if it is still there. Without a time of creation its inode may be another file's by
-// now, but hardly one of the same suffix.
+// What was listed before, if it is still there. Without a time of creation that no later file can have, its
+// inode may be another file's by now, but hardly one of the same suffix.
 const StreamEntry *findAgain(const StreamListing &listing, const StreamEntry &known) {
-  const bool certain = hasBirth(known.identity);
+  const bool certain = hasBirth(known.identity) && known.settled;
   const StreamEntry *const old = listing.oldFile(known.identity);
   if (old != nullptr && (certain || old->suffix == known.suffix)) return old;
   return certain && listing.hasCurrent && listing.current.identity == known.identity ? &listing.current
@@ -314,7 +314,7 @@ bool wmqFollower::findSuccessor(const StreamListing &listing, Successor &success
   }
   // It is gone. One that was behind it when it was still there is known to be the next that is left.
   for (const StreamEntry &known : ahead) {
-    if (const StreamEntry *const still = wmq::findAgain(listing, known); still != nullptr && known.settled) {
+    if (const StreamEntry *const still = wmq::findAgain(listing, known); still != nullptr) {
       successor.found = successor.exact = true;
       successor.entry = *still;
       return true;
