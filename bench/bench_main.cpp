@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <exception>
 
+#include "launcher.h"
 #include "suites.h"
 
 int main(int argc, char **argv) {
@@ -11,6 +12,7 @@ int main(int argc, char **argv) {
   mallopt(M_TRIM_THRESHOLD, 1 << 30);
   mallopt(M_MMAP_THRESHOLD, 32 << 20);
   try {
+    wmq::bench::startLauncher();
     wmq::bench::addReading();
     wmq::bench::addWriting();
     wmq::bench::addTools();

@@ -1,18 +1,14 @@
 // The program wmq on whole streams, beside others that go through the same files. Each run is a process of
 // its own, whose time and peak memory are taken.
 #include <benchmark/benchmark.h>
-#include <fcntl.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <chrono>
 #include <cstdlib>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "launcher.h"
 #include "suites.h"
 
 namespace wmq::bench {
@@ -22,38 +18,6 @@ size_t sizeOf(const std::string &path) {
   struct stat status {};
   if (stat(path.c_str(), &status) != 0) throw std::runtime_error("no file " + path);
   return static_cast<size_t>(status.st_size);
-}
-
-struct Usage {
-  double seconds;
-  double cpuSeconds;
-  double peakKilobytes;
-};
-
-double secondsOf(const timeval &time) {
-  return static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec);
-}
-
-Usage runCommand(const std::vector<std::string> &command) {
-  std::vector<char *> arguments;
-  for (const std::string &argument : command) arguments.push_back(const_cast<char *>(argument.c_str()));
-  arguments.push_back(nullptr);
-  const auto begin = std::chrono::steady_clock::now();
-  const pid_t child = fork();
-  if (child < 0) throw std::runtime_error("no process");
-  if (child == 0) {
-    const int null = open("/dev/null", O_WRONLY);
-    dup2(null, STDOUT_FILENO);
-    execvp(arguments[0], arguments.data());
-    _exit(127);
-  }
-  int status = 0;
-  rusage usage{};
-  wait4(child, &status, 0, &usage);
-  const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - begin;
-  if (status != 0) throw std::runtime_error(command[0] + " failed");
-  return {elapsed.count(), secondsOf(usage.ru_utime) + secondsOf(usage.ru_stime),
-          static_cast<double>(usage.ru_maxrss)};
 }
 
 void add(const std::string &name, const std::vector<std::string> &command) {
