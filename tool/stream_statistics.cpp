@@ -3,19 +3,19 @@
 #include <algorithm>
 #include <initializer_list>
 #include <iterator>
-#include <string_view>
 
 namespace wmq::tool {
 
 void LineCounts::addLine(const wmqLineHeader &header, uint64_t bytes) {
-  for (RecordCount *count : {&total, &types[header.type]}) {
+  RecordCount *&type = ofType.at(static_cast<size_t>(header.type));
+  if (type == nullptr) type = &types[header.type];
+  for (RecordCount *count : {&total, type}) {
     ++count->records;
     count->bytes += bytes;
   }
-  const std::string_view version = header.version;
-  auto found = versions.find(version);
-  if (found == versions.end()) found = versions.emplace(version, 0).first;
-  ++found->second;
+  if (lastVersion == nullptr || lastVersion->first != header.version)
+    lastVersion = &*versions.emplace(header.version, 0).first;
+  ++lastVersion->second;
   if (header.type != EVENT_END_OF_STREAM) addTimes(header.eventTime, header.eventTime);
 }
 

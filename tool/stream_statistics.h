@@ -3,6 +3,7 @@
 #ifndef WMQ_TOOL_STREAM_STATISTICS_H
 #define WMQ_TOOL_STREAM_STATISTICS_H
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -37,6 +38,10 @@ struct RecordCount {
 // What is counted of lines, in whatever order they come.
 class LineCounts {
  public:
+  LineCounts() = default;
+  LineCounts(LineCounts &&) = default;
+  LineCounts &operator=(LineCounts &&) = default;
+
   // A line without a record.
   void addOther() { ++otherLines; }
   void addMalformed() { ++malformedLines; }
@@ -60,6 +65,10 @@ class LineCounts {
 
  private:
   void addTimes(int32_t first, int32_t last);
+
+  // Where the counts of types and of the version of the line before are.
+  std::array<RecordCount *, WMQ_MAX_EVENT_TYPE + 1> ofType{};
+  std::map<std::string, uint64_t, std::less<>>::value_type *lastVersion = nullptr;
 };
 
 // What a record says of the life of a job.
