@@ -79,7 +79,7 @@ TEST_F(KeptBlocks, AreFew) {
       for (void *&block : blocks) block = takeBlock(10);
       for (void *block : blocks) giveBlock(block);
     }
-    EXPECT_LE(allocationsLeft() - before, 128 * 1024 / 24 + 1);
+    EXPECT_LE(allocationsLeft() - before, 1024 * 1024 / 24 + 1);
     EXPECT_GE(allocationsLeft() - before, 1000);
     freeKeptBlocks();
     EXPECT_EQ(allocationsLeft(), before);
