@@ -14,6 +14,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <memory>
 #include <stdexcept>
@@ -264,9 +265,11 @@ class Sequence {
     if (!fs::exists(stream.path)) return false;
     stream.sizeRead = fs::file_size(stream.path);
     if (offsetOf(stream.follower->savedPosition()) == 0) return false;
-    const ino_t itself = inodeOf(stream.path);
+    // While it is open, no other file gets its inode.
+    const std::ifstream itself(stream.path);
+    const ino_t inode = inodeOf(stream.path);
     write({.count = 1 + pick(10), .kind = static_cast<int>(stream.kind)});
-    return inodeOf(stream.path) == itself;
+    return inodeOf(stream.path) == inode;
   }
 
   // The seventh part of a position.
