@@ -312,11 +312,7 @@ void addFollowCommand(CLI::App &program, Run &run) {
       "  FILE: byte OFFSET: KIND: what is the matter\n"
       "\n"
       "and the exit status is 1 then. SIGTERM and SIGINT end it in good order.");
-  CLI::Option *path = command->add_option("PATH", options->path)->required();
-  refuseEmpty(*path, "file name");
-  path->check([](const std::string &name) {
-    return name == "-" ? "standard input cannot be followed, but decoded (wmq decode)" : std::string();
-  });
+  addStreamPath(*command, options->path);
   command
       ->add_option("--from", options->from,
                    "begin with the oldest old file, the start (default) or the end of the current one, or "

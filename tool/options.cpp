@@ -54,6 +54,14 @@ void refuseEmpty(CLI::Option &option, const std::string &what) {
       [what](const std::string &text) { return text.empty() ? "the " + what + " is empty" : std::string(); });
 }
 
+void addStreamPath(CLI::App &command, std::string &path) {
+  CLI::Option *option = command.add_option("PATH", path)->required();
+  refuseEmpty(*option, "file name");
+  option->check([](const std::string &name) {
+    return name == "-" ? "standard input is no stream, but can be decoded (wmq decode)" : std::string();
+  });
+}
+
 void addThreadsOption(CLI::App &command, unsigned &threads) {
   threads = availableThreads();
   command

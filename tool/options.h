@@ -23,6 +23,9 @@ CLI::Option *addTimeOption(CLI::App &command, const std::string &name, int64_t &
 // What is given must not be the empty text, as of a variable that is not set.
 void refuseEmpty(CLI::Option &option, const std::string &what);
 
+// PATH: a stream's current file.
+void addStreamPath(CLI::App &command, std::string &path);
+
 // -j: how many threads work.
 void addThreadsOption(CLI::App &command, unsigned &threads);
 

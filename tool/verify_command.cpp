@@ -135,7 +135,7 @@ void addVerifyCommand(CLI::App &program, Run &run) {
       "\n"
       "or without LINE where it is about the whole file, and the exit status is 1 when\n"
       "there is any.");
-  command->add_option("PATH", options->path)->required();
+  addStreamPath(*command, options->path);
   command->add_flag("--json", options->json, "print one JSON object instead");
   addThreadsOption(*command, options->threads);
   command->footer(

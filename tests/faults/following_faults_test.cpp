@@ -366,6 +366,71 @@ INSTANTIATE_TEST_SUITE_P(Meets, AFollowerThatGetsNews,
 
 TEST_P(AFollowerThatGetsNews, LosesNothingWhenASystemCallFails) { withEach(Trouble::system, false, true); }
 
+// Follows a stream from its oldest file, "1" in s.100, while `change` happens to its files before each of the
+// calls that tell of one, and `afterwards` before it goes on. Whatever of "2" it does not give has to be told.
+void loseNothingUnsaid(const Action &begin, const Action &change, const Action &afterwards) {
+  bool happened = true;
+  int changes = 0;
+  for (int nth = 1; happened; ++nth) {
+    SCOPED_TRACE("change before call " + std::to_string(nth));
+    const HandmadeStream stream;
+    begin(stream);
+    HandmadeStream::settle();
+    std::optional<StreamFollower> follower;
+    {
+      const AtCall during("statx", nth, [&] {
+        change(stream);
+        HandmadeStream::settle();
+        return 0;
+      });
+      follower.emplace(stream.path, WMQ_FROM_OLDEST);
+      happened = during.happened();
+    }
+    afterwards(stream);
+    ASSERT_TRUE(follower->isOpen());
+    const std::vector<std::string> given = follower->rest();
+    const bool isTold = std::any_of(given.begin(), given.end(), [](const std::string &words) {
+      return words == "2" || words.starts_with("gap");
+    });
+    const bool beganBehind = !given.empty() && given.front() != "1";
+    EXPECT_TRUE(isTold || beganBehind) << ::testing::PrintToString(given);
+    changes += happened ? 1 : 0;
+  }
+  EXPECT_GT(changes, 3);
+}
+
+TEST(AFollowerThatListsFiles, PassesOverNoneThatIsRotatedMeanwhile) {
+  loseNothingUnsaid(
+      [](const HandmadeStream &stream) {
+        stream.append(lines(1, 1));
+        stream.rotate(100);
+        stream.append(lines(2, 2));
+      },
+      [](const HandmadeStream &stream) {
+        stream.rotate(101);
+        stream.append(lines(3, 3));
+      },
+      [](const HandmadeStream &stream) {
+        stream.remove(100);
+        stream.remove(101);
+      });
+}
+
+TEST(AFollowerThatListsFiles, PassesOverNoneThatIsRemovedMeanwhile) {
+  loseNothingUnsaid(
+      [](const HandmadeStream &stream) {
+        for (int number = 1; number <= 3; ++number) {
+          stream.append(lines(number, number));
+          stream.rotate(99 + number);
+        }
+      },
+      [](const HandmadeStream &stream) {
+        stream.remove(100);
+        stream.remove(101);
+      },
+      [](const HandmadeStream &) {});
+}
+
 // Lists a stream of two files. False when that has failed, with nothing left behind.
 bool listsBothFiles(const HandmadeStream &stream) {
   size_t count = 0;

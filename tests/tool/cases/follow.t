@@ -162,7 +162,7 @@ Options that nobody can mean.
   Try 'wmq follow --help'.
   [2]
   $ wmq follow -
-  wmq follow: PATH: standard input cannot be followed, but decoded (wmq decode)
+  wmq follow: PATH: standard input is no stream, but can be decoded (wmq decode)
   Try 'wmq follow --help'.
   [2]
   $ for option in --state --exec; do wmq follow $option '' s; done

@@ -165,6 +165,20 @@ Nothing to verify, or nothing that can be.
   $ wmq verify pipe
   wmq: pipe: Not a regular file
   [3]
+  $ wmq verify ''; wmq verify -
+  wmq verify: PATH: the file name is empty
+  Try 'wmq verify --help'.
+  wmq verify: PATH: standard input is no stream, but can be decoded (wmq decode)
+  Try 'wmq verify --help'.
+  [2]
+  $ printf '\0\0"LOG_SWITCH" "10.1" 1 1\n\0' > lost; wmq verify lost
+  lost:1: torn: 2 bytes of a record
+  lost:2: torn: 1 byte without a line end
+  2 records that were not written to their end
+  1 record in 1 file: not whole
+  [1]
+  $ printf '"LOG_SWITCH" "10.1" 1 1\n' | gzip | head -c 30 > packed; wmq verify packed
+  packed:1: error 46 WMQE_BAD_FORMAT: gzip data is cut short
   $ : > empty; wmq verify empty
   0 records in 1 file: whole
   $ wmq verify empty > /dev/full
