@@ -367,7 +367,8 @@ INSTANTIATE_TEST_SUITE_P(Meets, AFollowerThatGetsNews,
 TEST_P(AFollowerThatGetsNews, LosesNothingWhenASystemCallFails) { withEach(Trouble::system, false, true); }
 
 // Follows a stream from its oldest file, "1" in s.100, while `change` happens to its files before each of the
-// calls that tell of one, and `afterwards` before it goes on. Whatever of "2" it does not give has to be told.
+// calls that tell of one, and `afterwards` before it goes on. Whatever of "2" it does not give has to be
+// told.
 void loseNothingUnsaid(const Action &begin, const Action &change, const Action &afterwards) {
   bool happened = true;
   int changes = 0;
