@@ -19,7 +19,7 @@ constexpr int64_t maxCpus = 1 << 20;
 bool takeRange(const char *&text, const char *end, int32_t &first, int32_t &last) {
   int64_t numbers[2] = {};
   int count = 0;
-  for (; count < 2; ++count) {
+  for (;; ++count) {
     if (text == end || !isDigit(*text)) return false;
     text = scanInt64(text, numbers[count]);
     if (numbers[count] > INT32_MAX) return false;

@@ -2,6 +2,7 @@
 #include <rapidcheck/gtest.h>
 #include <unistd.h>
 
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -109,6 +110,15 @@ TEST(LineReader, UsesTheFilesOwnPosition) {
 TEST(LineReader, NeedsNoCounter) {
   LinesOf file("one\n");
   EXPECT_STREQ(_getNextLine_(file.file, nullptr, 0), "one");
+}
+
+TEST(LineReader, CountsAsFarAsItsCounterGoes) {
+  LinesOf file("one\ntwo\n");
+  int lineNum = INT_MAX - 1;
+  EXPECT_STREQ(_getNextLine_(file.file, &lineNum, 0), "one");
+  EXPECT_EQ(lineNum, INT_MAX);
+  EXPECT_STREQ(_getNextLine_(file.file, &lineNum, 0), "two");
+  EXPECT_EQ(lineNum, INT_MAX);
 }
 
 TEST(LineReader, GivesNothingForAMissingFile) {

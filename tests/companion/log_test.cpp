@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <cwchar>
 #include <string>
 
 #include "wmq/companion.h"
@@ -45,6 +46,11 @@ TEST_F(SystemLog, SpellsOutTheSystemError) {
 TEST_F(SystemLog, TakesADoubledPercentSignForOne) {
   wmc_syslog(LOG_INFO, "100%%M %%");
   EXPECT_EQ(lastMessage, "100%M %");
+}
+
+TEST_F(SystemLog, GetsNothingThatCannotBeFormatted) {
+  wmc_syslog(LOG_INFO, "%lc", static_cast<wint_t>(0x110000));
+  EXPECT_EQ(lastMessage, "nothing");
 }
 
 TEST_F(SystemLog, DoesNotExpandPercentSignsOfArguments) {

@@ -60,6 +60,17 @@ TEST(SubmissionExtension, GrowsAnArrayThatTheCallerHasBuilt) {
   EXPECT_EQ(extension.value->pairs[8].key, 8);
 }
 
+TEST(SubmissionExtension, StaysAsItIsWhereItsCountMakesNoSense) {
+  submitExt extension{};
+  for (const int32_t count : {-1, INT32_MIN, INT32_MAX}) {
+    extension.numPairs = count;
+    submitExt *given = &extension;
+    EXPECT_EQ(add_pair2submit_ext(&given, 1, "x"), WMQE_NO_MEM);
+    EXPECT_EQ(extension.numPairs, count);
+    EXPECT_EQ(extension.pairs, nullptr);
+  }
+}
+
 TEST(SubmissionExtension, NeedsAPlaceToStandIn) {
   EXPECT_EQ(add_pair2submit_ext(nullptr, 1, "x"), WMQE_BAD_ARG);
 }

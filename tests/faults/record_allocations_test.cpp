@@ -9,12 +9,14 @@
 #include <thread>
 
 #include "support/asymmetries.h"
+#include "support/collected_lines.h"
 #include "support/failing_allocations.h"
 #include "support/record_lines.h"
 #include "support/sampler.h"
 #include "support/side_stream_fixture.h"
 #include "support/text_files.h"
 #include "wmq.stream/line_parser.h"
+#include "wmq.stream/writer.h"
 #include "wmq/wmq.h"
 
 namespace wmq::testing {
@@ -100,6 +102,12 @@ INSTANTIATE_TEST_SUITE_P(OfType, EveryAllocationOfReading, ::testing::ValuesIn(t
 TEST_P(EveryAllocationOfReading, MayFail) {
   for (uint64_t value = 1; value <= kRecordsOfType; ++value)
     readWithEachFailing(written(*richRecord(GetParam(), value)), FailingAllocation::work);
+}
+
+TEST_P(EveryAllocationOfReading, MayFailOnLinesOfAllVersions) {
+  const std::string name = std::string("\"") + wmq_typename(GetParam()) + "\"";
+  for (const std::string &line : goldenLines())
+    if (line.starts_with(name) && parse(line) != nullptr) readWithEachFailing(line, FailingAllocation::work);
 }
 
 TEST_P(EveryAllocationOfReading, MayBeTheFirstOfManyThatFail) {
@@ -283,6 +291,30 @@ TEST(AHostList, IsCompressedWithoutMemory) {
   ASSERT_EQ(result, 0);
   EXPECT_THAT(std::string(text, length), HasSubstr("\"3*a\" \"1*2*b\""));
   std::free(text);
+}
+
+TEST(TheBufferOfAThread, IsGivenBackBehindALongLine) {
+  if (!allocationsCanFail()) GTEST_SKIP() << "allocations cannot be counted here";
+  std::string command(kKeptCapacity, 'x');
+  const eventRecord record = bareRecord(EVENT_JOB_NEW);
+  const eventRecord onlyHeader = bareRecord(EVENT_JOB_VACATED);
+  written(record);
+  const int withBuffer = allocationsLeft();
+  eventRecord longRecord = record;
+  longRecord.eventLog.jobNewLog.command = command.data();
+  written(longRecord);
+  EXPECT_EQ(allocationsLeft(), withBuffer - 1);
+  for (eventRecord first : {onlyHeader, record}) {
+    char *text = nullptr;
+    size_t length = 0;
+    wmq_errno = 0;
+    const FailingAllocation failing(1);
+    EXPECT_EQ(wmq_formatrecord(&first, &text, &length), -1);
+    EXPECT_EQ(wmq_errno, WMQE_SYS);
+    EXPECT_EQ(text, nullptr);
+  }
+  written(record);
+  EXPECT_EQ(allocationsLeft(), withBuffer);
 }
 
 }  // namespace

@@ -87,7 +87,8 @@ TEST_F(Following, TellsWhatIsWrongWithItsParameters) {
   EXPECT_EQ(errorOf({path.c_str(), WMQ_FROM_POSITION, nullptr, 0}), WMQE_BAD_ARG);
   for (const char *position : {"", "1", "2:-:-", "1:-:-x", "1:1:2:3:-:0.0:5:6.0:-", "1:1:2:3:-:0.0:-5:0.0:-",
                                "1:x:2:3:-:0.0:0:0.0:-", "1:1:2:3:-:9999.0:0:0.0:-", "1:1:2:3:-:-1.0:0:0.0:-",
-                               "1:1:2:3:-:0.0:0:0.0:-:", "1:1:2:3:-:0.0:0:0.0:7.1.2.3"})
+                               "1:1:2:3:-:0.0:0:0.0:-:", "1::2:3:-:0.0:0:0.0:-",
+                               "1:1:2:3:-:0.0:99999999999999999999:0.0:-", "1:1:2:3:-:0.0:0:0.0:7.1.2.3"})
     EXPECT_EQ(errorOf({path.c_str(), WMQ_FROM_POSITION, position, 0}), WMQE_BAD_FORMAT) << position;
   EXPECT_EQ(errorOf({"/nowhere/at/all", WMQ_FROM_START, nullptr, 0}), WMQE_SYS);
   EXPECT_EQ(errorOf({directory.path().c_str(), WMQ_FROM_START, nullptr, 0}), WMQE_SYS);

@@ -407,6 +407,9 @@ TEST(Schema, SaysWhatIsConvertedTogether) {
   const Names together = namesWith(*wmq_schema(EVENT_UNFULFILL), WMQ_FIELD_TOGETHER);
   EXPECT_THAT(together, ElementsAre("unfulfillField2", "unfulfillField3", "unfulfillField4",
                                     "unfulfillField5", "unfulfillTime", "unfulfillField7"));
+  const Names usage = namesWith(*fieldOf(EVENT_JOB_FINISH, "wmxRusage").layout, WMQ_FIELD_TOGETHER);
+  ASSERT_EQ(usage.size(), WMX_RUSAGE_VALUES - 1U);
+  EXPECT_EQ(usage.front(), "ru_stime");
 }
 
 TEST(GateOpen, GoesByTheVersionWithinItsTolerance) {

@@ -126,6 +126,13 @@ TEST_F(WritingABatch, WithoutRecordsNamesTheArgument) {
   EXPECT_EQ(wmq_writestreambatch(nullptr, 1, &written), -1);
   EXPECT_EQ(wmq_errno, WMQE_BAD_ARG);
   EXPECT_EQ(written, 0U);
+  wmq_errno = 0;
+  EXPECT_EQ(wmq_writestreambatch(nullptr, 0, &written), 0);
+  EXPECT_EQ(wmq_errno, 0);
+  wmq_closestream();
+  wmq_errno = 99;
+  EXPECT_EQ(wmq_writestreambatch(nullptr, 1, &written), -1);
+  EXPECT_EQ(wmq_errno, 99);
 }
 
 TEST_F(WritingABatch, StopsAtAMissingRecord) {
@@ -172,6 +179,18 @@ TEST_F(WritingABatch, TellsHowManyAreWholeWhenTheDiskIsFull) {
     EXPECT_EQ(written, 4U);
     EXPECT_EQ(contentOf(path), before + lines(1, 5) + logSwitchLine(5).substr(0, extra));
   }
+}
+
+TEST_F(WritingABatch, CountsTheRecordThatFoundTheDiskFull) {
+  ASSERT_EQ(open({.size = 1}), 0);
+  {
+    const ResourceLimit limit(RLIMIT_FSIZE, 4 * logSwitchLine(1).size());
+    EXPECT_EQ(writeAll(numbered(1, 10)), -1);
+  }
+  EXPECT_EQ(writeAll(numbered(6, 100)), 0);
+  EXPECT_THAT(namesIn(directory.path()), ElementsAre("s"));
+  EXPECT_EQ(writeAll(numbered(100, 101)), 0);
+  EXPECT_EQ(contentOf(rotated), lines(1, 5) + lines(6, 100) + kEndLine);
 }
 
 TEST_F(WritingABatch, RotatesWhereSingleWritesWould) {

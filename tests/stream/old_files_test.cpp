@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 
 #include "support/ordinary_user.h"
@@ -154,6 +155,19 @@ TEST_F(RemovingOldFiles, FindsThemThroughRepeatedSlashes) {
   have({"s.100"});
   EXPECT_EQ(checkstreamfilenum((directory.path() + "//s").c_str(), 1), 0);
   expectLeft({});
+}
+
+TEST_F(RemovingOldFiles, LooksForThemInTheRootDirectoryToo) {
+  wmq_errno = 0;
+  EXPECT_EQ(checkstreamfilenum("/a-name-that-nobody-has-given", 1), 0);
+  EXPECT_EQ(wmq_errno, 0);
+}
+
+TEST_F(RemovingOldFiles, FindsNoneInADirectoryWithALongerNameThanThereCanBe) {
+  wmq_errno = 0;
+  EXPECT_EQ(checkstreamfilenum((path + std::string(PATH_MAX, 'x') + "/s").c_str(), 1), -1);
+  EXPECT_EQ(errno, ENAMETOOLONG);
+  EXPECT_EQ(wmq_errno, WMQE_SYS);
 }
 
 // ------------------------------------------------------------------------- odd suffixes
