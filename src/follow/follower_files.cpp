@@ -274,6 +274,8 @@ bool wmqFollower::tryPlace(const StreamListing &listing, const Position &wanted,
   if (newer.empty() && !listing.hasCurrent) return true;
   const StreamEntry &inPlace = newer.empty() ? listing.current : newer.front();
   const bool moved = inPlace.identity.device != wanted.identity.device;
+  // With no file before it, and old ones removed, nothing tells its inode from another file's.
+  if (!stands && !moved) return true;
   return !(moved || inPlace.identity == wanted.identity) || tryEntry(inPlace, wanted, found);
 }
 

@@ -98,6 +98,19 @@ TEST_F(InodesUsedAgain, AreNotTakenForAnEmptyFileOfAPosition) {
   EXPECT_THAT(StreamFollower(path, position).rest(), ElementsAre("gap", "2", "rotated", "3"));
 }
 
+// While a file is rotated there may be none but the current one.
+TEST_F(InodesUsedAgain, AreNotTakenForAnEmptyFileOfAPositionWhenThereIsNoOther) {
+  append("");
+  const std::string position = StreamFollower(path).position();
+  const uint64_t inode = inodeOf(path);
+  append(lines(1, 1));
+  rotate(100);
+  append(lines(2, 2));
+  remove(100);
+  frozen.inodes[inodeOf(path)] = inode;
+  EXPECT_THAT(StreamFollower(path, position).rest(), ElementsAre("gap", "2"));
+}
+
 // The follower has its file open, so that nobody else can have its inode.
 TEST_F(InodesUsedAgain, OfTheFileThatIsReadAreItsOwn) {
   append("");
