@@ -176,13 +176,13 @@ typedef struct wmqStreamFile {
 } wmqStreamFile;
 
 // Lists the files of the stream whose current file is `path`, in the order of writing: old ones
-// ("PATH.NUMBER", regular ones) by their numbers, then the current one if it is there. A rotation under way
-// can hide a file: only what two calls agree on was there.
+// ("PATH.NUMBER", regular ones) by their numbers, then the current one if it is there, as they stood at one
+// moment.
 // Returns an array of `*count` elements in one piece of memory with the paths, which the caller frees with
 // free(); or null with wmq_errno
 //   WMQE_BAD_ARG  `path` is null or empty, or `count` is null
 //   WMQE_SYS      the directory cannot be read, or the current file is none that can be followed (errno tells
-//                 as for wmq_followopen)
+//                 as for wmq_followopen), or the files change faster than they can be listed (EBUSY)
 //   WMQE_NO_MEM   no memory
 WMQ_API struct wmqStreamFile *wmq_streamfiles(const char *path, size_t *count);
 

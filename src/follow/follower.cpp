@@ -24,7 +24,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr int kMostTries = 20;  // on a network the clock of the files may be ahead of the own one
+constexpr int kMostWaits = 20;  // on a network the clock of the files may be ahead of the own one
 
 // Milliseconds that are left, for poll(2).
 int timeLeft(Clock::time_point deadline) {
@@ -244,8 +244,8 @@ wmqFollower::Step wmqFollower::beginAnew() {
 // sure that none after it can have both its inode and its time of creation.
 bool wmqFollower::isSettled() {
   wmq::FileStatus status;
-  for (int tries = 0; !entry.settled && tries < wmq::kMostTries; ++tries) {
-    if (tries > 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  for (int waits = 0; !entry.settled && waits < wmq::kMostWaits; ++waits) {
+    if (waits > 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
     if (!wmq::statusOf(file.get(), status) || !wmq::hasBirth(status.identity)) return false;
     entry.settled = status.settled;
   }

@@ -384,9 +384,7 @@ void hostsUnlessCopy(Reader &io, auto &log, const auto &when) {
   if (isOnLine(io.version, log, when)) {
     number<Count>(io, log);
     if (io.error != 0) log.*Count = 0;
-    if (log.*Count != 0) {
-      return readExpanded(io, nameOf<Array>, log.*Count, log.*Array);
-    }
+    if (log.*Count != 0) return readExpanded(io, nameOf<Array>, log.*Count, log.*Array);
   }
   copyStrings(io, nameOf<Array>, log.*Count, log.*Array, log.*OtherCount, log.*Other);
 }
