@@ -27,11 +27,10 @@ thread_local constinit BlockCache blockCache{};
 namespace {
 
 using State = BlockCache::State;
-constexpr ptrdiff_t mostUnits = (ptrdiff_t{1} << 20) / 16;  // in all, and one block
 
 void endKeeping(void *) {
   freeKeptBlocks();
-  blockCache.room = 0;
+  blockCache.most = 0;
   blockCache.state = State::unused;
 }
 
@@ -47,7 +46,7 @@ void keep(void *released, size_t sizeClass) {
   auto *const block = static_cast<KeptBlock *>(released);
   block->next = blockCache.first[sizeClass];
   blockCache.first[sizeClass] = block;
-  blockCache.room -= BlockCache::unitsOf(sizeClass);
+  blockCache.units += BlockCache::unitsOf(sizeClass);
 }
 
 // The block is too long, or the cache is full, or this is the first that the thread releases.
@@ -59,9 +58,13 @@ void keep(void *released, size_t sizeClass) {
 
 }  // namespace
 
-void freeKeptBlocks() {
+void freeKeptBlocks(ptrdiff_t units) {
   for (size_t c = 0; c < BlockCache::numClasses; ++c) {
-    while (void *const block = takeKept(c)) std::free(block);
+    while (blockCache.units > units) {
+      void *const block = takeKept(c);
+      if (block == nullptr) break;
+      std::free(block);
+    }
   }
 }
 
@@ -69,7 +72,7 @@ bool keepsBlocks() {
   if (blockCache.state == State::unknown) {
     const bool kept = blocksMayBeKept && !valgrindChecks() && cacheKey.keep(&blockCache);
     blockCache.state = kept ? State::inUse : State::unused;
-    blockCache.room = kept ? mostUnits : 0;
+    blockCache.most = kept ? BlockCache::usualMost : 0;
   }
   return blockCache.state == State::inUse;
 }
@@ -77,13 +80,13 @@ bool keepsBlocks() {
 void giveBlock(void *block) {
   if (block == nullptr) return;
   const size_t sizeClass = (malloc_usable_size(block) - BlockCache::leastBytes) / 16;
-  if (sizeClass < BlockCache::numClasses && blockCache.room > 0) return keep(block, sizeClass);
+  if (sizeClass < BlockCache::numClasses && blockCache.units < blockCache.most) return keep(block, sizeClass);
   giveWithoutRoom(block, sizeClass);
 }
 #else
 void giveBlock(void *block) { std::free(block); }
 bool keepsBlocks() { return false; }
-void freeKeptBlocks() {}
+void freeKeptBlocks(ptrdiff_t) {}
 #endif
 
 }  // namespace wmq

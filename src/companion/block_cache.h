@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
+#include <limits>
 
 namespace wmq {
 
@@ -27,8 +28,11 @@ struct BlockCache {
   // What a block takes, in units of 16 bytes, with the C library's own 8 bytes before it.
   static constexpr ptrdiff_t unitsOf(size_t sizeClass) { return static_cast<ptrdiff_t>(sizeClass) + 2; }
 
+  static constexpr ptrdiff_t usualMost = (1 << 20) / 16;
+
   KeptBlock *first[numClasses];
-  ptrdiff_t room;  // units that may still be kept; 0 as long as nothing has been released
+  ptrdiff_t units;  // that are kept
+  ptrdiff_t most;   // with that many or more, nothing further is kept; 0 before anything has been released
   enum class State : unsigned char { unknown, inUse, unused } state;
 };
 
@@ -47,7 +51,7 @@ inline void *takeKept(size_t sizeClass) {
   KeptBlock *const block = blockCache.first[sizeClass];
   if (block == nullptr) return nullptr;
   blockCache.first[sizeClass] = block->next;
-  blockCache.room += BlockCache::unitsOf(sizeClass);
+  blockCache.units -= BlockCache::unitsOf(sizeClass);
   return block;
 }
 
@@ -59,9 +63,32 @@ inline void *takeBlock(size_t bytes) {
 }
 void giveBlock(void *block);
 
+// All, or so many that no more than `units` are left.
+void freeKeptBlocks(ptrdiff_t units = 0);
+
+// While it lives the thread keeps every short block that it releases: it surrounds the release of a record.
+// Afterwards the thread keeps 1 MiB, or as much as it released meanwhile if that is more, until the next
+// record is released: whoever reads records of a million hosts needs that memory over and over, and
+// whoever has read one of them gives it back with the next short one.
+class KeepingAll {
+ public:
+  KeepingAll() : before(blockCache.units) {
+    if (blockCache.most != 0) blockCache.most = std::numeric_limits<ptrdiff_t>::max();
+  }
+  ~KeepingAll() {
+    if (blockCache.most == 0) return;
+    blockCache.most = std::max(BlockCache::usualMost, blockCache.units - before);
+    if (blockCache.units > blockCache.most) freeKeptBlocks(blockCache.most);
+  }
+  KeepingAll(const KeepingAll &) = delete;
+  KeepingAll &operator=(const KeepingAll &) = delete;
+
+ private:
+  const ptrdiff_t before;
+};
+
 // Whether this thread keeps blocks. Tests that count allocations switch it off before a thread has kept any.
 bool keepsBlocks();
-void freeKeptBlocks();
 extern bool blocksMayBeKept;
 
 }  // namespace wmq

@@ -13,6 +13,7 @@ void releaseFields(const RecordCodec &codec, void *log) {
 
 static void releaseRecord(eventRecord *record, Releaser how) {
   if (record == nullptr) return;
+  const KeepingAll all;
   const RecordCodec *codec = eventType(record->type).codec;
   if (codec != nullptr) codec->release(how, &record->eventLog);
 }

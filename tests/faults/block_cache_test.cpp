@@ -5,6 +5,7 @@
 
 #include <cstring>
 #include <functional>
+#include <span>
 #include <vector>
 
 #include "support/failing_allocations.h"
@@ -84,6 +85,43 @@ TEST_F(KeptBlocks, AreFew) {
     freeKeptBlocks();
     EXPECT_EQ(allocationsLeft(), before);
   });
+}
+
+// As if the blocks were those of a record.
+void takeAndRelease(std::span<void *> blocks) {
+  for (void *&block : blocks) block = takeBlock(10);
+  const KeepingAll all;
+  for (void *block : blocks) giveBlock(block);
+}
+
+TEST_F(KeptBlocks, AreAsManyAsALongRecordReleased) {
+  std::vector<void *> blocks(100'000);
+  onANewThread([&blocks] {
+    const int before = allocationsLeft();
+    takeAndRelease(blocks);
+    EXPECT_EQ(allocationsLeft() - before, 100'000);
+    const FailingAllocation failing(1, FailingAllocation::failToo);
+    takeAndRelease(blocks);
+    EXPECT_FALSE(failing.hasFailed());
+  });
+}
+
+TEST_F(KeptBlocks, AreFewAgainBehindTheNextShortRecord) {
+  std::vector<void *> blocks(100'000);
+  onANewThread([&blocks] {
+    const int before = allocationsLeft();
+    takeAndRelease(blocks);
+    takeAndRelease({blocks.data(), 1});
+    EXPECT_LE(allocationsLeft() - before, 1024 * 1024 / 24 + 1);
+    EXPECT_GE(allocationsLeft() - before, 1000);
+  });
+}
+
+TEST_F(KeptBlocks, AreNoneWhereNoneMayBeKept) {
+  std::vector<void *> blocks(10);
+  const int before = allocationsLeft();
+  takeAndRelease(blocks);
+  EXPECT_EQ(allocationsLeft(), before);
 }
 
 TEST_F(KeptBlocks, TakeAMissingBlockForNothing) {
