@@ -67,24 +67,25 @@ void giveBlock(void *block);
 void freeKeptBlocks(ptrdiff_t units = 0);
 
 // While it lives the thread keeps every short block that it releases: it surrounds the release of a record.
-// Afterwards the thread keeps 1 MiB, or as much as it released meanwhile if that is more, until the next
-// record is released: whoever reads records of a million hosts needs that memory over and over, and
-// whoever has read one of them gives it back with the next short one.
+// Afterwards the thread keeps 1 MiB, or as much as it released meanwhile if that is more. Of what lies above
+// that, each further record gives back a 64th: long records are seldom alone, and none is remembered for ever.
 class KeepingAll {
  public:
-  KeepingAll() : before(blockCache.units) {
-    if (blockCache.most != 0) blockCache.most = std::numeric_limits<ptrdiff_t>::max();
+  KeepingAll() : unitsBefore(blockCache.units), mostBefore(blockCache.most) {
+    if (mostBefore != 0) blockCache.most = std::numeric_limits<ptrdiff_t>::max();
   }
   ~KeepingAll() {
     if (blockCache.most == 0) return;
-    blockCache.most = std::max(BlockCache::usualMost, blockCache.units - before);
+    const ptrdiff_t released = blockCache.units - unitsBefore;
+    blockCache.most = std::max({BlockCache::usualMost, released, mostBefore - mostBefore / 64});
     if (blockCache.units > blockCache.most) freeKeptBlocks(blockCache.most);
   }
   KeepingAll(const KeepingAll &) = delete;
   KeepingAll &operator=(const KeepingAll &) = delete;
 
  private:
-  const ptrdiff_t before;
+  const ptrdiff_t unitsBefore;
+  const ptrdiff_t mostBefore;
 };
 
 // Whether this thread keeps blocks. Tests that count allocations switch it off before a thread has kept any.

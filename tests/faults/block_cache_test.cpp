@@ -106,14 +106,22 @@ TEST_F(KeptBlocks, AreAsManyAsALongRecordReleased) {
   });
 }
 
-TEST_F(KeptBlocks, AreFewAgainBehindTheNextShortRecord) {
+TEST_F(KeptBlocks, BecomeFewerWithEachShortRecordUntilTheyAreFew) {
   std::vector<void *> blocks(100'000);
   onANewThread([&blocks] {
     const int before = allocationsLeft();
     takeAndRelease(blocks);
-    takeAndRelease({blocks.data(), 1});
-    EXPECT_LE(allocationsLeft() - before, 1024 * 1024 / 24 + 1);
-    EXPECT_GE(allocationsLeft() - before, 1000);
+    int left = allocationsLeft() - before;
+    for (int record = 0; record < 64; ++record) {
+      takeAndRelease({blocks.data(), 1});
+      const int leftNow = allocationsLeft() - before;
+      EXPECT_LE(leftNow, left);
+      EXPECT_GE(leftNow, left - left / 32);
+      left = leftNow;
+    }
+    EXPECT_LE(left, 40'000);
+    for (int record = 0; record < 64; ++record) takeAndRelease({blocks.data(), 1});
+    EXPECT_EQ(allocationsLeft() - before, (1 << 20) / 32);
   });
 }
 
