@@ -68,7 +68,7 @@ void freeKeptBlocks(ptrdiff_t units = 0);
 
 // While it lives the thread keeps every short block that it releases: it surrounds the release of a record.
 // Afterwards the thread keeps 1 MiB, or as much as it released meanwhile if that is more. Of what lies above
-// that, each further record gives back a 64th: long records are seldom alone, and none is remembered for ever.
+// that, each further record gives back a 64th: long records are seldom alone, and none counts for ever.
 class KeepingAll {
  public:
   KeepingAll() : unitsBefore(blockCache.units), mostBefore(blockCache.most) {
