@@ -84,7 +84,12 @@ void putInteger(Writer &io, int64_t value) {
   char *out = room(io, 24);
   if (out == nullptr) return;
   *out = ' ';
-  io.size = static_cast<size_t>(formatInt64(out + 1, value) - io.text);
+  if (value >= 0 && value < 10) {  // nearly all
+    out[1] = static_cast<char>('0' + value);
+    io.size += 2;
+  } else {
+    io.size = static_cast<size_t>(formatInt64(out + 1, value) - io.text);
+  }
 }
 
 void putFixed(Writer &io, double value, int width, int precision) {
@@ -115,11 +120,17 @@ void putQuotedFixed(Writer &io, double value, int precision) {
 }
 
 void putQuoted(Writer &io, const char *text) {
-  const size_t length = text ? std::strlen(text) : 0;
+  const bool empty = text == nullptr || *text == '\0';
+  const size_t length = empty ? 0 : std::strlen(text);
   char *out = room(io, 2 * length + 3);
   if (out == nullptr) return;
-  *out = ' ';
-  io.size = static_cast<size_t>(quotedInto(out + 1, text ? text : "", length) - io.text);
+  if (empty) {  // half of all
+    std::memcpy(out, " \"\"", 3);
+    io.size += 3;
+  } else {
+    *out = ' ';
+    io.size = static_cast<size_t>(quotedInto(out + 1, text, length) - io.text);
+  }
 }
 
 bool arrayGiven(Writer &io, int64_t count, const void *array, const char *field) {
