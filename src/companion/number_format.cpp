@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "companion/numbers.h"
+#include "companion/short_decimal.h"
 
 namespace wmq {
 
@@ -112,6 +113,7 @@ char *formatShortestReal(char *out, Real value) {
     std::memcpy(out, "nan", 3);
     return out + 3;
   }
+  if (char *const end = formatShort(out, value)) return end;
   constexpr Real largest = 0x1p53;
   if (std::fabs(value) <= largest && value == std::trunc(value) && (value != 0 || !std::signbit(value)))
     return formatInt64(out, static_cast<int64_t>(value));

@@ -22,6 +22,7 @@
 #include <type_traits>
 
 #include "companion/byte_groups.h"
+#include "companion/short_decimal.h"
 
 namespace wmq {
 
@@ -68,15 +69,18 @@ struct LevelMemory {
   static void Free(void *) {}
 };
 
-// Beyond the integers that the type holds exactly, plain notation would show digits that the value does not
-// have.
+// The end of the shortest decimal: from 100,000 on, notation with an exponent may be shorter. Beyond the
+// integers that the type holds exactly, plain notation would show digits that the value does not have.
 template <typename T>
-std::to_chars_result shortest(char *first, char *last, T value) {
+char *shortest(char *first, char *last, T value) {
   if constexpr (std::is_floating_point_v<T>) {
+    if (std::fabs(value) < 100'000) {
+      if (char *const end = formatShort(first, value)) return end;
+    }
     constexpr T exact = static_cast<T>(std::uint64_t{1} << std::numeric_limits<T>::digits);
-    if (std::fabs(value) > exact) return std::to_chars(first, last, value, std::chars_format::scientific);
+    if (std::fabs(value) > exact) return std::to_chars(first, last, value, std::chars_format::scientific).ptr;
   }
-  return std::to_chars(first, last, value);
+  return std::to_chars(first, last, value).ptr;
 }
 
 // Objects and arrays on one line.
@@ -170,7 +174,7 @@ struct TextWriter : Punctuation {
     constexpr std::size_t longest = 32;
     char *const digits = out.room(longest);
     if (digits == nullptr) return;
-    out.size += static_cast<std::size_t>(shortest(digits, digits + longest, value).ptr - digits);
+    out.size += static_cast<std::size_t>(shortest(digits, digits + longest, value) - digits);
   }
 };
 

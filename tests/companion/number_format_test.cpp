@@ -4,6 +4,7 @@
 
 #include <bit>
 #include <cfloat>
+#include <charconv>
 #include <cinttypes>
 #include <cmath>
 #include <cstdio>
@@ -13,6 +14,7 @@
 #include <string>
 
 #include "companion/numbers.h"
+#include "companion/short_decimal.h"
 
 namespace {
 
@@ -177,6 +179,53 @@ RC_GTEST_PROP(ShortestFormat, ReadsBackToTheSameFloat, (uint32_t bits)) {
   const float value = std::bit_cast<float>(bits);
   RC_PRE(!std::isnan(value));
   RC_ASSERT(std::bit_cast<uint32_t>(std::strtof(shortestForm(value).c_str(), nullptr)) == bits);
+}
+
+// Of values around thousandths, which have a way of their own: below 100,000 notation with an exponent is
+// never shorter, so that the C++ library says the same.
+template <class Real>
+void expectAsToChars(Real value) {
+  char text[64];
+  const std::string expected(text, std::to_chars(text, text + sizeof text, value).ptr);
+  ASSERT_EQ(shortestForm(value), expected) << std::hexfloat << value;
+  if (char *const end = wmq::formatShort(text, value)) {
+    ASSERT_EQ(std::string(text, end), expected);
+  }
+}
+
+template <class Real>
+void expectAsToCharsAround(int32_t thousandths) {
+  const Real value = static_cast<Real>(thousandths) / 1000;
+  for (const Real sign : {Real{1}, Real{-1}}) {
+    expectAsToChars(sign * value);
+    expectAsToChars(sign * std::nextafter(value, Real{0}));
+    expectAsToChars(sign * std::nextafter(value, Real{100'000}));
+    expectAsToChars(sign * value / 10);
+  }
+}
+
+TEST(ShortestFormat, OfThousandthsIsThatOfTheLibrary) {
+  for (int32_t thousandths = 0; thousandths < 20'000; ++thousandths) {
+    expectAsToCharsAround<double>(thousandths);
+    expectAsToCharsAround<float>(thousandths);
+  }
+}
+
+RC_GTEST_PROP(ShortestFormat, OfAnyThousandthsIsThatOfTheLibrary, ()) {
+  const auto thousandths = *rc::gen::inRange(0, 99'999'999);
+  expectAsToCharsAround<double>(thousandths);
+  expectAsToCharsAround<float>(thousandths);
+}
+
+TEST(ShortestFormat, OfThousandthsTakesTheShortWay) {
+  char text[32];
+  for (const double value : {0.0, -0.0, 1234.56, 7.25, 0.001, 99999999.999, 999999999999.0})
+    EXPECT_NE(wmq::formatShort(text, value), nullptr) << value;
+  for (const float value : {0.0F, 5.8F, 0.96F, 999.999F})
+    EXPECT_NE(wmq::formatShort(text, value), nullptr) << value;
+  for (const double value : {1e12, 0.0005, 1.0 / 3, std::nextafter(7.25, 8.0), HUGE_VAL, std::nan("")})
+    EXPECT_EQ(wmq::formatShort(text, value), nullptr) << value;
+  for (const float value : {1000.0F, 0.0005F}) EXPECT_EQ(wmq::formatShort(text, value), nullptr) << value;
 }
 
 RC_GTEST_PROP(ShortestFormat, WritesEveryWholeNumberUpTo2To53AsAnInteger, ()) {
