@@ -8,6 +8,7 @@
 
 #include "companion/list_text.h"
 #include "companion/numbers.h"
+#include "companion/zeroed_memory.h"
 
 namespace wmq {
 
@@ -109,7 +110,7 @@ char *cpusInto(char *out, const affinityHost &host) {
 
 affinityAlloc *parseAffinity(const char *text, int64_t &cpusLeft) {
   if (text == nullptr || *text == '\0') return nullptr;
-  auto *const allocation = static_cast<affinityAlloc *>(std::calloc(1, sizeof(affinityAlloc)));
+  auto *const allocation = static_cast<affinityAlloc *>(zeroed(1, sizeof(affinityAlloc)));
   if (allocation == nullptr) return nullptr;
   const int64_t allowed = std::min(maxCpus, cpusLeft);
   int64_t left = allowed;

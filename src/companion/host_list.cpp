@@ -10,6 +10,7 @@
 #include "companion/list_text.h"
 #include "companion/numbers.h"
 #include "companion/quoting.h"
+#include "companion/zeroed_memory.h"
 #include "wmq/companion.h"
 
 namespace wmq {
@@ -106,7 +107,7 @@ void moveOver(char **expanded, int32_t count, char **hosts) {
       giveBlock(hosts[i]);
     expanded += times;
   }
-  std::free(hosts);
+  giveBlock(hosts);
 }
 
 }  // namespace
@@ -136,7 +137,7 @@ int expandHosts(int32_t &count, char **&hosts, int64_t limit) {
   if (!anyCompressed) return 0;
   if (total > INT32_MAX) return WMQE_BAD_FORMAT;
 
-  auto **const expanded = static_cast<char **>(std::calloc(static_cast<size_t>(total), sizeof(char *)));
+  auto **const expanded = static_cast<char **>(zeroed(static_cast<size_t>(total), sizeof(char *)));
   if (expanded == nullptr) return WMQE_NO_MEM;
   if (!copyExpanded(expanded, count, hosts)) {
     freeNames(total, expanded);

@@ -2,6 +2,7 @@
 #include <bit>
 #include <cstdlib>
 
+#include "companion/block_cache.h"
 #include "wmq/companion.h"
 
 namespace wmq {
@@ -52,8 +53,8 @@ extern "C" int add_pair2submit_ext(struct submitExt **extension, int32_t key, co
 extern "C" void freeSubmitExt(struct submitExt *extension) {
   if (extension == nullptr) return;
   for (int32_t i = 0; extension->pairs != nullptr && i < extension->numPairs; ++i)
-    std::free(extension->pairs[i].value);
-  std::free(extension->pairs);
+    wmq::giveBlock(extension->pairs[i].value);
+  wmq::giveBlock(extension->pairs);
   extension->pairs = nullptr;
   extension->numPairs = 0;
 }

@@ -25,15 +25,15 @@ bool lineCanHold(const Reader &io, int64_t count, size_t leastBytes) {
 
 bool allocateRanges(Ranges rule, size_t count, int32_t *&start, int32_t *&end, int32_t *&step) {
   if (rule == Ranges::block || rule == Ranges::keptBlock) {
-    start = static_cast<int32_t *>(std::calloc(3 * count, sizeof(int32_t)));
+    start = static_cast<int32_t *>(zeroed(3 * count, sizeof(int32_t)));
     if (start == nullptr) return false;
     end = start + count;
     step = end + count;
     return true;
   }
-  start = static_cast<int32_t *>(std::calloc(count, sizeof(int32_t)));
-  end = static_cast<int32_t *>(std::calloc(count, sizeof(int32_t)));
-  step = static_cast<int32_t *>(std::calloc(count, sizeof(int32_t)));
+  start = static_cast<int32_t *>(zeroed(count, sizeof(int32_t)));
+  end = static_cast<int32_t *>(zeroed(count, sizeof(int32_t)));
+  step = static_cast<int32_t *>(zeroed(count, sizeof(int32_t)));
   if (start != nullptr && end != nullptr && step != nullptr) return true;
   release(start);
   release(end);
@@ -375,10 +375,10 @@ void readSubmitExt(Reader &io, const char *field, submitExt *&extension) {
   if (io.error != 0 || count <= 0) return;
   if (!lineCanHold(io, count, 5))
     return fail(io, WMQE_BAD_FORMAT, field, "as many elements as the count says");
-  extension = static_cast<submitExt *>(std::calloc(1, sizeof *extension));
+  extension = static_cast<submitExt *>(zeroed(1, sizeof *extension));
   if (extension != nullptr)
     extension->pairs =
-        static_cast<submitExtPair *>(std::calloc(static_cast<size_t>(count), sizeof(submitExtPair)));
+        static_cast<submitExtPair *>(zeroed(static_cast<size_t>(count), sizeof(submitExtPair)));
   if (extension == nullptr || extension->pairs == nullptr)
     return fail(io, WMQE_NO_MEM, field, "memory for the pairs");
   for (; extension->numPairs < count; ++extension->numPairs) {
@@ -395,10 +395,10 @@ void readNamedValues(Reader &io, const char *field, namedValueList *&list) {
   if (io.error != 0 || count <= 0) return;
   if (!lineCanHold(io, count, 5))
     return fail(io, WMQE_BAD_FORMAT, field, "as many elements as the count says");
-  list = static_cast<namedValueList *>(std::calloc(1, sizeof *list));
+  list = static_cast<namedValueList *>(zeroed(1, sizeof *list));
   if (list != nullptr) {
-    list->names = static_cast<char **>(std::calloc(static_cast<size_t>(count), sizeof(char *)));
-    list->values = static_cast<int32_t *>(std::calloc(static_cast<size_t>(count), sizeof(int32_t)));
+    list->names = static_cast<char **>(zeroed(static_cast<size_t>(count), sizeof(char *)));
+    list->values = static_cast<int32_t *>(zeroed(static_cast<size_t>(count), sizeof(int32_t)));
   }
   if (list == nullptr || list->names == nullptr || list->values == nullptr) {
     releaseNamedValues(list);
