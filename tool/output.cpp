@@ -16,12 +16,18 @@ constexpr size_t bufferSize = size_t{64} << 10;
 }  // namespace
 
 bool Output::write(std::string_view bytes) {
+  if (bytes.size() >= bufferSize) return flush() && handOver(bytes);
   waiting += bytes;
   return waiting.size() < bufferSize ? error == 0 : flush();
 }
 
 bool Output::flush() {
-  std::string_view rest = waiting;
+  handOver(waiting);
+  waiting.clear();
+  return error == 0;
+}
+
+bool Output::handOver(std::string_view rest) {
   while (error == 0 && !rest.empty()) {
     ssize_t count = ::write(STDOUT_FILENO, rest.data(), rest.size());
     if (count >= 0) {
@@ -34,7 +40,6 @@ bool Output::flush() {
       error = errno;
     }
   }
-  waiting.clear();
   return error == 0;
 }
 

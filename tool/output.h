@@ -28,6 +28,8 @@ class Output {
   void finish(Faults &faults);
 
  private:
+  bool handOver(std::string_view rest);
+
   std::string waiting;
   int error = 0;  // errno of the first failure
 };
