@@ -189,7 +189,7 @@ WMQ_API int wmq_formatpendingreasons(struct eventRecord *record, char **text, si
 // ---------------------------------------------------------------------- release
 //
 // With glibc a thread keeps short blocks that it has released for the records that it reads next: 1 MiB, or
-// as much as long records have held of late. They are freed when the thread ends.
+// as much as long records have held of late, but no more than 128 MiB. They are freed when the thread ends.
 
 // Releases what the members of `record` own, sets these pointers to null and their counts to 0, and leaves
 // the record itself. Some members are kept by design: see wmq_freekept. Null is allowed.

@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
-#include <limits>
 
 namespace wmq {
 
@@ -28,7 +27,9 @@ struct BlockCache {
   // What a block takes, in units of 16 bytes, with the C library's own 8 bytes before it.
   static constexpr ptrdiff_t unitsOf(size_t sizeClass) { return static_cast<ptrdiff_t>(sizeClass) + 2; }
 
+  // Bounds to what is kept, in units: whatever the records are, and however long they are.
   static constexpr ptrdiff_t usualMost = (1 << 20) / 16;
+  static constexpr ptrdiff_t uttermost = (128 << 20) / 16;
 
   KeptBlock *first[numClasses];
   ptrdiff_t units;  // that are kept
@@ -67,12 +68,13 @@ void giveBlock(void *block);
 void freeKeptBlocks(ptrdiff_t units = 0);
 
 // While it lives the thread keeps every short block that it releases: it surrounds the release of a record.
-// Afterwards the thread keeps 1 MiB, or as much as it released meanwhile if that is more. Of what lies above
-// that, each further record gives back a 64th: long records are seldom alone, and none counts for ever.
+// Afterwards the thread keeps 1 MiB, or as much as it released meanwhile if that is more, up to 128 MiB. Of
+// what lies above 1 MiB each further record gives back a 64th: long records are seldom alone, and none counts
+// for ever.
 class KeepingAll {
  public:
   KeepingAll() : unitsBefore(blockCache.units), mostBefore(blockCache.most) {
-    if (mostBefore != 0) blockCache.most = std::numeric_limits<ptrdiff_t>::max();
+    if (mostBefore != 0) blockCache.most = BlockCache::uttermost;
   }
   ~KeepingAll() {
     if (blockCache.most == 0) return;

@@ -125,6 +125,17 @@ TEST_F(KeptBlocks, BecomeFewerWithEachShortRecordUntilTheyAreFew) {
   });
 }
 
+TEST_F(KeptBlocks, AreBoundedHoweverLongARecordIs) {
+  std::vector<void *> blocks(5'000'000);
+  onANewThread([&blocks] {
+    const int before = allocationsLeft();
+    takeAndRelease(blocks);
+    EXPECT_EQ(allocationsLeft() - before, (128 << 20) / 32);
+    freeKeptBlocks();
+    EXPECT_EQ(allocationsLeft(), before);
+  });
+}
+
 TEST_F(KeptBlocks, AreNoneWhereNoneMayBeKept) {
   std::vector<void *> blocks(10);
   const int before = allocationsLeft();
