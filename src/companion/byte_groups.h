@@ -43,6 +43,19 @@ inline void copyBytes(char *out, const char *text, size_t length) {
   }
 }
 
+// memcmp for equality, in the same way.
+inline bool sameBytes(const char *left, const char *right, size_t length) {
+  const auto same = [left, right]<class Group>(size_t at, Group) {
+    return groupAt<Group>(left + at) == groupAt<Group>(right + at);
+  };
+  if (length > 16) return std::memcmp(left, right, length) == 0;
+  if (length >= 8) return same(0, uint64_t{}) && same(length - 8, uint64_t{});
+  if (length >= 4) return same(0, uint32_t{}) && same(length - 4, uint32_t{});
+  for (size_t i = 0; i < length; ++i)
+    if (left[i] != right[i]) return false;
+  return true;
+}
+
 }  // namespace wmq
 
 #endif

@@ -12,16 +12,19 @@
 
 namespace wmq {
 
+// memset with 0. Compilers would make a slow loop of it where they know the size.
+inline void *clear(void *memory, size_t bytes) {
+  __asm__("" : "+r"(memory), "+r"(bytes));
+  return std::memset(memory, 0, bytes);
+}
+
 // As calloc; `count` and `size` are above 0.
 inline void *zeroed(size_t count, size_t size) {
   constexpr size_t most = 1024;
   if (count > most / size) return std::calloc(count, size);
-  size_t bytes = count * size;
-  void *memory = takeBlock(bytes);
-  if (memory == nullptr) return nullptr;
-  // Compilers would make one calloc of malloc and memset, and a slow loop of a memset whose size they know.
-  __asm__("" : "+r"(memory), "+r"(bytes));
-  return std::memset(memory, 0, bytes);
+  const size_t bytes = count * size;
+  void *const memory = takeBlock(bytes);
+  return memory != nullptr ? clear(memory, bytes) : nullptr;
 }
 
 }  // namespace wmq

@@ -72,8 +72,8 @@ bool mayBeClosing(const char *quote) {
 }
 
 #ifdef __SSE2__
-// The same for the 16 places from `text` on, a bit for each.
-unsigned closingsIn(const char *text) {
+// Which of the 16 places from `text` on are worth a closer look, a bit for each.
+unsigned likelyClosings(const char *text) {
   const auto is = [text](ptrdiff_t at, char c) {
     return _mm_cmpeq_epi8(loadGroup(text + at), _mm_set1_epi8(c));
   };
@@ -83,10 +83,8 @@ unsigned closingsIn(const char *text) {
     return _mm_cmpeq_epi8(_mm_min_epu8(distance, most), distance);
   };
   const __m128i quotes = _mm_and_si128(is(0, '"'), is(2, '"'));
-  const __m128i version = _mm_and_si128(is(1, ' '), isFrom(3, '0', '9'));
-  const __m128i name =
-      _mm_or_si128(isFrom(-1, 'A', 'Z'), _mm_and_si128(isFrom(-1, '0', '9'), isFrom(-2, 'A', 'Z')));
-  return static_cast<unsigned>(_mm_movemask_epi8(_mm_and_si128(_mm_and_si128(quotes, version), name)));
+  const __m128i between = _mm_and_si128(isFrom(-1, '0', 'Z'), isFrom(3, '0', '9'));
+  return static_cast<unsigned>(_mm_movemask_epi8(_mm_and_si128(quotes, between)));
 }
 #endif
 
@@ -96,8 +94,10 @@ Header findHeader(const char *from, const char *end) {
   const char *at = from + 2;
 #ifdef __SSE2__
   for (; end - at >= static_cast<ptrdiff_t>(groupSize) + 3; at += groupSize) {
-    for (unsigned closings = closingsIn(at); closings != 0; closings &= closings - 1) {
-      const Header header = headerAround(from, at + std::countr_zero(closings), end);
+    for (unsigned places = likelyClosings(at); places != 0; places &= places - 1) {
+      const char *const quote = at + std::countr_zero(places);
+      if (!mayBeClosing(quote)) continue;
+      const Header header = headerAround(from, quote, end);
       if (header.begin != nullptr) return header;
     }
   }
@@ -107,6 +107,19 @@ Header findHeader(const char *from, const char *end) {
     if (const Header header = headerAround(from, at, end); header.begin != nullptr) return header;
   }
   return {};
+}
+
+struct OwnType {
+  const EventType *type = nullptr;  // null: the line does not begin with the name of one
+  const char *closing = nullptr;    // the quote behind it
+};
+
+OwnType ownTypeOf(const char *line, size_t length) {
+  if (*line != '"') return {};
+  const auto *const closing =
+      static_cast<const char *>(std::memchr(line + 1, '"', std::min(length, kMostOfHeader) - 1));
+  if (closing == nullptr) return {};
+  return {eventTypeNamed(line + 1, static_cast<size_t>(closing - line - 1)), closing};
 }
 
 // The first quote behind the header of a type that leaves its line open, if it can only be the beginning of
@@ -318,8 +331,10 @@ size_t firstRecord(const char *line, size_t length, int &part) {
   const char *const end = line + length;
 
   // A record that leaves its line open, with another behind it.
-  const Header own = findHeader(line, line + std::min(length, kMostOfHeader));
-  const bool isOpen = own.begin == line && mayLeaveLineOpen(own.type->body);
+  const OwnType type = ownTypeOf(line, length);
+  const bool mayBeOpen = type.type != nullptr && mayLeaveLineOpen(type.type->body);
+  const Header own = mayBeOpen ? findHeader(line, line + std::min(length, kMostOfHeader)) : Header{};
+  const bool isOpen = own.begin == line;
   const char *const openedEnd = isOpen ? openEnd(own, end) : nullptr;
   if (openedEnd != nullptr) {
     const auto first = static_cast<size_t>(openedEnd - line);
@@ -332,7 +347,7 @@ size_t firstRecord(const char *line, size_t length, int &part) {
       return first;
     }
   }
-  const Header next = findHeader(line + 1, end);
+  const Header next = findHeader(type.type != nullptr ? type.closing : line + 1, end);
   if (next.begin == nullptr) return length;
   if (isOpen && own.type->body != Body::openLine && isBlank(own.end, next.begin)) {
     part = WMQ_PART_JOINED;

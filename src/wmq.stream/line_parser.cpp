@@ -214,7 +214,7 @@ int wmq_checkline(const char *line, eventRecord *record) {
     wmq_errno = WMQE_BAD_ARG;
     return -1;
   }
-  std::memset(record, 0, sizeof *record);
+  wmq::clear(record, sizeof *record);
   wmq_errno = 0;
   wmq::parseInto(line, std::strlen(line), record, false);
   wmq::releaseAllButFigures(record);

@@ -41,6 +41,19 @@ bool takeString(Reader &io, const char *&text, size_t &length, char *&decoded) {
   return true;
 }
 
+// The name that is expected, where it stands here.
+bool takeExpected(PairReader &in, std::string_view name) {
+  Reader &io = in.io;
+  const char *const closing = io.cursor + 1 + name.size();
+  if (io.end - io.cursor < static_cast<ptrdiff_t>(name.size() + 3)) return false;
+  if (*io.cursor != '"' || closing[0] != '"' || closing[1] != ' ') return false;
+  if (!sameBytes(io.cursor + 1, name.data(), name.size())) return false;
+  in.pair.name = io.cursor + 1;
+  in.pair.nameLength = name.size();
+  io.cursor = closing + 1 + io.skips;
+  return true;
+}
+
 char *copyOfText(PairReader &in, const char *field, const char *text, size_t length) {
   auto *copy = static_cast<char *>(takeBlock(bytesForText(length)));
   if (copy == nullptr) {
@@ -87,12 +100,17 @@ const PairTable::Entry *search(const PairTable &table, std::string_view name) {
 // Finds what a search finds. Pairs that a writer leaves out are passed over, as long as they are a few.
 const PairTable::Entry *findEntry(PairReader &in, const PairTable &table) {
   constexpr int mostLeftOut = 8;
+  if (in.asExpected) {
+    const PairTable::Entry &expected = table.at(in.nextInOrder);
+    in.nextInOrder = expected.nextInOrder;
+    return &expected;
+  }
   const std::string_view name(in.pair.name, in.pair.nameLength);
   const int behind = std::min(table.numInOrder, in.nextInOrder + mostLeftOut);
   const PairTable::Entry *found = nullptr;
   for (int place = in.nextInOrder; found == nullptr && place < behind; ++place) {
-    const PairTable::Entry &entry = table.entries[table.inOrder[place]];
-    if (name == std::string_view(entry.name, entry.nameLength)) found = &entry;
+    const PairTable::Entry &entry = table.at(place);
+    if (name == entry.text()) found = &entry;
   }
   if (found == nullptr) found = search(table, name);
   if (found != nullptr) in.nextInOrder = found->nextInOrder;
@@ -170,11 +188,12 @@ PairReader::~PairReader() {
   std::free(decoded[1]);
 }
 
-bool nextPair(PairReader &in, bool announced) {
+bool nextPair(PairReader &in, bool announced, std::string_view expected) {
   if (in.io.error != 0) return false;
   for (char *&text : in.decoded) release(text);
   if (announced) --in.left;
-  return takeString(in.io, in.pair.name, in.pair.nameLength, in.decoded[0]) &&
+  in.asExpected = !expected.empty() && takeExpected(in, expected);
+  return (in.asExpected || takeString(in.io, in.pair.name, in.pair.nameLength, in.decoded[0])) &&
          takeString(in.io, in.pair.value, in.pair.valueLength, in.decoded[1]);
 }
 
@@ -239,7 +258,9 @@ void addHandler(PairTable &table, const char *name, PairTable::Handler handler, 
 }
 
 void takePairs(PairReader &in, const PairTable &table, void *log) {
-  while (in.left > 0 && nextPair(in)) {
+  while (in.left > 0) {
+    const bool anyInOrder = in.nextInOrder < table.numInOrder;
+    if (!nextPair(in, true, anyInOrder ? table.at(in.nextInOrder).text() : std::string_view{})) return;
     if (in.pair.empty()) continue;
     const PairTable::Entry *entry = findEntry(in, table);
     if (entry != nullptr && entry->handler != nullptr) entry->handler(in, log, entry->slot);
@@ -255,9 +276,9 @@ void takeExecHosts(PairReader &in, int32_t &count, char **&hosts, int32_t *&slot
   if (!allocateGroup(in, "execHosts", count, 2, hosts) ||
       !allocateGroup(in, "slotUsages", slotCount, 2, slots))
     return;
-  for (int32_t i = 0; i < count && nextPair(in); ++i)
+  for (int32_t i = 0; i < count && nextPair(in, true, "execHosts"); ++i)
     if (in.pair.is("execHosts") && !in.pair.empty()) keepString(in, "execHosts", hosts[i]);
-  for (int32_t i = 0; i < count && nextPair(in); ++i)
+  for (int32_t i = 0; i < count && nextPair(in, true, "slotUsages"); ++i)
     if (in.pair.is("slotUsages")) slots[i] = integerOf(in.pair);
 }
 
@@ -265,7 +286,7 @@ void takeAllocSlots(PairReader &in, int32_t &count, char **&slots) {
   releaseStrings(count, slots);
   count = integerOf(in.pair);
   if (count <= 0 || !allocateGroup(in, "allocSlots", count, 1, slots)) return;
-  for (int32_t i = 0; i < count && nextPair(in); ++i)
+  for (int32_t i = 0; i < count && nextPair(in, true, "allocSlots"); ++i)
     if (in.pair.is("allocSlots") && !in.pair.empty()) keepString(in, "allocSlots", slots[i]);
 }
 

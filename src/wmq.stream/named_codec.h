@@ -6,6 +6,7 @@
 #ifndef WMQ_STREAM_NAMED_CODEC_H
 #define WMQ_STREAM_NAMED_CODEC_H
 
+#include "companion/byte_groups.h"
 #include "wmq.stream/codec.h"
 
 namespace wmq {
@@ -25,7 +26,9 @@ struct Pair {
   size_t nameLength = 0;
   const char *value = nullptr;  // a number ends at the closing quote, or at a NUL
   size_t valueLength = 0;
-  bool is(std::string_view wanted) const { return std::string_view(name, nameLength) == wanted; }
+  bool is(std::string_view wanted) const {
+    return nameLength == wanted.size() && sameBytes(name, wanted.data(), nameLength);
+  }
   bool empty() const { return nameLength == 0 || valueLength == 0; }
 };
 
@@ -39,12 +42,13 @@ struct PairReader {
   int64_t left = 0;     // of the pairs that the line announced
   int nextInOrder = 0;  // in the table's order, behind the last pair
   Pair pair;
-  char *decoded[2] = {};  // name and value, where they cannot be read in place
+  bool asExpected = false;  // the name of the pair
+  char *decoded[2] = {};    // name and value, where they cannot be read in place
 };
 
 // Takes the next pair; false with the reader's error set. Members of some groups are not among the announced
-// pairs.
-bool nextPair(PairReader &in, bool announced = true);
+// pairs. A pair that has the name that is expected, as most have, is taken faster.
+bool nextPair(PairReader &in, bool announced = true, std::string_view expected = {});
 
 int32_t integerOf(const Pair &pair);
 double realOf(const Pair &pair);
@@ -63,6 +67,8 @@ struct PairTable {
     int slot;
     size_t nameLength = 0;
     int nextInOrder = 0;
+
+    std::string_view text() const { return {name, nameLength}; }
   };
   static constexpr int most = 96;
   const char *const *published = nullptr;
@@ -70,6 +76,8 @@ struct PairTable {
   Entry entries[most] = {};
   int numInOrder = 0;
   uint8_t inOrder[most] = {};  // the entries that a search finds, as they were stated
+
+  const Entry &at(int place) const { return entries[inOrder[place]]; }
 };
 
 void addHandler(PairTable &table, const char *name, PairTable::Handler handler, int slot = 0);

@@ -150,13 +150,19 @@ static constexpr size_t slotOf(std::string_view name) {
   return hash % kSlots;
 }
 
+struct NamedSlot {
+  uint8_t code = 0;  // 0: empty; code 0 has no name
+  uint8_t nameLength = 0;
+};
+
 static constexpr auto kByName = [] {
-  std::array<uint8_t, kSlots> slots{};  // 0: empty; code 0 has no name
+  std::array<NamedSlot, kSlots> slots{};
   for (const EventType &type : kTypes) {
     if (type.name == nullptr) continue;
-    size_t slot = slotOf(type.name);
-    while (slots[slot] != 0) slot = (slot + 1) % kSlots;
-    slots[slot] = static_cast<uint8_t>(type.code);
+    const std::string_view name(type.name);
+    size_t slot = slotOf(name);
+    while (slots[slot].code != 0) slot = (slot + 1) % kSlots;
+    slots[slot] = {static_cast<uint8_t>(type.code), static_cast<uint8_t>(name.size())};
   }
   return slots;
 }();
@@ -167,9 +173,9 @@ const EventType &eventType(int32_t code) {
 
 const EventType *eventTypeNamed(const char *name, size_t length) {
   const std::string_view wanted(name, length);
-  for (size_t slot = slotOf(wanted); kByName[slot] != 0; slot = (slot + 1) % kSlots) {
-    const EventType &type = kTypes[kByName[slot]];
-    if (wanted == type.name) return &type;
+  for (size_t slot = slotOf(wanted); kByName[slot].code != 0; slot = (slot + 1) % kSlots) {
+    const EventType &type = kTypes[kByName[slot].code];
+    if (wanted == std::string_view(type.name, kByName[slot].nameLength)) return &type;
   }
   return nullptr;
 }
