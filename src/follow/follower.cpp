@@ -188,7 +188,6 @@ void wmqFollower::giveRecord() {
 
 void wmqFollower::giveBadLine(int error) {
   reason = wmq_errdetail();
-  if (reason.empty()) reason = wmq_strerror(error);
   giveRecord();
   detail.kind = WMQ_FOLLOW_LINE;
   detail.error = error;

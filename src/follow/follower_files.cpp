@@ -381,9 +381,7 @@ wmqFollower::Step wmqFollower::moveOn() {
     if (!wmq::list(path, listing)) return Step::failed;
     Successor confirmed;
     if (!findSuccessor(listing, confirmed)) return Step::failed;
-    if (!confirmed.found || !(confirmed.entry.identity == chosen.entry.identity) ||
-        confirmed.exact != chosen.exact)
-      continue;
+    if (!confirmed.found || !(confirmed.entry.identity == chosen.entry.identity)) continue;
     return arrive(std::move(opened), confirmed, listing);
   }
   return Step::waiting;

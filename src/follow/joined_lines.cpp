@@ -39,12 +39,12 @@ struct Header {
 
 bool isNameCharacter(char c) { return (c >= 'A' && c <= 'Z') || c == '_' || isDigit(c); }
 
-// The header whose type name ends at `closing`, a quote that `" "` and a digit begin with. Nothing before
-// `from` is looked at.
+// The header whose type name ends at `closing`: a quote behind a capital letter or a digit, with which `" "`
+// and a digit begin. Nothing before `from` is looked at.
 Header headerAround(const char *from, const char *closing, const char *end) {
   const char *name = closing;
   while (name > from && isNameCharacter(name[-1])) --name;
-  if (name == closing || name == from || name[-1] != '"') return {};
+  if (name == from || name[-1] != '"') return {};
   const EventType *const type = eventTypeNamed(name, static_cast<size_t>(closing - name));
   if (type == nullptr) return {};
 
@@ -279,9 +279,9 @@ bool usesAllStrings(Trial &trial, const Header &header, const char *end) {
   return trial.parses(header.begin, end) && (last < header.end || !trial.parses(header.begin, last));
 }
 
-bool usesAllFields(Trial &trial, const Header &header) {
-  return trial.parses(header.begin, trial.end()) &&
-         !trial.parses(header.begin, lastFieldsOf(header.begin, trial.end()).any);
+// Of a line that parses as one record.
+bool usesAllFields(Trial &trial) {
+  return !trial.parses(trial.begin(), lastFieldsOf(trial.begin(), trial.end()).any);
 }
 
 // What `header` begins is a record, up to the end of the line or up to the record that is joined to it, and
@@ -300,7 +300,7 @@ bool beginsRecord(Trial &trial, const Header &header, bool whole) {
       return whole ? makesRecord(trial, header) : looksIntact(trial, header);
     default:
       // A field that the first record has a use for stays a field.
-      return (!whole || trial.parses(trial.begin(), header.begin)) && makesRecord(trial, header);
+      return !whole && makesRecord(trial, header);
   }
 }
 
@@ -314,8 +314,7 @@ const char *behindTorn(Trial &trial) {
   // What was torn would begin as a record does.
   const bool parses = trial.parses(trial.begin(), trial.end());
   if (parses && *trial.begin() != '"') return nullptr;
-  const Header first = findHeader(trial.begin(), trial.end());
-  const bool whole = parses && first.begin == trial.begin() && usesAllFields(trial, first);
+  const bool whole = parses && usesAllFields(trial);
   Header next = findHeader(trial.begin() + 1, trial.end());
   for (int tries = 0; next.begin != nullptr; ++tries) {
     const bool enough = tries == kMostTries && !whole;

@@ -44,7 +44,8 @@ void PrintTo(const Story &story, std::ostream *out) { *out << story.name; }
 const std::vector<Story> stories = {
     {"Reading",
      [](const HandmadeStream &stream) {
-       stream.append(lines(1, 1) + "bad\n" + vacated + logSwitchLine(2).substr(0, 25) + lines(3, 3));
+       stream.append(lines(1, 1) + "bad\n" + vacated + sbdStatus + logSwitchLine(2).substr(0, 25) +
+                     lines(3, 3));
      },
      WMQ_FROM_START},
     {"Waiting",
@@ -109,6 +110,15 @@ const std::vector<Story> stories = {
            }}}},
     {"ARemovedFile",
      [](const HandmadeStream &stream) { stream.append(lines(1, 2)); },
+     WMQ_FROM_START,
+     {{1, [](const HandmadeStream &stream) { fs::remove(stream.path); }},
+      {.action = [](const HandmadeStream &stream) { stream.append(lines(5, 5)); }}}},
+    {"ARemovedFileBehindAnother",
+     [](const HandmadeStream &stream) {
+       stream.append(lines(1, 1));
+       stream.rotate(100);
+       stream.append(lines(2, 3));
+     },
      WMQ_FROM_START,
      {{1, [](const HandmadeStream &stream) { fs::remove(stream.path); }},
       {.action = [](const HandmadeStream &stream) { stream.append(lines(5, 5)); }}}},
@@ -182,6 +192,28 @@ const std::vector<Story> stories = {
            [](const HandmadeStream &stream) {
              stream.append(lines(1, 1));
              stream.rotate(100);
+           }}}},
+    {"APositionInAnEmptyFileBehindAnother",
+     [](const HandmadeStream &stream) {
+       stream.append(lines(1, 1));
+       stream.rotate(100);
+     },
+     WMQ_FROM_POSITION,
+     {{.action =
+           [](const HandmadeStream &stream) {
+             stream.append(lines(2, 2));
+             stream.rotate(101);
+           }}}},
+    {"APositionInAnEmptyFileThatWasReplaced",
+     [](const HandmadeStream &stream) {
+       stream.append(lines(1, 1));
+       stream.rotate(100);
+     },
+     WMQ_FROM_POSITION,
+     {{.action =
+           [](const HandmadeStream &stream) {
+             appendTo(stream.path + "-new", lines(8, 8));
+             fs::rename(stream.path + "-new", stream.path);
            }}}},
     {"APositionBeforeTheFirstFile",
      [](const HandmadeStream &) {},
@@ -365,6 +397,25 @@ INSTANTIATE_TEST_SUITE_P(Meets, AFollowerThatGetsNews,
                          [](const auto &tested) { return std::string(tested.param.name); });
 
 TEST_P(AFollowerThatGetsNews, LosesNothingWhenASystemCallFails) { withEach(Trouble::system, false, true); }
+
+// An empty file is known by its place among the others then.
+class AFollowerWithoutTimesOfCreation : public AFollower {
+  const WithoutTimesOfCreation hidden{};
+};
+
+INSTANTIATE_TEST_SUITE_P(Meets, AFollowerWithoutTimesOfCreation,
+                         ::testing::Values(*storyNamed("APositionInAnEmptyFileBehindAnother"),
+                                           *storyNamed("APositionInARemovedFile")),
+                         [](const auto &tested) { return std::string(tested.param.name); });
+
+TEST_P(AFollowerWithoutTimesOfCreation, LosesNothingWhenASystemCallFails) {
+  withEach(Trouble::system, false);
+}
+
+TEST_P(AFollowerWithoutTimesOfCreation, LosesNothingWhenAnAllocationFails) {
+  if (!allocationsCanFail()) GTEST_SKIP() << "allocations cannot be made to fail here";
+  withEach(Trouble::memory, false);
+}
 
 // Follows a stream from its oldest file, "1" in s.100, while `change` happens to its files before each of the
 // calls that tell of one, and `afterwards` before it goes on. Whatever of "2" it does not give has to be

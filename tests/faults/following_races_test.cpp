@@ -3,8 +3,10 @@
 #include <gmock/gmock.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <utility>
 
@@ -134,6 +136,29 @@ TEST_F(AStreamThatChanges, IsReadToTheEndOfARemovedFile) {
                  AnyOf(ElementsAre("1"), IsEmpty()));
 }
 
+TEST_F(AStreamThatChanges, IsWaitedForWhenTheNextFileGoesAway) {
+  beforeEachCall({[this] {
+                    append(lines(1, 1));
+                    rotate(100);
+                    append(lines(2, 2));
+                  },
+                  [this] { fs::remove(path); }},
+                 AnyOf(ElementsAre("1"), ElementsAre("1", "rotated", "2")));
+}
+
+// Nobody can tell what came before a file that is an old one when it is first seen.
+TEST_F(AStreamThatChanges, MayHaveHadFilesBeforeOneThatIsRotatedWhenItIsFound) {
+  StreamFollower follower(path, WMQ_FROM_START, kNoNews);
+  append(lines(1, 1));
+  constexpr int kFirstListingBehindIt = 3;  // each takes two looks
+  const AtCall changing("opendir", kFirstListingBehindIt, [this] {
+    rotate(100);
+    return 0;
+  });
+  EXPECT_THAT(follower.rest(), ElementsAre("gap", "1", "rotated"));
+  EXPECT_TRUE(changing.happened());
+}
+
 TEST_F(AStreamThatChanges, IsWaitedForThroughItsBeginnings) {
   beforeEachCall(
       {[] {},
@@ -175,6 +200,22 @@ TEST_F(AStreamThatChanges, SaysWhatAPositionHasLost) {
                   },
                   [this] { replace(); }, WMQ_FROM_POSITION, 1},
                  AnyOf(ElementsAre("gap", "8"), IsEmpty()));
+}
+
+TEST_F(AStreamThatChanges, IsListedWithACurrentFileThatIsGoneByThen) {
+  append("");
+  constexpr int kBehindTheListing = 3;  // which takes two looks
+  const AtCall changing("statx", kBehindTheListing, [this] {
+    fs::remove(path);
+    return 0;
+  });
+  size_t count = 0;
+  const std::unique_ptr<wmqStreamFile, decltype(&std::free)> files(wmq_streamfiles(path.c_str(), &count),
+                                                                   std::free);
+  EXPECT_TRUE(changing.happened());
+  ASSERT_EQ(count, 1U);
+  EXPECT_EQ(files.get()[0].path, path);
+  EXPECT_FALSE(exists(path));
 }
 
 // ------------------------------------------------------------- faster than anybody can look
@@ -222,6 +263,29 @@ TEST_F(AStreamThatNeverStands, IsWaitedFor) {
   EXPECT_THAT(follower.rest(), ElementsAre("8"));
 }
 
+TEST_F(AStreamThatNeverStands, DoesNotKeepAPositionThatIsGoneFromGoingOn) {
+  append(lines(1, 2));
+  rotate(100);
+  append(lines(3, 3));
+  std::string position;
+  {
+    StreamFollower follower(path);
+    EXPECT_EQ(follower.next(), "1");
+    position = follower.position();
+  }
+  remove(100);
+  std::optional<StreamFollower> resumed;
+  {
+    const AtCall changing = changesAt("open", [this] {
+      appendTo(path + "-new", lines(8, 8));
+      fs::rename(path + "-new", path);
+    });
+    resumed.emplace(path, position, kNoNews);
+    ASSERT_TRUE(resumed->isOpen());
+  }
+  EXPECT_THAT(resumed->rest(), ElementsAre("gap of s.100", "8"));
+}
+
 TEST_F(AStreamThatNeverStands, CannotBeListed) {
   append(lines(1, 1));
   StreamFollower follower(path, WMQ_FROM_START, kNoNews);
@@ -237,6 +301,29 @@ TEST_F(AStreamThatNeverStands, CannotBeListed) {
   EXPECT_EQ(follower.next(), "rotated");
   EXPECT_EQ(follower.next(), "rotated");
   EXPECT_EQ(follower.next(), "101");
+}
+
+TEST_F(AStreamThatChanges, MayLoseTheFileBeforeThatOfALostPositionToo) {
+  append(lines(1, 1));
+  rotate(100);
+  append(lines(2, 3));
+  const std::string position = [this] {
+    StreamFollower follower(path, WMQ_FROM_START);
+    EXPECT_EQ(follower.next(), "2");
+    return follower.position();
+  }();
+  replace();
+  fs::copy_file(old(100), directory / "kept");
+  bool happened = true;
+  for (int nth = 1; happened && !HasFailure(); ++nth) {
+    if (!exists(old(100))) fs::copy_file(directory / "kept", old(100));
+    const AtCall losing("open", nth, [this] {
+      remove(100);
+      return 0;
+    });
+    EXPECT_THAT(StreamFollower(path, position, kNoNews).rest(), ElementsAre("gap", "8")) << nth;
+    happened = losing.happened();
+  }
 }
 
 // ------------------------------------------------------------------ calls that are interrupted

@@ -22,8 +22,6 @@ namespace fs = std::filesystem;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-const std::string sbdStatus = "\"SBD_JOB_STATUS\" \"10.1\" 1700000000 7 0 0 0 0 0 0 0 0 0 0 0 0 3";
-
 class Following : public ::testing::Test, protected HandmadeStream {};
 
 // ---------------------------------------------------------------------------- where to start
@@ -151,6 +149,15 @@ TEST_F(Following, PassesOverCommentsEmptyLinesAndTheEnd) {
   append("\n" + lines(3, 3));
   StreamFollower follower(path);
   EXPECT_THAT(follower.rest(), ElementsAre("1", "2", "rotated", "3"));
+}
+
+TEST_F(Following, PassesOverAnyNumberOfEmptyLinesInARow) {
+  append(std::string(1000, '\n'));
+  StreamFollower follower(path);
+  EXPECT_EQ(follower.next(), "");
+  append(lines(1, 1));
+  EXPECT_EQ(follower.next(), "1");
+  EXPECT_EQ(follower.detail().offset, 1000);
 }
 
 TEST_F(Following, GivesLinesThatDoNotParseWithPlaceAndReason) {
@@ -405,6 +412,20 @@ TEST_F(Following, ARemovedFileIsReadToItsEnd) {
   EXPECT_THAT(follower.rest(), ElementsAre("gap", "5"));
 }
 
+TEST_F(Following, AStreamWhoseFilesAreAllGoneIsWaitedFor) {
+  append(lines(1, 1));
+  rotate(100);
+  append(lines(2, 2));
+  settle();
+  StreamFollower follower(path);
+  EXPECT_EQ(follower.next(), "1");
+  remove(100);
+  fs::remove(path);
+  EXPECT_THAT(follower.rest(), IsEmpty());
+  append(lines(3, 3));
+  EXPECT_THAT(follower.rest(), ElementsAre("gap", "3"));
+}
+
 TEST_F(Following, AReplacedFileIsAGap) {
   append(lines(1, 1));
   StreamFollower follower(path);
@@ -431,6 +452,17 @@ TEST_F(Following, ATruncatedFileIsReadFromItsFirstByte) {
   fs::resize_file(path, 0);
   append(lines(4, 4));
   EXPECT_THAT(follower.rest(), ElementsAre("truncated", "4"));
+}
+
+TEST_F(Following, AnOldFileThatIsCutWhileItIsReadIsReadFromItsFirstByte) {
+  append(lines(1, 2));
+  rotate(100);
+  append(lines(3, 3));
+  StreamFollower follower(path);
+  EXPECT_EQ(follower.next(), "1");
+  fs::resize_file(old(100), 0);
+  appendTo(old(100), lines(7, 7));
+  EXPECT_THAT(follower.rest(), ElementsAre("2", "truncated", "7", "rotated", "3"));
 }
 
 TEST_F(Following, AFileThatIsTruncatedBeforeItsFirstLineIsToldToo) {
@@ -588,6 +620,13 @@ TEST_F(Following, AnInodeThatIsUsedAgainIsNotTakenForTheFile) {
   EXPECT_THAT(StreamFollower(path, position).rest(), ElementsAre("truncated", "11", "12"));
 }
 
+TEST_F(Following, AFileThatIsShorterThanTheFirstLineOfThePositionIsAnother) {
+  append(lines(1, 1));
+  const std::string position = StreamFollower(path).position();
+  fs::resize_file(path, 5);
+  EXPECT_EQ(StreamFollower(path, position).next(), "truncated");
+}
+
 TEST_F(Following, WithSuffixesThatBeganAgainFurtherDownNothingIsPassedOver) {
   append(lines(1, 1));
   rotate(100);
@@ -643,6 +682,15 @@ TEST_F(Following, APositionInAnEmptyFileThatIsGoneIsFollowedByAGap) {
   fs::rename(path, directory / "elsewhere");  // so that the next file is not the same one again
   append(lines(1, 1));
   EXPECT_THAT(StreamFollower(path, position).rest(), ElementsAre("gap", "1"));
+}
+
+TEST_F(Following, APositionInAnEmptyFileThatWasReplacedIsFollowedByAGap) {
+  append(lines(1, 1));
+  rotate(100);
+  const std::string position = StreamFollower(path, WMQ_FROM_START).position();
+  appendTo(path + "-new", lines(8, 8));
+  fs::rename(path + "-new", path);
+  EXPECT_THAT(StreamFollower(path, position).rest(), ElementsAre("gap", "8"));
 }
 
 // On another device the inode says nothing: the first file in its place is the one.
@@ -707,15 +755,21 @@ TEST_F(Following, AGapIsToldAgainToWhoeverHasNotTakenIt) {
 
 TEST_F(Following, AWaitEndsWithTheRecord) {
   append(lines(1, 1));
-  for (const int poll : {0, 5}) {
-    StreamFollower follower(path, WMQ_FROM_END, poll);
-    std::thread writer([&] {
-      std::this_thread::sleep_for(std::chrono::milliseconds(20));
-      append(lines(2, 2));
-    });
-    EXPECT_EQ(follower.next(-1), "2");
-    writer.join();
-  }
+  for (const int timeout : {-1, 1000000})
+    for (const int poll : {0, 5}) {
+      StreamFollower follower(path, WMQ_FROM_END, poll);
+      std::thread writer([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        append(lines(2, 2));
+      });
+      EXPECT_EQ(follower.next(timeout), "2");
+      writer.join();
+    }
+}
+
+TEST_F(Following, AWaitEndsWhenItsTimeIsUp) {
+  append(lines(1, 1));
+  for (const int poll : {0, 1, 1000000}) EXPECT_EQ(StreamFollower(path, WMQ_FROM_END, poll).next(10), "");
 }
 
 TEST_F(Following, AWaitEndsWithARotation) {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <ctime>
 #include <filesystem>
 #include <map>
@@ -16,6 +17,7 @@ namespace {
 
 struct Frozen {
   bool stands = false;
+  bool hidden = false;                  // the system tells nothing of any file
   std::map<uint64_t, uint64_t> inodes;  // as they are, as they are told
 };
 Frozen frozen;
@@ -33,6 +35,10 @@ int __real_clock_gettime(clockid_t clock, timespec *time);
 
 int __wrap_statx(int directory, const char *name, int flags, unsigned mask, struct statx *status) {
   using wmq::testing::frozen;
+  if (frozen.hidden) {
+    errno = EIO;
+    return -1;
+  }
   const int result = __real_statx(directory, name, flags, mask, status);
   if (result != 0 || !frozen.stands) return result;
   status->stx_mask |= STATX_BTIME;
@@ -129,6 +135,9 @@ TEST_F(InodesUsedAgain, LeaveAPositionInAnEmptyFileWhatItIs) {
   StreamFollower follower(path);
   EXPECT_THAT(follower.rest(), ElementsAre("1", "rotated"));
   const std::string position = follower.position();
+  frozen.hidden = true;
+  EXPECT_EQ(follower.position(), position) << "it takes no status of the file";
+  frozen.hidden = false;
   append(lines(2, 2));
   rotate(101);
   append(lines(3, 3));

@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "support/handmade_stream.h"
 #include "support/small_records.h"
 #include "wmq/follow.h"
 
@@ -15,8 +16,6 @@ using ::testing::ElementsAre;
 using Part = std::pair<int, std::string>;
 
 const std::string next = R"("LOG_SWITCH" "10.1" 1700000001 7 )";
-const std::string vacated = R"("JOB_VACATED" "10.1" 1700000000)";
-const std::string sbdStatus = R"("SBD_JOB_STATUS" "10.1" 1700000000 7 0 0 0 0 0 0 0 0 0 0 0 0 3)";
 
 std::vector<Part> partsOf(const std::string &line) {
   std::vector<Part> parts;
@@ -130,6 +129,37 @@ TEST(JoinedLines, ALineThatDoesNotParseIsNotCutAtItsFields) {
   EXPECT_THAT(partsOf(unknown), ElementsAre(line(unknown)));
 }
 
+// What the reader passes over before the first quote belongs to the record.
+TEST(JoinedLines, ALineThatIsReadThoughItBeginsWithSomethingElseIsOne) {
+  for (const std::string &text : {" " + next, "x" + next}) {
+    ASSERT_NE(parse(text), nullptr);
+    EXPECT_THAT(partsOf(text), ElementsAre(line(text)));
+  }
+}
+
+// As above, but the blanks before the version keep its own beginning from being taken for a header.
+TEST(JoinedLines, OneRecordStaysWholeWhateverBlanksItHas) {
+  const std::string text = R"("MBD_START"  "10.1" 1700000000 )" + next;
+  ASSERT_NE(parse(text), nullptr);
+  EXPECT_THAT(partsOf(text), ElementsAre(line(text)));
+}
+
+// The second string of the calendar is the blank before the version, and its third holds a line end.
+TEST(JoinedLines, ARecordThatIsWholeIsNotCutAtAStringThatALaterOneCouldNotUse) {
+  const std::string text = R"("CAL_NEW" "10.1" 1700000000 5 9 "b"LOG_SWITCH" "10.1" 17 5 "nfoo")";
+  ASSERT_NE(parse(text), nullptr);
+  EXPECT_THAT(partsOf(text), ElementsAre(line(text)));
+}
+
+TEST(JoinedLines, ARecordMayHoldAnyNumberOfFieldsThatLookLikeHeaders) {
+  for (const int count : {1, 63, 64, 65, 200}) {
+    std::string text = R"("JOB_MOVE" "10.1" 1700000000 1 2 3 4 5 "ann" 0 0 0 )" + std::to_string(count);
+    for (int i = 0; i < count; ++i) text += R"( "MIG" "10.1" 0)";
+    ASSERT_NE(parse(text), nullptr) << wmq_errdetail();
+    EXPECT_EQ(partsOf(text).size(), 1U) << count;
+  }
+}
+
 TEST(JoinedLines, WhatBeginsBehindAnOpenRecordNeedNotBeWhole) {
   const std::string part = R"("GRP_CTRL" "10.)";
   for (const std::string &open : {vacated, sbdStatus}) {
@@ -145,10 +175,10 @@ TEST(JoinedLines, WhatBeginsBehindAnOpenRecordNeedNotBeWhole) {
 TEST(JoinedLines, UnknownTypesAndVersionsBeginNoRecord) {
   for (const char *behind :
        {R"("NO_SUCH" "10.1" 1 7)", R"("LOG_SWITCH" "0" 1 7)", R"("LOG_SWITCH" "10.1" x 7)",
-        R"("LOG_SWITCH"  "10.1" 1 7)", R"("log_switch" "10.1" 1 7)", R"("" "10.1" 1 7)",
-        R"("LOG_SWITCH" "10.1000000000000" 1 7)", R"("LOG_SWITCH" "10.1x" 1 7)", R"("LOG_SWITCH" "10.1"1 7)",
-        R"("LOG_SWITCH" "10.1)", R"("LOG_SWITCH" "10.1")", R"("LOG_SWITCH" "10.1" )",
-        R"("LOG_SWITCH" "10.1" -)", R"("LOG_SWITCH" "10.1" 1x 7)"}) {
+        R"("LOG_SWITCH" "0.0" 1 7)", R"("LOG_SWITCH"  "10.1" 1 7)", R"("log_switch" "10.1" 1 7)",
+        R"("" "10.1" 1 7)", R"("LOG_SWITCH" "10.1000000000000" 1 7)", R"("LOG_SWITCH" "10.1x" 1 7)",
+        R"("LOG_SWITCH" "10.1"1 7)", R"("LOG_SWITCH" "10.1)", R"("LOG_SWITCH" "10.1")",
+        R"("LOG_SWITCH" "10.1" )", R"("LOG_SWITCH" "10.1" -)", R"("LOG_SWITCH" "10.1" 1x 7)"}) {
     EXPECT_THAT(partsOf(vacated + behind), ElementsAre(joined(vacated), line(behind)));
     const std::string text = next + behind;
     EXPECT_THAT(partsOf(text), ElementsAre(line(text)));
@@ -231,10 +261,47 @@ TEST(TornLines, TwoInARow) {
   EXPECT_EQ(parts.back(), line(next));
 }
 
+// Where the first of them ends nobody can tell when what follows is no record either.
+TEST(TornLines, TwoInARowWithNothingBehindThemAreOneLine) {
+  const std::string text = R"("GRP_CTRL" "10.1" 1 2 3 4 "some te"CAL_NEW" "10.1" 1700000000 5 9 "a" "b)";
+  EXPECT_THAT(partsOf(text), ElementsAre(line(text)));
+}
+
+TEST(TornLines, AreToldFromTheRecordBehindThemHoweverShortThatIs) {
+  const std::string text = R"("GRP_CTRL" "10.1" 1 2 3 4 "some te)";
+  for (const char *name : {"MIG", "JOB_FINISH2"})
+    for (size_t blanks = 0; blanks < 40; ++blanks) {
+      const std::string behind = "\"" + std::string(name) + "\" \"9\" 1" + std::string(blanks, ' ');
+      EXPECT_THAT(partsOf(text + behind), ElementsAre(torn(text), line(behind)));
+    }
+  for (const char *name : {"", "mig", "MIG-", "MIG[", "5", "g5", "-5"}) {
+    const std::string whole = text + "\"" + name + "\" \"9\" 1";
+    EXPECT_THAT(partsOf(whole), ElementsAre(line(whole)));
+  }
+}
+
+TEST(TornLines, MayHoldALineEndInTheStringThatIsTorn) {
+  const std::string text = R"("GRP_CTRL" "10.1" 1 2 3 4 "some"n te )";
+  const std::string bad = R"("LOG_SWITCH" "10.1" 5 x)";
+  EXPECT_THAT(partsOf(text + bad), ElementsAre(torn(text), line(bad)));
+}
+
+// Where a field may begin, what follows has to be as a writer would have written it.
+TEST(TornLines, AreNotCutWhereFieldsThatAreNotSetApartFollow) {
+  const std::string text = R"("GRP_CTRL" "10.1" 1 2 3 4 )";
+  const std::string calendar = R"("CAL_NEW" "10.1" 1700000000 5 9 "a" "b")";
+  EXPECT_THAT(partsOf(text + calendar + R"( "c")"), ElementsAre(torn(text), line(calendar + R"( "c")")));
+  ASSERT_NE(parse(calendar + R"(x "c")"), nullptr);
+  EXPECT_THAT(partsOf(text + calendar + R"(x "c")"), ElementsAre(line(text + calendar + R"(x "c")")));
+}
+
 TEST(TornLines, BeforeJoinedOnes) {
   const std::string part = R"("GRP_CTRL" "10.1" 1 2 3 4 "some te)";
   EXPECT_THAT(partsOf(part + vacated + next), ElementsAre(torn(part), joined(vacated), line(next)));
   EXPECT_THAT(partsOf(part + sbdStatus + next), ElementsAre(torn(part), joined(sbdStatus), line(next)));
+  const std::string fields = R"("GRP_CTRL" "10.1" 1 2 3 )";
+  EXPECT_THAT(partsOf(fields + vacated + next), ElementsAre(torn(fields), joined(vacated), line(next)));
+  EXPECT_THAT(partsOf(fields + sbdStatus + next), ElementsAre(torn(fields), joined(sbdStatus), line(next)));
 }
 
 TEST(TornLines, OfAnOpenTypeAreNotTakenForTheirRecord) {
@@ -242,6 +309,13 @@ TEST(TornLines, OfAnOpenTypeAreNotTakenForTheirRecord) {
   EXPECT_THAT(partsOf(part + next), ElementsAre(torn(part), line(next)));
   const std::string header = R"("JOB_VACATED" "10.1" )";
   EXPECT_THAT(partsOf(header + next), ElementsAre(torn(header), line(next)));
+  const std::string before = R"("GRP_CTRL" "10.1" 1 2 3 4 "some te)";
+  EXPECT_THAT(partsOf(before + part + next), ElementsAre(torn(before + part), line(next)));
+}
+
+TEST(TornLines, OfJobStatus2AreNoBareHeader) {
+  const std::string part = R"("JOB_STATUS2" "10.1" 1700000000 7 2)";
+  EXPECT_THAT(partsOf(part + next), ElementsAre(torn(part), line(next)));
 }
 
 TEST(TornLines, MayBeWhatADiskHasLost) {

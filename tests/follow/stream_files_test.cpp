@@ -67,6 +67,16 @@ TEST_F(StreamFiles, AreTheRegularOnesWithANumberBehindTheirName) {
   EXPECT_THAT(listed(), ElementsAre("7"));
 }
 
+TEST_F(StreamFiles, OfTheSameNumberStandInTheOrderOfTheirNames) {
+  const std::vector<std::string> names = {path + ".007", path + ".07", path + ".7", path + ".8"};
+  for (const size_t i : {2, 0, 3, 1}) makeFile(names[i]);
+  size_t count = 0;
+  const std::unique_ptr<wmqStreamFile, decltype(&std::free)> files(wmq_streamfiles(path.c_str(), &count),
+                                                                   std::free);
+  ASSERT_EQ(count, names.size());
+  for (size_t i = 0; i < count; ++i) EXPECT_EQ(files.get()[i].path, names[i]);
+}
+
 TEST_F(StreamFiles, OfABareNameAreInTheWorkingDirectory) {
   makeFile(old(5));
   append("");

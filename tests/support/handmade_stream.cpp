@@ -10,6 +10,7 @@ namespace wmq::testing {
 
 const std::string endLine = "\"END_OF_STREAM\" \"10.1\" 1700000002\n";
 const std::string vacated = "\"JOB_VACATED\" \"10.1\" 1700000000";
+const std::string sbdStatus = "\"SBD_JOB_STATUS\" \"10.1\" 1700000000 7 0 0 0 0 0 0 0 0 0 0 0 0 3";
 
 std::string lines(int first, int last) {
   std::string text;

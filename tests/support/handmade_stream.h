@@ -9,7 +9,8 @@
 namespace wmq::testing {
 
 extern const std::string endLine;
-extern const std::string vacated;  // a record of a type that leaves its line open
+extern const std::string vacated;    // a record of a type that leaves its line open
+extern const std::string sbdStatus;  // another, with fields
 
 // LOG_SWITCH records of these numbers.
 std::string lines(int first, int last);
