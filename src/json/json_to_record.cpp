@@ -86,8 +86,6 @@ static bool readLog(Scratch &scratch, const Envelope &envelope, eventRecord &rec
   const wmqLayout *layout = wmq_schema(record.type);
   if (layout == nullptr) {
     if (errno == ENOMEM) return fault(WMQE_NO_MEM, nullptr, "out of memory");
-    if (const char *name = wmq_typename(record.type))
-      return fault(WMQE_BAD_EVENT, &typePlace, "%s has no log structure", name);
     layout = &nothing;
   }
   return envelope.eventLog == nullptr ||

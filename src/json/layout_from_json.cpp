@@ -207,8 +207,7 @@ static bool readNetwork(Frame &frame, std::size_t index, const Token &token, con
 }
 
 static bool inBlockOf(const wmqField &array, const wmqField &field) {
-  return (field.flags & WMQ_FIELD_BLOCK) != 0 && field.shape == WMQ_SHAPE_COUNTED && isShown(field) &&
-         field.countOffset == array.countOffset;
+  return (field.flags & WMQ_FIELD_BLOCK) != 0 && isShown(field) && field.countOffset == array.countOffset;
 }
 
 // The part that belongs to an array in the block that its count's arrays share. Whichever of them comes first

@@ -114,6 +114,17 @@ TEST_P(EveryAllocationOfJson, MayFailInAThreadThatReadsItsFirstRecord) {
     std::thread([&] { succeeded = readWithFailing(nth, json, expected); }).join();
 }
 
+// There the first array of a record makes what all of them are noted in.
+TEST_F(JsonAllocations, MayFailInAThreadWhoseFirstArrayIsAnAllocation) {
+  const std::string json = R"({"type":"JOB_FINISH2","eventLog":{"networkAllocInfo":"a=1;b=c=2"}})";
+  const OwnedRecord record(wmq_json2record(json.data(), json.size()));
+  ASSERT_NE(record, nullptr) << wmq_jsonerror();
+  const std::string expected = jsonOf(*record);
+  bool succeeded = false;
+  for (int nth = 1; !succeeded && !HasFailure(); ++nth)
+    std::thread([&] { succeeded = readWithFailing(nth, json, expected); }).join();
+}
+
 TEST_P(EveryAllocationOfJson, MayFailWhileARecordIsWritten) {
   for (uint64_t value = 1; value <= kRecords; ++value) {
     const OwnedRecord record = sampleRecord(GetParam(), {.value = value, .size = 6});

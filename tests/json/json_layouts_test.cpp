@@ -81,7 +81,8 @@ const std::string rich =
     R"("longs":[-9223372036854775808,0],)"
     R"("numEntries":2,"entries":[{"name":"n","value":1},{"name":"m","value":-1}],"rangeCnt":2,)"
     R"("rangeStart":[1,5],)"
-    R"("rangeEnd":[4,9],"rangeStep":[1,2],"pointX":[1.5,"nan"],"pointY":["inf","-inf"],"numPoints":2,)"
+    R"("rangeEnd":[4,9],"rangeStep":[1,2],"numCells":3,"cellRows":[11,12,13],"cellColumns":[21,22,23],)"
+    R"("pointX":[1.5,"nan"],"pointY":["inf","-inf"],"numPoints":2,)"
     R"("extension":[{"key":7,"value":"v"},{"key":-7,"value":null}],)"
     R"("named":{"count":2,"names":["p",null],"values":[10,20]},"affinity":"h:0-3,8;i:","numNetworks":2,)"
     R"("networks":"a=1;b=c=2"})";
@@ -90,7 +91,8 @@ const std::string empty =
     R"({"small":0,"large":0,"single":0,"fine":0,"text":null,"name":"","inner":{"name":null,"value":0},)"
     R"("three":[0,0,0],"twoTexts":[null,null],"twoTags":["",""],"numTexts":0,"texts":null,"numLongs":0,)"
     R"("longs":null,"numEntries":0,"entries":null,"rangeCnt":0,"rangeStart":null,"rangeEnd":null,)"
-    R"("rangeStep":null,"pointX":null,"pointY":null,"numPoints":0,"extension":null,"named":null,)"
+    R"("rangeStep":null,"numCells":0,"cellRows":null,"cellColumns":null,)"
+    R"("pointX":null,"pointY":null,"numPoints":0,"extension":null,"named":null,)"
     R"("affinity":null,"numNetworks":0,"networks":null})";
 
 // ------------------------------------------------------------------------------ both ways
@@ -283,6 +285,13 @@ TEST(JsonLayouts, AllocateABlockForArraysThatShareOne) {
     EXPECT_EQ(from.specimen.rangeStep, from.specimen.rangeStart + 4);
     for (std::int32_t i = 0; i < 6; ++i) EXPECT_EQ(from.specimen.rangeStart[i], i + 1);
   }
+  const FromJson two(
+      R"({"rangeStart":[1],"cellColumns":[3,4],"rangeEnd":[2],"cellRows":[1,2],"rangeStep":[3]})");
+  ASSERT_TRUE(two.read) << two.fault;
+  EXPECT_EQ(two.specimen.rangeStep, two.specimen.rangeStart + 2);
+  EXPECT_EQ(two.specimen.cellColumns, two.specimen.cellRows + 2);
+  for (std::int32_t i = 0; i < 3; ++i) EXPECT_EQ(two.specimen.rangeStart[i], i + 1);
+  for (std::int32_t i = 0; i < 4; ++i) EXPECT_EQ(two.specimen.cellRows[i], i + 1);
   const FromJson none(R"({"rangeEnd":[],"rangeStart":[],"rangeStep":[]})");
   ASSERT_TRUE(none.read) << none.fault;
   EXPECT_NE(none.specimen.rangeStart, nullptr);

@@ -123,6 +123,8 @@ TEST(JsonRecords, IgnoreTheVersion) {
   EXPECT_STREQ(record->version, "10.1");
   EXPECT_EQ(faultOf(R"({"code":37,"version":10.1})"),
             "WMQE_BAD_FORMAT version: must be a string, not a number");
+  EXPECT_EQ(faultOf(R"({"version":[1,[2],{"a":3}],"code":37})"),
+            "WMQE_BAD_FORMAT version: must be a string, not an array");
 }
 
 TEST(JsonRecords, RefuseOtherMembers) {

@@ -53,6 +53,29 @@ TEST(JsonScratch, CountsTheBytesOfAllItsParts) {
   EXPECT_EQ(scratch.bytes(), 0U);
 }
 
+TEST(JsonScratch, RefusesMoreThanAnyMemoryHolds) {
+  Growing<std::size_t> numbers{};
+  for (const std::size_t wanted : {SIZE_MAX, SIZE_MAX / sizeof(std::size_t) + 1})
+    EXPECT_FALSE(numbers.reserve(wanted));
+  EXPECT_EQ(numbers.bytes(), 0U);
+}
+
+TEST(JsonOutput, FailsForGoodWhenItIsToHoldMoreThanAnyMemory) {
+  OutputText out{nullptr, 0};
+  out.append("a", 1);
+  EXPECT_FALSE(out.reserve(SIZE_MAX));
+  EXPECT_TRUE(out.failed);
+  EXPECT_EQ(out.room(2000), nullptr);
+  EXPECT_EQ(std::string(out.text, out.size), "a");
+  std::free(out.text);
+}
+
+TEST(JsonOutput, HasRoomForTheLevelsOfAnyRecord) {
+  LevelMemory memory;
+  EXPECT_EQ(memory.Realloc(nullptr, 0, sizeof memory.memory), memory.memory);
+  EXPECT_EQ(memory.Realloc(nullptr, 0, sizeof memory.memory + 1), nullptr);
+}
+
 TEST(JsonTokens, LieFlatInOrder) {
   Scratch scratch{};
   const std::string json = R"({"a":[1,-2.5e+3,[]],"b":{"c":null},"d":true,"e":false})";

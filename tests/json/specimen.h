@@ -33,6 +33,9 @@ struct Specimen {
   std::int32_t *rangeStart;
   std::int32_t *rangeEnd;
   std::int32_t *rangeStep;
+  std::int32_t numCells;
+  std::int32_t *cellRows;
+  std::int32_t *cellColumns;
   float *pointX;  // before their count
   double *pointY;
   std::int32_t numPoints;
@@ -79,7 +82,8 @@ inline wmqField flagged(wmqField field, unsigned flags) {
   return field;
 }
 
-// `small` is stated a second time, the ranges are one block, the reserved member has no kind.
+// `small`, `numTexts` and `rangeStart` are stated a second time, the ranges are one block, the cells another,
+// the reserved member has no kind.
 inline const wmqLayout &specimenLayout() {
   using S = Specimen;
   static const std::vector<wmqField> innerFields = {
@@ -95,9 +99,9 @@ inline const wmqLayout &specimenLayout() {
   constexpr std::size_t ranges = offsetof(S, rangeCnt);
   constexpr std::size_t points = offsetof(S, numPoints);
   constexpr std::size_t networks = offsetof(S, numNetworks);
-  const auto range = [&](const char *name, std::size_t offset) {
-    return flagged(counted(stated(name, WMQ_KIND_INT32, offset, number), "rangeCnt", ranges),
-                   WMQ_FIELD_BLOCK);
+  constexpr std::size_t cells = offsetof(S, numCells);
+  const auto part = [&](const char *name, std::size_t offset, const char *countName, std::size_t count) {
+    return flagged(counted(stated(name, WMQ_KIND_INT32, offset, number), countName, count), WMQ_FIELD_BLOCK);
   };
   static const std::vector<wmqField> fields = {
       stated("small", WMQ_KIND_INT32, offsetof(S, small), number),
@@ -112,6 +116,7 @@ inline const wmqLayout &specimenLayout() {
       fixed(stated("twoTexts", WMQ_KIND_STRING, offsetof(S, twoTexts), sizeof(char *)), 2),
       fixed(stated("twoTags", WMQ_KIND_CHARS, offsetof(S, twoTags), 4), 2),
       flagged(stated("numTexts", WMQ_KIND_INT32, texts, number), WMQ_FIELD_COUNT),
+      flagged(stated("numTexts", WMQ_KIND_INT32, texts, number), WMQ_FIELD_COUNT | WMQ_FIELD_AGAIN),
       counted(stated("texts", WMQ_KIND_STRING, offsetof(S, texts), sizeof(char *)), "numTexts", texts),
       flagged(stated("numLongs", WMQ_KIND_INT64, longs, sizeof(std::int64_t)), WMQ_FIELD_COUNT),
       counted(stated("longs", WMQ_KIND_INT64, offsetof(S, longs), sizeof(std::int64_t)), "numLongs", longs,
@@ -120,9 +125,14 @@ inline const wmqLayout &specimenLayout() {
       counted(stated("entries", WMQ_KIND_STRUCT, offsetof(S, entries), sizeof(namedInt), &inner),
               "numEntries", entries),
       flagged(stated("rangeCnt", WMQ_KIND_INT32, ranges, number), WMQ_FIELD_COUNT),
-      range("rangeStart", offsetof(S, rangeStart)),
-      range("rangeEnd", offsetof(S, rangeEnd)),
-      range("rangeStep", offsetof(S, rangeStep)),
+      part("rangeStart", offsetof(S, rangeStart), "rangeCnt", ranges),
+      flagged(part("rangeStart", offsetof(S, rangeStart), "rangeCnt", ranges),
+              WMQ_FIELD_BLOCK | WMQ_FIELD_AGAIN),
+      part("rangeEnd", offsetof(S, rangeEnd), "rangeCnt", ranges),
+      part("rangeStep", offsetof(S, rangeStep), "rangeCnt", ranges),
+      flagged(stated("numCells", WMQ_KIND_INT32, cells, number), WMQ_FIELD_COUNT),
+      part("cellRows", offsetof(S, cellRows), "numCells", cells),
+      part("cellColumns", offsetof(S, cellColumns), "numCells", cells),
       counted(stated("pointX", WMQ_KIND_FLOAT, offsetof(S, pointX), sizeof(float)), "numPoints", points),
       counted(stated("pointY", WMQ_KIND_DOUBLE, offsetof(S, pointY), sizeof(double)), "numPoints", points),
       flagged(stated("numPoints", WMQ_KIND_INT32, points, number), WMQ_FIELD_COUNT),
