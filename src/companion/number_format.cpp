@@ -68,7 +68,7 @@ char *formatDigits(char *out, uint64_t value, int numDigits) {
 // matter of looking at the bits that fall off. Null when `magnitude` is beyond this.
 char *formatFixedQuickly(char *out, double magnitude, int precision) {
   __extension__ typedef unsigned __int128 Wide;
-  if (!(magnitude < 0x1p63) || precision < 0 || precision > maxQuickPrecision) return nullptr;
+  if (!(magnitude < 0x1p63) || precision > maxQuickPrecision) return nullptr;
 
   constexpr int mantissaBits = 52;
   constexpr int exponentOfUnits = 1075;  // biased exponent of a double whose mantissa counts units

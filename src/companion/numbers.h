@@ -113,8 +113,8 @@ char *formatInt64(char *out, int64_t value);
 // Writes nothing behind the number.
 char *formatInt32(char *out, int32_t value);
 
-// printf("%*.*f"). `out` has room for 400 bytes: enough for any value up to 80 decimal places and any width
-// up to 400.
+// printf("%*.*f"), with 0 decimal places or more. `out` has room for 400 bytes: enough for any value up to 80
+// of them and any width up to 400.
 char *formatFixed(char *out, double value, int width, int precision);
 
 // The shortest decimal that reads back to the same number; whole numbers up to 2^53 without exponent or

@@ -51,6 +51,9 @@ TEST_F(SystemLog, TakesADoubledPercentSignForOne) {
 TEST_F(SystemLog, GetsNothingThatCannotBeFormatted) {
   wmc_syslog(LOG_INFO, "%lc", static_cast<wint_t>(0x110000));
   EXPECT_EQ(lastMessage, "nothing");
+  const std::string unfinished = "100%";
+  wmc_syslog(LOG_INFO, unfinished.c_str());
+  EXPECT_EQ(lastMessage, "nothing");
 }
 
 TEST_F(SystemLog, DoesNotExpandPercentSignsOfArguments) {

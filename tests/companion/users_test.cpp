@@ -1,6 +1,5 @@
 #include "companion/users.h"
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <nss.h>
 #include <pwd.h>
@@ -13,23 +12,12 @@
 #include <thread>
 #include <vector>
 
+#include "support/user_database.h"
 #include "wmq/companion.h"
 
-// What the system's user database says to a request with that much room; unset: what it really says.
-static std::function<int(size_t room)> databaseFailure;
-
-// Stands in for the C library's.
-extern "C" int getpwuid_r(uid_t uid, passwd *entry, char *room, size_t size, passwd **found) {
-  const int error = databaseFailure ? databaseFailure(size) : 0;
-  if (error == 0) {
-    using Function = int(uid_t, passwd *, char *, size_t, passwd **);
-    return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, "getpwuid_r"))(uid, entry, room, size, found);
-  }
-  *found = nullptr;
-  return error;
-}
-
 namespace {
+
+using wmq::testing::databaseFailure;
 
 int questions;
 int64_t now;

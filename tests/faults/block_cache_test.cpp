@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 #include <pthread.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "support/failing_allocations.h"
@@ -17,6 +19,11 @@ namespace {
 class KeptBlocks : public ::testing::Test {
  protected:
   void onANewThread(const std::function<void()> &action) {
+    if (!isDoneOnANewThread(action)) GTEST_SKIP() << "no blocks are kept where memory is checked";
+  }
+
+  // False when that thread keeps no blocks: then it has done nothing.
+  bool isDoneOnANewThread(const std::function<void()> &action) {
     blocksMayBeKept = true;
     // Unlike std::thread, this releases nothing on the new thread that another has allocated.
     task = [&] {
@@ -24,10 +31,10 @@ class KeptBlocks : public ::testing::Test {
       if (!skipped) action();
     };
     pthread_t thread;
-    ASSERT_EQ(pthread_create(&thread, nullptr, run, this), 0);
+    EXPECT_EQ(pthread_create(&thread, nullptr, run, this), 0);
     pthread_join(thread, nullptr);
     blocksMayBeKept = false;
-    if (skipped) GTEST_SKIP() << "no blocks are kept where memory is checked";
+    return !skipped;
   }
 
   bool skipped = false;
@@ -141,6 +148,29 @@ TEST_F(KeptBlocks, AreNoneWhereNoneMayBeKept) {
   const int before = allocationsLeft();
   takeAndRelease(blocks);
   EXPECT_EQ(allocationsLeft(), before);
+}
+
+// Valgrind has its own malloc loaded before the C library's.
+TEST_F(KeptBlocks, AreNoneUnderValgrind) {
+  if (!isDoneOnANewThread([] {})) GTEST_SKIP() << "no blocks are kept anyway";
+  const char *const set = std::getenv("LD_PRELOAD");
+  const std::string before = set != nullptr ? set : "";
+  setenv("LD_PRELOAD", "/usr/lib/libother.so", 1);
+  EXPECT_TRUE(isDoneOnANewThread([] {}));
+  setenv("LD_PRELOAD", "/usr/libexec/valgrind/vgpreload_memcheck-amd64-linux.so", 1);
+  EXPECT_FALSE(isDoneOnANewThread([] {}));
+  if (set != nullptr)
+    setenv("LD_PRELOAD", before.c_str(), 1);
+  else
+    unsetenv("LD_PRELOAD");
+}
+
+// What a thread does at its first record holds for as long as it lives.
+TEST_F(KeptBlocks, AreKeptForAsLongAsTheThreadLives) {
+  onANewThread([] {
+    blocksMayBeKept = false;
+    EXPECT_TRUE(keepsBlocks());
+  });
 }
 
 TEST_F(KeptBlocks, TakeAMissingBlockForNothing) {

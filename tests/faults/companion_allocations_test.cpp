@@ -10,7 +10,9 @@
 #include <string>
 
 #include "companion/log.h"
+#include "companion/users.h"
 #include "support/failing_allocations.h"
+#include "support/user_database.h"
 #include "wmq/companion.h"
 
 namespace wmq::testing {
@@ -176,6 +178,23 @@ TEST_F(FailingAllocations, SetTheErrorNumberOfTheLineReader) {
   EXPECT_EQ(wmc_errno, 0);
   _getNextLine_(nullptr, nullptr, 0);
   std::fclose(file);
+}
+
+TEST_F(FailingAllocations, AreReportedForALongEntryOfAUser) {
+  databaseFailure = [](size_t room) { return room < 5000 ? ERANGE : ENOENT; };
+  forgetUsers();
+  errno = 0;
+  {
+    char name[60];
+    const FailingAllocation failing(1);
+    EXPECT_NE(getWMXUserByUid_(7, name, sizeof name), 0);
+    EXPECT_EQ(errno, ENOMEM);
+    EXPECT_TRUE(failing.hasFailed());
+    EXPECT_NE(getWMXUserByUid_(7, name, sizeof name), 0);
+    EXPECT_EQ(errno, ENOENT) << "it is asked again";
+  }
+  databaseFailure = nullptr;
+  forgetUsers();
 }
 
 TEST_F(FailingAllocations, CutALogMessage) {
