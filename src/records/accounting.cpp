@@ -129,7 +129,12 @@ static void allOrFirst(Reader &io, cpuProfileLog &log) {
   if (!scan(io, log.*First)) return fail(io, WMQE_BAD_FORMAT, nameOf<First>, "a number");
   Reader rest = io;
   int converted = 0;
-  (void)((scan(rest, log.*Rest) && ++converted > 0) && ...);
+  const auto takes = [&](int32_t &number) {
+    const bool taken = scan(rest, number);
+    converted += taken ? 1 : 0;
+    return taken;
+  };
+  (void)(takes(log.*Rest) && ...);
   if (converted == 0) {
     ((log.*Rest = 0), ...);
     log.cpuInt2 = log.cpuInt1;

@@ -174,8 +174,7 @@ void readGpuEntry(PairReader &in, gpuRusageEntry &entry) {
 }
 
 void putHostName(PairWriter &io, const char *name, const char *host) {
-  if (!io.counting && (host == nullptr || *host == '\0'))
-    return fail(io.out, WMQE_SYS, name, "a host name that is not empty");
+  if (host == nullptr || *host == '\0') return fail(io.out, WMQE_SYS, name, "a host name that is not empty");
   putPair(io, name, host);
 }
 
@@ -203,10 +202,7 @@ int32_t integerOf(const Pair &pair) {
   return static_cast<int32_t>(value);
 }
 
-double realOf(const Pair &pair) {
-  const char *end = nullptr;
-  return pair.valueLength == 0 ? 0 : parseReal(pair.value, &end);
-}
+double realOf(const Pair &pair) { return parseReal(pair.value, nullptr); }
 
 void keepString(PairReader &in, const char *field, char *&value) {
   if (!in.io.keepsTexts) return;

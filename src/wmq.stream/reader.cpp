@@ -350,8 +350,7 @@ void readHosts(Reader &io, const char *countField, const char *field, int32_t &c
     array = nullptr;
   }
   const bool allocates =
-      count > 0 || rule.none == NoHosts::emptyArray ||
-      (count < 0 && rule.none != NoHosts::nullArray && rule.none != NoHosts::nullZeroCount);
+      count > 0 || rule.none == NoHosts::emptyArray || (count < 0 && rule.none != NoHosts::nullArray);
   if (!allocates) return;
   const int32_t asRead = count;
   if (rule.expanded) return readExpanded(io, field, count, array);

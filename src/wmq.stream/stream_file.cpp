@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <utility>
 
 #include "companion/numbers.h"
 
@@ -83,7 +84,7 @@ struct OldFile {
   bool named;  // by the very text that the number is written with: only such a file can be removed by number
 
   bool operator<(const OldFile &other) const {
-    return suffix != other.suffix ? suffix < other.suffix : named && !other.named;
+    return std::pair(suffix, !named) < std::pair(other.suffix, !other.named);
   }
 };
 

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstdio>
 
+#include "support/failing_calls.h"
 #include "support/private_mounts.h"
 #include "support/scripted_clock.h"
 #include "support/side_stream_fixture.h"
@@ -302,6 +303,19 @@ TEST_P(AHostileFileSystem, MayReplaceTheFileByADirectoryUnderTheWriter) {
   rotateWith(2);
   EXPECT_EQ(contentOf(rotated + "/inner"), "somebody's");
   EXPECT_EQ(contentOf(path), lineOf(2));
+}
+
+TEST_P(AHostileFileSystem, MayAddLinesToTheFileWhileItIsClosed) {
+  ASSERT_EQ(open(), 0);
+  EXPECT_EQ(write(1), 0);
+  wmq_errno = 0;
+  const AtCall reading("pread", 1, [this] {
+    appendTo(path, lineOf(2) + lineOf(3));
+    return 0;
+  });
+  EXPECT_EQ(side.close(), 0);
+  EXPECT_TRUE(reading.happened());
+  EXPECT_EQ(wmq_errno, WMQE_EOF) << "it is read to its end";
 }
 
 TEST_P(AHostileFileSystem, MayCutTheFileUnderTheWriter) {

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "support/asymmetries.h"
 #include "support/collected_lines.h"
@@ -270,6 +271,56 @@ TEST_P(EveryAllocationOfWriting, MayFailWithoutAStream) {
       EXPECT_EQ(line.size() == whole.size(), !failed);
     }).join();
   }
+}
+
+// Within such a list the buffer of the line has to grow.
+void failEachGrowth(const eventRecord &record) {
+  const std::string whole = written(record);
+  ASSERT_GT(whole.size(), 20'000U);
+  bool failed = true;
+  int failures = 0;
+  for (int nth = 1; failed; ++nth) {
+    SCOPED_TRACE(nth);
+    std::thread([&] {
+      char *text = nullptr;
+      size_t length = 0;
+      int result = 0;
+      eventRecord copy = record;
+      {
+        const FailingAllocation failing(nth);
+        result = wmq_formatrecord(&copy, &text, &length);
+        failed = failing.hasFailed();
+      }
+      const std::string line(text != nullptr ? text : "", length);
+      std::free(text);
+      EXPECT_EQ(result, failed ? -1 : 0);
+      EXPECT_EQ(line, whole.substr(0, line.size()));
+      EXPECT_EQ(line.size() == whole.size(), !failed);
+    }).join();
+    failures += failed ? 1 : 0;
+  }
+  EXPECT_GT(failures, 2);
+}
+
+TEST(AListThatOutgrowsItsLine, IsCutWhereNoMemoryWasFound) {
+  if (!allocationsCanFail()) GTEST_SKIP() << "allocations cannot be made to fail here";
+  std::string name(50'000, 'h');
+  char *hosts[] = {name.data()};
+  eventRecord record = bareRecord(EVENT_JOB_FORWARD);
+  record.eventLog.jobForwardLog.hosts = hosts;
+  record.eventLog.jobForwardLog.numHosts = 1;
+  failEachGrowth(record);
+
+  std::vector<int64_t> ids(5000, 1'000'000);
+  std::vector<int32_t> values(ids.size());
+  oldRmtJobCtrlRecord control{};
+  control.numPairs = static_cast<int32_t>(ids.size());
+  control.pairIds = ids.data();
+  control.pairValues = values.data();
+  record = bareRecord(EVENT_JOB_MOVE);
+  record.eventLog.jobMoveLog.numRmtJobCtrl = 1;
+  record.eventLog.jobMoveLog.rmtJobCtrls = &control;
+  failEachGrowth(record);
 }
 
 // A list of hosts is compressed in the buffer of its line, for which there is room: where no memory is left

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <vector>
 
 #include "support/failing_calls.h"
 #include "support/ordinary_user.h"
@@ -88,6 +89,22 @@ TEST_F(FailingToWrite, OnAFullDiskWritesNothingLater) {
   EXPECT_EQ(wmq_errno, 0);
   wmq_closestream();
   EXPECT_EQ(contentOf(path), logSwitchLine(1) + logSwitchLine(3));
+}
+
+TEST_F(FailingToWrite, EndsABatchOfWhichAPartFindsNoRoom) {
+  ASSERT_EQ(open(), 0);
+  eventRecord record = logSwitch(1);
+  const std::vector<eventRecord *> records(5000, &record);
+  size_t written = 77;
+  wmq_errno = 0;
+  {
+    const FailingCall full("write", 1, ENOSPC);
+    EXPECT_EQ(wmq_writestreambatch(records.data(), records.size(), &written), -1);
+    EXPECT_EQ(errno, ENOSPC);
+  }
+  EXPECT_EQ(wmq_errno, WMQE_SYS);
+  EXPECT_EQ(written, 0U);
+  EXPECT_EQ(contentOf(path), "") << "nor is what comes behind it written";
 }
 
 TEST_F(FailingToWrite, LeavesThePartOfTheLineThatWentIn) {

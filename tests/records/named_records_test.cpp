@@ -9,6 +9,7 @@
 
 #include "companion/written_text.h"
 #include "support/record_lines.h"
+#include "wmq.stream/named_codec.h"
 
 namespace wmq::testing {
 namespace {
@@ -177,6 +178,28 @@ constexpr char kAlwaysWritten[] =
     R"( "ru_maxrss" "0" "ru_nswap" "0" "exitStatus" "0" "maxNumProcessors" "0" "exitInfo" "0")"
     R"( "numhRusages" "0" "runtime" "0" "maxMem" "0" "avgMem" "0" "serial_job_energy" "0.000000")"
     R"( "numAllocSlots" "0" "ineligiblePendingTime" "0")";
+
+// What is not published is written and never read.
+TEST(AttributeTables, FindTheirPublishedNamesAndNoOthers) {
+  static constexpr const char *published[] = {"a", "c", nullptr};
+  PairTable table;
+  table.published = published;
+  for (table.count = 0; published[table.count] != nullptr; ++table.count)
+    table.entries[table.count].name = published[table.count];
+  const PairTable::Handler handler = [](PairReader &, void *, int) {};
+  for (const char *name : {"a", "b", "c"}) addHandler(table, name, handler);
+  EXPECT_EQ(table.count, 2);
+  EXPECT_EQ(table.entries[0].handler, handler);
+  EXPECT_EQ(table.entries[1].handler, handler);
+}
+
+TEST(AttributeTables, TakeANameAsOftenAsItIsStated) {
+  PairTable table;
+  for (int slot = 0; slot < 2 * PairTable::most; ++slot) addHandler(table, "a", nullptr, slot);
+  EXPECT_EQ(table.count, 1);
+  EXPECT_EQ(table.entries[0].slot, 2 * PairTable::most - 1) << "the last statement holds";
+  EXPECT_EQ(table.numInOrder, PairTable::most);
+}
 
 TEST_F(JobFinish2, OfNothingHasTheAttributesThatAreAlwaysWritten) {
   EXPECT_EQ(lineOf(given), std::string(" 0 23") + kAlwaysWritten + '\n');
@@ -681,6 +704,19 @@ TEST_F(JobFinish2, TakesOnePairForAHostUsageEntryWithoutAGroup) {
   EXPECT_STREQ(log.jobName, "x");
 }
 
+TEST_F(JobFinish2, TakesTheLastOfSeveralEnergiesOfAHost) {
+  EXPECT_EQ(read("1 5" + textOf({{"numhRusages", "1"},
+                                 {"numHRusageAttrs", "3"},
+                                 {"hu_energy", "1.5"},
+                                 {"hu_name", "h"},
+                                 {"hu_energy", "2.5"}})),
+            0);
+  ASSERT_EQ(log.numhRusages, 1);
+  ASSERT_EQ(log.hostRusage[0].numAttrs, 1);
+  EXPECT_STREQ(log.hostRusage[0].attrs[0].name, "HOST_ENERGY_CONSUMPTION");
+  EXPECT_STREQ(log.hostRusage[0].attrs[0].value, "2.5");
+}
+
 TEST_F(JobFinish2, HasNoArraysForGroupsOf0OrLess) {
   for (const char *count : {"0", "-1", "x"}) {
     EXPECT_EQ(readAnew("1 5" + textOf({{"numExHosts", count},
@@ -830,7 +866,9 @@ TEST_F(WholeJobFinish2, CannotBeWrittenWithoutTheArraysOfItsCounts) {
   EXPECT_EQ(resultWithout(&jobFinish2Log::hostRusage), WMQE_SYS);
   EXPECT_EQ(resultWithout(&jobFinish2Log::networkAllocInfo), WMQE_SYS);
   EXPECT_EQ(resultWithout(&jobFinish2Log::allocSlots), WMQE_SYS);
+  EXPECT_EQ(resultWithout(&jobFinish2Log::indexRangeStart), WMQE_SYS);
   EXPECT_EQ(resultWithout(&jobFinish2Log::indexRangeEnd), WMQE_SYS);
+  EXPECT_EQ(resultWithout(&jobFinish2Log::indexRangeStep), WMQE_SYS);
   EXPECT_EQ(resultWithout(&jobFinish2Log::gpuRusages), WMQE_SYS);
 }
 

@@ -126,6 +126,10 @@ TEST(RemoteControl, IsRefusedWhereSomethingIsMissing) {
   EXPECT_EQ(readNewRmtJobCtrlRecordFromLine(&nowhere, &fresh), WMQE_BAD_ARG);
   EXPECT_EQ(readNewRmtJobCtrlRecordFromLine(&position, nullptr), WMQE_BAD_ARG);
   EXPECT_EQ(position, line);
+  EXPECT_EQ(writeRmtJobCtrlRecord2File(nullptr, &old), WMQE_BAD_ARG);
+  EXPECT_EQ(writeRmtJobCtrlRecord2File(stdout, nullptr), WMQE_BAD_ARG);
+  EXPECT_EQ(writeNewRmtJobCtrlRecord2File(nullptr, &fresh), WMQE_BAD_ARG);
+  EXPECT_EQ(writeNewRmtJobCtrlRecord2File(stdout, nullptr), WMQE_BAD_ARG);
 }
 
 TEST(OldRemoteControl, DoesNotMoveThePositionWithoutBothNames) {

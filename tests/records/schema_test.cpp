@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "support/sampler.h"
+#include "wmq.stream/codec.h"
 
 namespace wmq::testing {
 namespace {
@@ -18,6 +19,11 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 using Names = std::vector<std::string>;
+
+struct Bare {
+  int32_t number;
+};
+void layout(auto &io, Bare &) { trailingBlank(io); }
 
 // By structure, what is no plain statement of one member. Written by hand from the public headers: a member
 // that a layout forgets shows up as a gap that is not listed here.
@@ -394,6 +400,8 @@ TEST(Schema, SaysWhatReleaseKeeps) {
     EXPECT_THAT(namesWith(*wmq_schema(type), WMQ_FIELD_KEPT), IsEmpty()) << type;
   }
 }
+
+TEST(Schema, HasNoFieldToNoteABlankOfAtTheBeginning) { EXPECT_EQ(layoutOf<Bare>()->numFields, 0U); }
 
 TEST(Schema, SaysWhatGoesOneWayOnly) {
   EXPECT_THAT(namesWith(*wmq_schema(EVENT_JOB_STATUS), WMQ_FIELD_READ_ONLY), ElementsAre("attrGroups"));

@@ -244,6 +244,9 @@ TEST_F(WritingABatch, StopsWhereARotationLosesTheFile) {
   EXPECT_EQ(written, 99U);
   EXPECT_EQ(writeAll(numbered(100, 151)), -1);
   EXPECT_EQ(written, 0U);
+  wmq_errno = 99;
+  EXPECT_EQ(wmq_writestreambatch(nullptr, 1, &written), -1);
+  EXPECT_EQ(wmq_errno, 99) << "as without a stream";
 }
 
 // --------------------------------------------------------------- batches and single calls
