@@ -140,7 +140,8 @@ void numbersWithoutSkip(Reader &io, auto &log, const auto &when, const Absent &a
   (void)(scanForm<Fs>(io, log) && ...);
 }
 
-// Several numbers are converted together: between them stand blanks and nothing else.
+// Several numbers are converted together: between them stand blanks and nothing else. The cursor goes on only
+// behind all of them.
 template <auto... Fs, typename When = Gate, typename Absent = int>
 void numbers(Reader &io, auto &log, const When &when = always, const Absent &absent = 0) {
   if (io.error != 0) return;
@@ -148,7 +149,9 @@ void numbers(Reader &io, auto &log, const When &when = always, const Absent &abs
     (setAbsent<Fs>(log, absent), ...);
     return;
   }
-  if ((scanForm<Fs>(io, log) && ...)) skipBlank(io);
+  const char *const begin = io.cursor;
+  if ((scanForm<Fs>(io, log) && ...)) return skipBlank(io);
+  io.cursor = begin;
 }
 
 template <auto F, typename When = Gate, typename Absent = int>
@@ -327,7 +330,11 @@ void parallelElements(Reader &io, auto &log, int noMemory) {
    ...);
   log.*Count = 0;
   for (; io.error == 0 && log.*Count < count; ++(log.*Count)) {
-    if (!(scanElement(io, nameOf<Arrays>, (log.*Arrays)[log.*Count]) && ...)) return;
+    const char *const begin = io.cursor;
+    if (!(scanElement(io, nameOf<Arrays>, (log.*Arrays)[log.*Count]) && ...)) {
+      io.cursor = begin;
+      return;
+    }
     skipBlank(io);
   }
 }

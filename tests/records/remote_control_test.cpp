@@ -113,6 +113,10 @@ TEST(OldRemoteControl, LeavesThePositionWhereItStoppedBehindItsNames) {
   EXPECT_EQ(old.rest, "six 0");
 }
 
+TEST(OldRemoteControl, LeavesThePositionBeforeAPairThatDoesNotConvert) {
+  EXPECT_EQ(ReadOld(R"( "a" "b" 1 5 2 7 8 9 ten)").rest, "9 ten");
+}
+
 TEST(RemoteControl, IsRefusedWhereSomethingIsMissing) {
   char line[] = " \"a\" \"b\" 0 0";
   char *position = line;
@@ -218,6 +222,11 @@ TEST(NewRemoteControl, ThatHoldsASecondCountOf0OrLessReadsLikeAnyOther) {
     EXPECT_EQ(held.record.entries2, nullptr);
     EXPECT_EQ(held.record.values2, nullptr);
   }
+}
+
+TEST(NewRemoteControl, LeavesThePositionBeforeNumbersThatDoNotAllConvert) {
+  EXPECT_EQ(ReadNew(R"("a" "b" 1 5 six)").rest, "5 six");
+  EXPECT_EQ(ReadNew(R"("a" "b" 1 5 1 7 8 nine)").rest, "7 8 nine");
 }
 
 class WithASecondList : public ::testing::Test {
