@@ -268,7 +268,9 @@ class WholeJobFinish2 : public JobFinish2 {
   char energyName[24] = "HOST_ENERGY_CONSUMPTION";
   Names hosts{"h", "i"};
   int32_t numbers[2] = {7, 8};
-  struct attribute energy{energyName, string};
+  struct attribute energy {
+    energyName, string
+  };
   hostRusageEntry usage{string, 1, 2, 3, 4, 1, &energy};
   int32_t cpus[2] = {0, 1};
   affinityHost affinityOfHost{string, 2, cpus};
@@ -941,7 +943,9 @@ class WholeJobStatus2 : public JobStatus2 {
   char energyName[24] = "HOST_ENERGY_CONSUMPTION";
   Names hosts{"h"};
   int32_t numbers[1] = {7};
-  struct attribute energy{energyName, string};
+  struct attribute energy {
+    energyName, string
+  };
   hostRusageEntry usage{string, 1, 2, 3, 4, 1, &energy};
   gpuRusageEntry gpus[3] = {{string, 0, nullptr}, {string, 0, nullptr}, {string, 0, nullptr}};
 };
