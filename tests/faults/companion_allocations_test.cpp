@@ -97,6 +97,8 @@ TEST_F(FailingAllocations, MakeAWriteFail) {
   const std::string text(1000, 'x');
   eachFailureIsReported(1, [&] { return addQStr(sink, text.c_str()) == 0; });
   eachFailureIsReported(1, [&] { return writeHostList(sink, 0, nullptr) == 0; });
+  const FailingAllocation failing(1);
+  EXPECT_EQ(writeHostList(sink, 0, nullptr), -1);
   std::fclose(sink);
 }
 

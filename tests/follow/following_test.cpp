@@ -1,9 +1,12 @@
 // Following a stream whose files are made by hand, situation by situation.
 #include <gmock/gmock.h>
+#include <pthread.h>
 #include <sys/stat.h>
 
+#include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <thread>
@@ -452,6 +455,9 @@ TEST_F(Following, ATruncatedFileIsReadFromItsFirstByte) {
   fs::resize_file(path, 0);
   append(lines(4, 4));
   EXPECT_THAT(follower.rest(), ElementsAre("truncated", "4"));
+  StreamFollower another(path);
+  EXPECT_THAT(another.rest(), ElementsAre("4"));
+  EXPECT_EQ(follower.position(), another.position());
 }
 
 TEST_F(Following, AnOldFileThatIsCutWhileItIsReadIsReadFromItsFirstByte) {
@@ -801,6 +807,28 @@ TEST_F(Following, AWaitCanBeEndedFromOutside) {
     EXPECT_EQ(follower.next(-1), "");
   }
   wmq_followwake(nullptr);
+}
+
+TEST_F(Following, AWaitEndsWhenASignalComes) {
+  append(lines(1, 1));
+  struct sigaction action {};
+  struct sigaction former {};
+  action.sa_handler = [](int) {};
+  sigaction(SIGUSR1, &action, &former);
+  for (const int poll : {0, 1000000}) {
+    StreamFollower follower(path, WMQ_FROM_END, poll);
+    std::atomic<bool> ended = false;
+    std::thread other([&, waiting = pthread_self()] {
+      while (!ended) {
+        pthread_kill(waiting, SIGUSR1);
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+      }
+    });
+    EXPECT_EQ(follower.next(-1), "");
+    ended = true;
+    other.join();
+  }
+  sigaction(SIGUSR1, &former, nullptr);
 }
 
 TEST_F(Following, OtherFilesOfTheDirectoryAreOfNoConcern) {

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "follow/stream_listing.h"
 #include "support/handmade_stream.h"
 #include "support/text_files.h"
 #include "wmq/follow.h"
@@ -50,6 +51,18 @@ TEST_F(StreamFiles, StandInTheOrderOfWriting) {
   for (const int suffix : {1000, 99, 100, 2147483645}) makeFile(old(suffix));
   append(lines(1, 1));
   EXPECT_THAT(listed(), ElementsAre("99", "100", "1000", "2147483645", "current"));
+}
+
+TEST(StreamListing, IsAnotherWhereANameOrAFileIs) {
+  StreamListing listing;
+  listing.old.push_back({.suffix = 1, .path = "s.1", .identity = {.inode = 5}});
+  EXPECT_EQ(listing, StreamListing(listing));
+  StreamListing replaced = listing;
+  replaced.old[0].identity.inode = 6;
+  EXPECT_FALSE(listing == replaced);
+  StreamListing renamed = listing;
+  renamed.old[0].path = "s.2";
+  EXPECT_FALSE(listing == renamed);
 }
 
 TEST_F(StreamFiles, NeedNotBeThere) {

@@ -99,6 +99,11 @@ TEST(JsonTokens, LieFlatInOrder) {
 TEST(JsonTokens, StandForEscapedCharacters) {
   EXPECT_EQ(decoded(R"("\"\\\/\b\f\n\r\t")"), "\"\\/\b\f\n\r\t");
   EXPECT_EQ(decoded(R"("\u0041\u00e4\u20AC\ud83d\ude00\uffff")"), "Aä€😀\xef\xbf\xbf");
+  // The first and the last of each length.
+  EXPECT_EQ(decoded(R"("\u0001\u007f")"), "\x01\x7f");
+  EXPECT_EQ(decoded(R"("\u0080\u07ff")"), "\xc2\x80\xdf\xbf");
+  EXPECT_EQ(decoded(R"("\u0800\uffff")"), "\xe0\xa0\x80\xef\xbf\xbf");
+  EXPECT_EQ(decoded(R"("\ud800\udc00\udbff\udfff")"), "\xf0\x90\x80\x80\xf4\x8f\xbf\xbf");
   EXPECT_EQ(decoded("\"plain ä € 😀 \x7f\""), "plain ä € 😀 \x7f");
   EXPECT_EQ(decoded(R"("a long text that is moved \u0041 after an escape, \\ and once more")"),
             "a long text that is moved A after an escape, \\ and once more");

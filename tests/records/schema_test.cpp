@@ -383,6 +383,10 @@ TEST(Schema, SaysWhatIsPeculiarToAField) {
   EXPECT_STREQ(fieldOf(EVENT_JOB_NEW, "userName").note, "1 to 59 bytes");
   EXPECT_STREQ(fieldOf(EVENT_JOB_STARTLIMIT, "wmxRlimits").note,
                "12 pairs, WMX_RLIMIT_CPU to WMX_RLIMIT_THREAD");
+  std::vector<std::string> notesOfLimits;
+  for (const wmqField &field : fieldsOf(*wmq_schema(EVENT_JOB_NEW)))
+    if (std::strcmp(field.name, "rlimits") == 0) notesOfLimits.emplace_back(field.note);
+  EXPECT_THAT(notesOfLimits, ElementsAre("slots 0 to 10", "slot 11"));
   EXPECT_STREQ(fieldOf(EVENT_LOG_SWITCH, "lastJobId").note, "a blank follows");
   EXPECT_STREQ(fieldOf(EVENT_JOB_NEW, "jobId").note, "");
 }
