@@ -393,7 +393,8 @@ class AFollowerThatGetsNews : public AFollower {};
 
 INSTANTIATE_TEST_SUITE_P(Meets, AFollowerThatGetsNews,
                          ::testing::Values(*storyNamed("Waiting"), *storyNamed("Rotation"),
-                                           *storyNamed("ARemovedFile")),
+                                           *storyNamed("ARemovedFile"),
+                                           *storyNamed("ARemovedFileBehindAnother")),
                          [](const auto &tested) { return std::string(tested.param.name); });
 
 TEST_P(AFollowerThatGetsNews, LosesNothingWhenASystemCallFails) { withEach(Trouble::system, false, true); }
@@ -527,6 +528,38 @@ TEST(AListOfAStreamsFiles, IsWholeOrNone) {
 }
 
 class AFollowerInLastingTrouble : public ::testing::Test, protected HandmadeStream {};
+
+// Whether files are missing shows in the one that came before.
+TEST_F(AFollowerInLastingTrouble, SaysThatItCannotTellWhatFollows) {
+  append(lines(1, 1));
+  rotate(100);
+  append(lines(2, 3));
+  StreamFollower follower(path, WMQ_FROM_START, 1000);
+  EXPECT_EQ(follower.next(), "2");
+  const std::string position = follower.position();
+  EXPECT_EQ(follower.next(), "3");
+  fs::remove(path);
+  append(lines(5, 5));
+  {
+    const FailingCall failing("open", 1, EACCES, AtCall::failToo);
+    for (int i = 0; i < 2; ++i) {
+      EXPECT_EQ(follower.next(), "failed WMQE_SYS");
+      EXPECT_EQ(errno, EACCES);
+    }
+  }
+  EXPECT_THAT(follower.rest(), ::testing::ElementsAre("gap", "5"));
+
+  constexpr int kOpens = 3;  // of the one before, of the one that follows, and of the one before once more
+  for (int nth = 1; nth <= kOpens; ++nth) {
+    StreamFollower resumed(path, position, 1000);
+    {
+      const FailingCall failing("open", nth, EACCES);
+      EXPECT_EQ(resumed.next(), "failed WMQE_SYS") << nth;
+      EXPECT_EQ(errno, EACCES);
+    }
+    EXPECT_THAT(resumed.rest(), ::testing::ElementsAre("gap", "5"));
+  }
+}
 
 // Whatever the first call has left undone fails in the second one as well.
 TEST_F(AFollowerInLastingTrouble, GoesOnWhereItWas) {

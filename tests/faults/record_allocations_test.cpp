@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <thread>
@@ -271,6 +272,20 @@ TEST_P(EveryAllocationOfWriting, MayFailWithoutAStream) {
       EXPECT_EQ(line.size() == whole.size(), !failed);
     }).join();
   }
+}
+
+TEST(AnEmbeddedRecord, LeavesItsFileAsItIsWithoutMemoryForALine) {
+  if (!allocationsCanFail()) GTEST_SKIP() << "allocations cannot be made to fail here";
+  std::FILE *const file = std::tmpfile();
+  ASSERT_NE(file, nullptr);
+  std::thread([file] {  // which has no buffer yet
+    const oldRmtJobCtrlRecord record{};
+    const FailingAllocation failing(1, FailingAllocation::failToo);
+    EXPECT_EQ(writeRmtJobCtrlRecord2File(file, &record), WMQE_SYS);
+  })
+      .join();
+  EXPECT_EQ(std::ftell(file), 0);
+  std::fclose(file);
 }
 
 // Within such a list the buffer of the line has to grow.

@@ -180,8 +180,8 @@ TEST(JoinedLines, UnknownTypesAndVersionsBeginNoRecord) {
         R"("LOG_SWITCH" "10.1"1 7)", R"("LOG_SWITCH" "10.1)", R"("LOG_SWITCH" "10.1")",
         R"("LOG_SWITCH" "10.1" )", R"("LOG_SWITCH" "10.1" -)", R"("LOG_SWITCH" "10.1" 1x 7)"}) {
     EXPECT_THAT(partsOf(vacated + behind), ElementsAre(joined(vacated), line(behind)));
-    const std::string text = next + behind;
-    EXPECT_THAT(partsOf(text), ElementsAre(line(text)));
+    for (const std::string &before : {next, std::string(R"("GRP_CTRL" "10.1" 1 2 3 4 "some te)")})
+      EXPECT_THAT(partsOf(before + behind), ElementsAre(line(before + behind)));
   }
 }
 
