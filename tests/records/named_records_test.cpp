@@ -268,9 +268,7 @@ class WholeJobFinish2 : public JobFinish2 {
   char energyName[24] = "HOST_ENERGY_CONSUMPTION";
   Names hosts{"h", "i"};
   int32_t numbers[2] = {7, 8};
-  struct attribute energy {
-    energyName, string
-  };
+  ::attribute energy{energyName, string};
   hostRusageEntry usage{string, 1, 2, 3, 4, 1, &energy};
   int32_t cpus[2] = {0, 1};
   affinityHost affinityOfHost{string, 2, cpus};
@@ -785,7 +783,7 @@ class HostEnergy : public JobFinish2 {
   char shorterName[23] = "HOST_ENERGY_CONSUMPTIO";
   char first[4] = "1.5";
   char second[4] = "2.5";
-  struct attribute attributes[3] = {{energyName, first}, {longerName, first}, {energyName, second}};
+  ::attribute attributes[3] = {{energyName, first}, {longerName, first}, {energyName, second}};
   hostRusageEntry usage{host, 1, 2, 3, 4, 3, attributes};
 };
 
@@ -943,9 +941,7 @@ class WholeJobStatus2 : public JobStatus2 {
   char energyName[24] = "HOST_ENERGY_CONSUMPTION";
   Names hosts{"h"};
   int32_t numbers[1] = {7};
-  struct attribute energy {
-    energyName, string
-  };
+  ::attribute energy{energyName, string};
   hostRusageEntry usage{string, 1, 2, 3, 4, 1, &energy};
   gpuRusageEntry gpus[3] = {{string, 0, nullptr}, {string, 0, nullptr}, {string, 0, nullptr}};
 };

@@ -9,13 +9,14 @@ std::function<int(size_t room)> databaseFailure;
 
 }  // namespace wmq::testing
 
-extern "C" int getpwuid_r(uid_t uid, passwd *entry, char *room, size_t size, passwd **found) {
+extern "C" int getpwuid_r(uid_t uid, passwd *resultbuf, char *buffer, size_t buflen, passwd **result) {
   using wmq::testing::databaseFailure;
-  const int error = databaseFailure ? databaseFailure(size) : 0;
+  const int error = databaseFailure ? databaseFailure(buflen) : 0;
   if (error == 0) {
     using Function = int(uid_t, passwd *, char *, size_t, passwd **);
-    return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, "getpwuid_r"))(uid, entry, room, size, found);
+    return reinterpret_cast<Function *>(dlsym(RTLD_NEXT, "getpwuid_r"))(uid, resultbuf, buffer, buflen,
+                                                                        result);
   }
-  *found = nullptr;
+  *result = nullptr;
   return error;
 }
