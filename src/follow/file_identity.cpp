@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstring>
 #include <ctime>
+#include <string_view>
 
 namespace wmq {
 namespace {
@@ -114,6 +115,15 @@ bool compareFirstLine(int fd, const Extract &first, bool &same) {
   bool whole = false;
   if (!extractFirstLine(fd, found, whole)) return false;
   same = whole && found.length == first.length && found.sum == first.sum;
+  return true;
+}
+
+bool beginsWithEnd(int fd, bool &begins) {
+  constexpr std::string_view end = "\"END_OF_STREAM\" ";
+  char bytes[end.size()];
+  const ssize_t got = readFully(fd, bytes, sizeof bytes, 0);
+  if (got < 0) return false;
+  begins = std::string_view(bytes, static_cast<size_t>(got)) == end;
   return true;
 }
 

@@ -65,6 +65,9 @@ bool extractFirstLine(int fd, Extract &extract, bool &whole);
 // `same`: the first line is whole, and it is the one that was summed up.
 bool compareFirstLine(int fd, const Extract &first, bool &same);
 
+// `begins`: the first line is one that ends a stream.
+bool beginsWithEnd(int fd, bool &begins);
+
 // `same`: the file begins with, or holds before `end`, what was summed up.
 bool compareFirst(int fd, const Extract &first, bool &same);
 bool compareBefore(int fd, int64_t end, const Extract &last, bool &same);

@@ -259,7 +259,11 @@ bool wmqFollower::tryEntry(const StreamEntry &candidate, const Position &wanted,
   if (status.size < wanted.offset) return true;
   if (!compare(opened.get(), wanted.first, same)) return wmq::failSystem();
   if (same && !wmq::compareBefore(opened.get(), wanted.offset, wanted.last, same)) return wmq::failSystem();
-  if (!same) return true;
+  // A writer that dies over an empty file leaves a line there that says nothing of the file.
+  const bool mayBeEnd = !certain && wanted.first.length > 0 && wanted.offset <= wanted.first.length;
+  bool isEnd = false;
+  if (same && mayBeEnd && !wmq::beginsWithEnd(opened.get(), isEnd)) return wmq::failSystem();
+  if (!same || isEnd) return true;
   found = begin(std::move(opened), candidate, wanted.offset);
   return found;
 }

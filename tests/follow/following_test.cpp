@@ -831,6 +831,33 @@ TEST_F(Following, AWaitEndsWhenASignalComes) {
   sigaction(SIGUSR1, &former, nullptr);
 }
 
+// It is what a writer leaves that dies over an empty file, and it may do so twice within one second.
+TEST_F(Following, TheEndOfAStreamAtItsBeginningTellsNoFileFromAnother) {
+  append(endLine);
+  const StreamFollower follower(path);  // while it is open, no other file gets its inode
+  const std::string atTheBeginning = follower.position();
+  StreamFollower second(path);
+  EXPECT_EQ(second.next(), "");
+  for (const std::string &position : {atTheBeginning, second.position()}) {
+    fs::remove(path);
+    makeFile(old(100), endLine + lines(5, 6) + endLine);
+    append(lines(7, 7));
+    StreamFollower resumed(path, position);
+    EXPECT_EQ(resumed.next(), "gap") << position;
+    StreamFollower moved(path, "1:ffff:" + position.substr(position.find(':', position.find(':') + 1) + 1));
+    EXPECT_EQ(moved.next(), "gap") << position;
+  }
+}
+
+TEST_F(Following, TheEndOfAStreamAtItsBeginningIsNoHindranceWhereTheFileIsKnown) {
+  append(endLine);
+  const std::string position = StreamFollower(path).position();
+  append(lines(1, 1));
+  rotate(100);
+  append(lines(2, 2));
+  EXPECT_THAT(StreamFollower(path, position).rest(), ElementsAre("end in the middle", "1", "rotated", "2"));
+}
+
 TEST_F(Following, OtherFilesOfTheDirectoryAreOfNoConcern) {
   append(lines(1, 1));
   StreamFollower follower(path, WMQ_FROM_END);
