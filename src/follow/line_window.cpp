@@ -14,22 +14,25 @@ namespace {
 constexpr size_t kChunk = size_t{256} << 10;
 
 // Bytes that were read already and are read again with what follows, to see that the file is still what it
-// was.
-constexpr size_t kOverlap = 64;
+// was: the line that was taken last with all that was read behind it, but no fewer and no more than these.
+// Many lines end with the same fields; it is their beginning that tells them apart.
+constexpr size_t kLeastOverlap = 64;
+constexpr size_t kMostOverlap = kMostSummed;
 
 }  // namespace
 
 bool LineWindow::moveTo(int fd, int64_t offset) {
-  const auto before = static_cast<size_t>(std::min(offset, static_cast<int64_t>(kOverlap)));
-  if (buffer.size() < kOverlap + 1) buffer.resize(kChunk + 1);
+  const auto before = static_cast<size_t>(std::min(offset, static_cast<int64_t>(kMostOverlap)));
+  if (buffer.size() < kMostOverlap + 1) buffer.resize(kChunk + 1);
   base = offset - static_cast<int64_t>(before);
   begin = end = searched = before;
   lineEnd = 0;
+  taken = before;
   return readFully(fd, buffer.data(), before, base) == static_cast<ssize_t>(before);
 }
 
 LineWindow::Fill LineWindow::fill(int fd) {
-  const size_t kept = std::min(begin, kOverlap);
+  const size_t kept = std::min(begin, std::clamp(taken, kLeastOverlap, kMostOverlap));
   if (begin > kept) {
     const size_t gone = begin - kept;
     std::memmove(buffer.data(), buffer.data() + gone, end - gone);
@@ -41,8 +44,8 @@ LineWindow::Fill LineWindow::fill(int fd) {
   }
   if (buffer.size() < end + kChunk / 2 + 1) buffer.resize(std::max(kChunk + 1, 2 * buffer.size()));
 
-  char known[kOverlap];
-  const size_t overlap = std::min(end, kOverlap);
+  char known[kMostOverlap];
+  const size_t overlap = std::min(end, std::clamp(taken + (end - begin), kLeastOverlap, kMostOverlap));
   char *const from = buffer.data() + end - overlap;
   std::memcpy(known, from, overlap);
   const ssize_t got =

@@ -40,7 +40,10 @@ class LineWindow {
   bool look(LinePart &part, bool finished);
 
   // Leaves the part that look() has given.
-  void take(const LinePart &part) { begin += static_cast<size_t>(part.size); }
+  void take(const LinePart &part) {
+    taken = static_cast<size_t>(part.size);
+    begin += taken;
+  }
 
   // Of the first byte that was not taken.
   int64_t offset() const { return base + static_cast<int64_t>(begin); }
@@ -57,6 +60,7 @@ class LineWindow {
   size_t end = 0;
   size_t searched = 0;  // no line end stands between `begin` and here
   size_t lineEnd = 0;   // of the current line, if it is known; else 0
+  size_t taken = 0;     // bytes of the part before `begin`
 };
 
 }  // namespace wmq

@@ -460,6 +460,23 @@ TEST_F(Following, ATruncatedFileIsReadFromItsFirstByte) {
   EXPECT_EQ(follower.position(), another.position());
 }
 
+// Most fields of a line are those of many others, and so may be its last thousand bytes.
+TEST_F(Following, ATruncatedFileIsToldEvenIfTheSameEndStandsWhereItWasRead) {
+  const auto line = [](int number) {
+    return "\"GRP_CTRL\" \"10.1\" " + std::to_string(number) + " 2 3 4 \"" + std::string(1000, 'x') +
+           "\" \"name\"\n";
+  };
+  append(line(1) + line(2));
+  StreamFollower follower(path);
+  EXPECT_THAT(follower.rest(), ElementsAre("GRP_CTRL", "GRP_CTRL"));
+  StreamFollower resumed(path, follower.position());
+  EXPECT_EQ(resumed.next(), "");
+  fs::resize_file(path, 0);
+  append(line(3) + line(4) + line(5));
+  EXPECT_THAT(follower.rest(), ElementsAre("truncated", "GRP_CTRL", "GRP_CTRL", "GRP_CTRL"));
+  EXPECT_THAT(resumed.rest(), ElementsAre("truncated", "GRP_CTRL", "GRP_CTRL", "GRP_CTRL"));
+}
+
 TEST_F(Following, AnOldFileThatIsCutWhileItIsReadIsReadFromItsFirstByte) {
   append(lines(1, 2));
   rotate(100);
