@@ -44,8 +44,10 @@ bool valgrindChecks() {
 
 void keep(void *released, size_t sizeClass) {
   auto *const block = static_cast<KeptBlock *>(released);
-  block->next = blockCache.first[sizeClass];
-  blockCache.first[sizeClass] = block;
+  BlockCache::Class &kept = blockCache.classes[sizeClass];
+  block->next = kept.first;
+  kept.first = block;
+  ++kept.count;
   blockCache.units += BlockCache::unitsOf(sizeClass);
 }
 
@@ -58,14 +60,16 @@ void keep(void *released, size_t sizeClass) {
 
 }  // namespace
 
+// Those of which most are kept go first: what is asked for again and again is never so many.
 void freeKeptBlocks(ptrdiff_t units) {
-  // Longer ones first: fewer to free, and less often asked for.
-  for (size_t c = BlockCache::numClasses; c-- > 0;) {
-    while (blockCache.units > units) {
-      void *const block = takeKept(c);
-      if (block == nullptr) break;
-      std::free(block);
-    }
+  while (blockCache.units > units) {
+    const auto unitsOfClass = [](size_t c) { return blockCache.classes[c].count * BlockCache::unitsOf(c); };
+    size_t largest = 0;
+    for (size_t c = 1; c < BlockCache::numClasses; ++c)
+      if (unitsOfClass(c) > unitsOfClass(largest)) largest = c;
+    do {
+      std::free(takeKept(largest));
+    } while (blockCache.units > units && blockCache.classes[largest].first != nullptr);
   }
 }
 

@@ -31,7 +31,11 @@ struct BlockCache {
   static constexpr ptrdiff_t usualMost = (1 << 20) / 16;
   static constexpr ptrdiff_t uttermost = (128 << 20) / 16;
 
-  KeptBlock *first[numClasses];
+  struct Class {
+    KeptBlock *first;
+    ptrdiff_t count;
+  };
+  Class classes[numClasses];
   ptrdiff_t units;  // that are kept
   ptrdiff_t most;   // with that many or more, nothing further is kept; 0 before anything has been released
   enum class State : unsigned char { unknown, inUse, unused } state;
@@ -49,9 +53,11 @@ constexpr size_t bytesForText(size_t length) {
 // A kept block of a class; null when there is none.
 inline void *takeKept(size_t sizeClass) {
   if (sizeClass >= BlockCache::numClasses) return nullptr;
-  KeptBlock *const block = blockCache.first[sizeClass];
+  BlockCache::Class &kept = blockCache.classes[sizeClass];
+  KeptBlock *const block = kept.first;
   if (block == nullptr) return nullptr;
-  blockCache.first[sizeClass] = block->next;
+  kept.first = block->next;
+  --kept.count;
   blockCache.units -= BlockCache::unitsOf(sizeClass);
   return block;
 }

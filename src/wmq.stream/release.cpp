@@ -13,22 +13,29 @@ void releaseFields(const RecordCodec &codec, void *log) {
 
 static void releaseRecord(eventRecord *record, Releaser how) {
   if (record == nullptr) return;
-  const KeepingAll all;
   const RecordCodec *codec = eventType(record->type).codec;
   if (codec != nullptr) codec->release(how, &record->eventLog);
 }
 
 void releaseAllButFigures(eventRecord *record) {
+  const KeepingAll all;
   for (const bool kept : {true, false}) releaseRecord(record, {.kept = kept, .leavesCounts = true});
 }
 
 }  // namespace wmq
 
-void freeLogRec(eventRecord *record) { wmq::releaseRecord(record, {.kept = false}); }
+void freeLogRec(eventRecord *record) {
+  const wmq::KeepingAll all;
+  wmq::releaseRecord(record, {.kept = false});
+}
 
-void wmq_freekept(eventRecord *record) { wmq::releaseRecord(record, {.kept = true}); }
+void wmq_freekept(eventRecord *record) {
+  const wmq::KeepingAll all;
+  wmq::releaseRecord(record, {.kept = true});
+}
 
 void wmq_freelogrec(eventRecord *record) {
-  freeLogRec(record);
+  const wmq::KeepingAll all;
+  wmq::releaseRecord(record, {.kept = false});
   wmq::giveBlock(record);
 }

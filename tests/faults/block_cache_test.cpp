@@ -143,6 +143,25 @@ TEST_F(KeptBlocks, BecomeFewerWithEachShortRecordUntilTheyAreFew) {
   });
 }
 
+// However many others were left by what was read before.
+TEST_F(KeptBlocks, AreThoseThatAreAskedForAgain) {
+  std::vector<void *> blocks(100'000);
+  onANewThread([&blocks] {
+    takeAndRelease(blocks);
+    const auto takeAndReleaseLong = [] {
+      void *const text = takeBlock(50);
+      void *const record = takeBlock(900);
+      const KeepingAll all;
+      giveBlock(text);
+      giveBlock(record);
+    };
+    for (int record = 0; record < 400; ++record) takeAndReleaseLong();
+    const FailingAllocation failing(1, FailingAllocation::failToo);
+    takeAndReleaseLong();
+    EXPECT_FALSE(failing.hasFailed());
+  });
+}
+
 TEST_F(KeptBlocks, AreBoundedHoweverLongARecordIs) {
   std::vector<void *> blocks(5'000'000);
   onANewThread([&blocks] {
