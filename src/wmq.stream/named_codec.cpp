@@ -44,8 +44,8 @@ bool takeString(Reader &io, const char *&text, size_t &length, char *&decoded) {
 // The name that is expected, where it stands here.
 bool takeExpected(PairReader &in, std::string_view name) {
   Reader &io = in.io;
-  const char *const closing = io.cursor + 1 + name.size();
   if (io.end - io.cursor < static_cast<ptrdiff_t>(name.size() + 3)) return false;
+  const char *const closing = io.cursor + 1 + name.size();
   if (*io.cursor != '"' || closing[0] != '"' || closing[1] != ' ') return false;
   if (!sameBytes(io.cursor + 1, name.data(), name.size())) return false;
   in.pair.name = io.cursor + 1;
