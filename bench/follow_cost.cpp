@@ -111,6 +111,7 @@ void measureMany(const std::string &path, int followers, int seconds) {
   const int last = seconds * kPerSecond;
   std::vector<std::atomic<int>> seen(static_cast<size_t>(followers));
   std::vector<std::thread> threads;
+  threads.reserve(seen.size());
   std::atomic<int> opened = 0;
   for (auto &mine : seen)
     threads.emplace_back([&] {

@@ -37,10 +37,10 @@ inline char *formatBelow100Million(char *out, uint32_t value) {
     return out + 1;
   }
   const uint64_t decimals = eightDecimals(value);
-  const int leadingZeros = std::countr_zero(decimals) / 8;
-  const uint64_t text = (decimals + zeros) >> 8 * leadingZeros;
+  const int leadingBits = std::countr_zero(decimals) & 0b111000;  // of whole bytes
+  const uint64_t text = (decimals + zeros) >> leadingBits;
   std::memcpy(out, &text, sizeof text);
-  return out + 8 - leadingZeros;
+  return out + 8 - leadingBits / 8;
 }
 
 char *formatUint64(char *out, uint64_t value) {

@@ -14,7 +14,7 @@ namespace wmq {
 
 // memset with 0. Compilers would make a slow loop of it where they know the size.
 inline void *clear(void *memory, size_t bytes) {
-  __asm__("" : "+r"(memory), "+r"(bytes));
+  __asm__("" : "+r"(bytes));
   return std::memset(memory, 0, bytes);
 }
 

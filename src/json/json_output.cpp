@@ -43,7 +43,8 @@ static std::size_t escape(char *out, unsigned char byte) {
 
 void OutputText::quote(const char *from, std::size_t bytes) {
   char *const at = room(bytes + 2);
-  if (at == nullptr || !copyPlain(at + 1, from, bytes)) return quoteWithEscapes(from, bytes);
+  if (at == nullptr) return;
+  if (!copyPlain(at + 1, from, bytes)) return quoteWithEscapes(from, bytes);
   at[0] = at[bytes + 1] = '"';
   size += bytes + 2;
 }

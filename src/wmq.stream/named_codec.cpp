@@ -397,8 +397,7 @@ void putHostUsage(PairWriter &io, int32_t count, const hostRusageEntry *entries,
 
 void putRangeGroup(PairWriter &io, int32_t count, const int32_t *start, const int32_t *end,
                    const int32_t *step) {
-  if (io.counting || !arrayGiven(io.out, count, start && end && step ? start : nullptr, "indexRangeStart"))
-    return;
+  if (io.counting || !rangesGiven(io.out, count, start, end, step)) return;
   for (int32_t i = 0; i < count; ++i) {
     putPair(io, "indexRangeStart", start[i]);
     putPair(io, "indexRangeEnd", end[i]);

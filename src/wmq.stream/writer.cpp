@@ -157,7 +157,7 @@ void putCompressedCount(Writer &io, int32_t count, char *const *hosts, const cha
 }
 
 void putUsage(Writer &io, const wmxRusage &usage) {
-  if (char *out = room(io, WMX_RUSAGE_VALUES * 32))
+  if (char *out = room(io, size_t{WMX_RUSAGE_VALUES} * 32))
     io.size = static_cast<size_t>(formatUsage(out, usage) - io.text);
 }
 
@@ -187,8 +187,13 @@ void putAffinity(Writer &io, const affinityAlloc *allocation, const char *field)
   std::free(text);
 }
 
+bool rangesGiven(Writer &io, int32_t count, const int32_t *start, const int32_t *end, const int32_t *step) {
+  return arrayGiven(io, count, start, "indexRangeStart") && arrayGiven(io, count, end, "indexRangeEnd") &&
+         arrayGiven(io, count, step, "indexRangeStep");
+}
+
 void putRanges(Writer &io, int32_t count, const int32_t *start, const int32_t *end, const int32_t *step) {
-  if (!arrayGiven(io, count, start && end && step ? start : nullptr, "indexRangeStart")) return;
+  if (!rangesGiven(io, count, start, end, step)) return;
   for (int32_t i = 0; i < count; ++i) {
     putInteger(io, start[i]);
     putInteger(io, end[i]);

@@ -58,6 +58,7 @@ void putRanges(Writer &io, int32_t count, const int32_t *start, const int32_t *e
 void putLimits(Writer &io, const int32_t *limits, int from, int to, bool converted);
 bool arrayGiven(Writer &io, int64_t count, const void *array,
                 const char *field);  // fails for count without array
+bool rangesGiven(Writer &io, int32_t count, const int32_t *start, const int32_t *end, const int32_t *step);
 
 // ----------------------------------------------------------------------- verbs
 
