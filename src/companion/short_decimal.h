@@ -17,12 +17,17 @@ template <class Real>
 char *formatShort(char *out, Real value) {
   static_assert(std::numeric_limits<Real>::digits10 == 15 || std::numeric_limits<Real>::digits10 == 6);
   constexpr Real tooMany = std::numeric_limits<Real>::digits10 == 15 ? Real(1e15) : Real(1e6);
+  const bool negative = std::signbit(value);
+  if (value == 0 && !negative) {  // most of all
+    *out = '0';
+    return out + 1;
+  }
   const Real magnitude = std::fabs(value);
   if (!(magnitude * 1000 < tooMany)) return nullptr;
   const auto thousandths = static_cast<uint64_t>(magnitude * 1000 + Real(0.5));
   if (static_cast<Real>(thousandths) / 1000 != magnitude) return nullptr;
 
-  if (std::signbit(value)) *out++ = '-';
+  if (negative) *out++ = '-';
   out = std::to_chars(out, out + 20, thousandths / 1000).ptr;
   const auto places = static_cast<unsigned>(thousandths % 1000);
   if (places == 0) return out;

@@ -79,52 +79,52 @@ char *shortest(char *first, char *last, T value) {
     }
     constexpr T exact = static_cast<T>(std::uint64_t{1} << std::numeric_limits<T>::digits);
     if (std::fabs(value) > exact) return std::to_chars(first, last, value, std::chars_format::scientific).ptr;
+  } else if (value >= 0 && value < 10) {
+    *first = static_cast<char>('0' + value);
+    return first + 1;
   }
   return std::to_chars(first, last, value).ptr;
 }
 
-// Objects and arrays on one line.
+// Objects and arrays on one line. Each value has a comma behind it, which a closing bracket replaces: what is
+// written does not depend on what was written before.
 struct OnOneLine {
   OutputText &out;
-  bool first = true;  // no comma before the next value
 
   explicit OnOneLine(OutputText &where) : out(where) {}
 
-  void StartObject() { open('{'); }
+  void StartObject() { out.Put('{'); }
   void EndObject() { close('}'); }
-  void StartArray() { open('['); }
+  void StartArray() { out.Put('['); }
   void EndArray() { close(']'); }
 
   // Of a member of a structure: nothing in it needs to be escaped.
   void name(std::string_view member) {
-    char *at = out.room(member.size() + 4);
+    char *const at = out.room(member.size() + 3);
     if (at == nullptr) return;
-    char *const begin = at;
-    if (!first) *at++ = ',';
-    *at++ = '"';
-    copyBytes(at, member.data(), member.size());
-    at += member.size();
-    *at++ = '"';
-    *at++ = ':';
-    out.size += static_cast<std::size_t>(at - begin);
-    first = true;
+    at[0] = '"';
+    copyBytes(at + 1, member.data(), member.size());
+    std::memcpy(at + 1 + member.size(), "\":", 2);
+    out.size += member.size() + 3;
   }
 
-  // What stands before a value.
-  void separate() {
-    if (!first) out.Put(',');
-    first = false;
+  static void begin() {}
+  static char *end(char *at) {
+    *at = ',';
+    return at + 1;
+  }
+  void finish() {
+    if (!out.failed) out.text[out.size - 1] = '\0';
   }
 
  private:
-  void open(char bracket) {
-    separate();
-    out.Put(bracket);
-    first = true;
-  }
   void close(char bracket) {
-    out.Put(bracket);
-    first = false;
+    char *const at = out.room(2);
+    if (at == nullptr) return;
+    char *const last = at[-1] == ',' ? at - 1 : at;
+    last[0] = bracket;
+    last[1] = ',';
+    out.size += static_cast<std::size_t>(last + 2 - at);
   }
 };
 
@@ -136,30 +136,35 @@ struct Indented : LevelMemory,
   explicit Indented(OutputText &where) : PrettyWriter(where, this, levels), out(where) { SetIndent(' ', 2); }
 
   void name(std::string_view member) {
-    separate();
+    begin();
     out.quote(member.data(), member.size());
   }
 
   // An empty raw value gives the separators and the indentation that belong before the text.
-  void separate() { RawValue("", 0, rapidjson::kStringType); }
+  void begin() { RawValue("", 0, rapidjson::kStringType); }
+  static char *end(char *at) { return at; }
+  void finish() { out.Put('\0'); }
 };
 
-// With the values that records have.
+// With the values that records have. `begin` and `end` say what their place asks for.
 template <typename Punctuation>
 struct TextWriter : Punctuation {
   using Punctuation::out;
   using Punctuation::Punctuation;
 
   void text(const char *from, std::size_t bytes) {
-    Punctuation::separate();
+    Punctuation::begin();
     out.quote(from, bytes);
+    ended();
   }
-  void text(const char *from) { text(from, std::strlen(from)); }
+  void text(const char *from) {
+    if (*from == '\0')  // half of all
+      plain("\"\"");
+    else
+      text(from, std::strlen(from));
+  }
 
-  void null() {
-    Punctuation::separate();
-    out.append("null", 4);
-  }
+  void null() { plain("null"); }
 
   // The shortest decimal that reads back to the same value of this very type.
   template <typename T>
@@ -170,11 +175,25 @@ struct TextWriter : Punctuation {
         return;
       }
     }
-    Punctuation::separate();
+    Punctuation::begin();
     constexpr std::size_t longest = 32;
-    char *const digits = out.room(longest);
-    if (digits == nullptr) return;
-    out.size += static_cast<std::size_t>(shortest(digits, digits + longest, value) - digits);
+    if (char *const digits = out.room(longest + 1))
+      out.size +=
+          static_cast<std::size_t>(Punctuation::end(shortest(digits, digits + longest, value)) - digits);
+  }
+
+ private:
+  template <std::size_t Size>
+  void plain(const char (&value)[Size]) {
+    Punctuation::begin();
+    char *const at = out.room(Size);
+    if (at == nullptr) return;
+    std::memcpy(at, value, Size - 1);
+    out.size += static_cast<std::size_t>(Punctuation::end(at + Size - 1) - at);
+  }
+
+  void ended() {
+    if (char *const at = out.room(1)) out.size += static_cast<std::size_t>(Punctuation::end(at) - at);
   }
 };
 

@@ -58,13 +58,24 @@ static void writeString(Writer &writer, const char *at) {
     writer.null();
 }
 
-// The member itself, or one element of an array.
 template <typename Writer>
-static bool writeValue(Writer &writer, const wmqField &field, const char *at) {
+static bool writeRareValue(Writer &writer, const wmqField &field, const char *at);
+
+// The member itself, or one element of an array. Nearly all are of the two kinds that are looked at in place.
+template <typename Writer>
+inline bool writeValue(Writer &writer, const wmqField &field, const char *at) {
+  if (field.kind == WMQ_KIND_STRING)
+    writeString(writer, at);
+  else if (field.kind == WMQ_KIND_INT32)
+    writer.number(load<std::int32_t>(at));
+  else
+    return writeRareValue(writer, field, at);
+  return true;
+}
+
+template <typename Writer>
+static bool writeRareValue(Writer &writer, const wmqField &field, const char *at) {
   switch (field.kind) {
-    case WMQ_KIND_INT32:
-      writer.number(load<std::int32_t>(at));
-      return true;
     case WMQ_KIND_INT64:
       writer.number(load<std::int64_t>(at));
       return true;
@@ -73,9 +84,6 @@ static bool writeValue(Writer &writer, const wmqField &field, const char *at) {
       return true;
     case WMQ_KIND_DOUBLE:
       writer.number(load<double>(at));
-      return true;
-    case WMQ_KIND_STRING:
-      writeString(writer, at);
       return true;
     case WMQ_KIND_CHARS:
       writer.text(at, strnlen(at, field.size));
@@ -91,8 +99,10 @@ static bool writeValue(Writer &writer, const wmqField &field, const char *at) {
     case WMQ_KIND_AFFINITY:
       return writeOwned<affinityAlloc>(
           writer, at, [&](const auto &allocation) { return writeAffinity(writer, allocation); });
-    case WMQ_KIND_NETWORK:
-      break;  // only whole arrays of these have a form
+    case WMQ_KIND_INT32:
+    case WMQ_KIND_STRING:
+    case WMQ_KIND_NETWORK:  // only whole arrays of these have a form
+      break;
   }
   writer.null();
   return true;
@@ -108,9 +118,17 @@ static bool writeArray(Writer &writer, const wmqField &field, const char *elemen
 }
 
 template <typename Writer>
+static bool writeElements(Writer &writer, const wmqField &field, const char *base);
+
+template <typename Writer>
 static bool writeField(Writer &writer, const wmqField &field, const char *base) {
+  if (field.shape == WMQ_SHAPE_ONE) return writeValue(writer, field, base + field.offset);
+  return writeElements(writer, field, base);
+}
+
+template <typename Writer>
+static bool writeElements(Writer &writer, const wmqField &field, const char *base) {
   const char *at = base + field.offset;
-  if (field.shape == WMQ_SHAPE_ONE) return writeValue(writer, field, at);
   if (field.shape == WMQ_SHAPE_FIXED)
     return writeArray(writer, field, at, static_cast<std::int64_t>(field.length));
 

@@ -22,7 +22,7 @@ static bool writeRecord(Writer &writer, const eventRecord &record, const wmqLayo
   writer.name("eventLog");
   if (!writeLayout(writer, layout, &record.eventLog)) return false;
   writer.EndObject();
-  writer.out.Put('\0');
+  writer.finish();
   return !writer.out.failed;
 }
 
