@@ -52,7 +52,7 @@ std::string textOf(const affinityAlloc *allocation) {
   return result;
 }
 
-std::string textOf(Hosts hosts) {
+std::string textOf(Hosts &&hosts) {
   std::vector<affinityHost> entries;
   for (auto &[name, cpus] : hosts)
     entries.push_back({name.data(), static_cast<int32_t>(cpus.size()), cpus.data()});
@@ -133,7 +133,7 @@ RC_GTEST_PROP(AffinityText, ReadsBackToTheSameAllocation, ()) {
     const std::set<int32_t> cpus(drawn.begin(), drawn.end());
     hosts.emplace_back(name, std::vector(cpus.begin(), cpus.end()));
   }
-  RC_ASSERT(hostsIn(textOf(hosts)) == hosts);
+  RC_ASSERT(hostsIn(textOf(Hosts(hosts))) == hosts);
 }
 
 }  // namespace

@@ -26,7 +26,7 @@ Networks networksIn(const std::string &text) {
   return networks;
 }
 
-std::string textOf(Networks networks) {
+std::string textOf(Networks &&networks) {
   std::vector<networkAlloc> allocations;
   for (auto &[name, windows] : networks) allocations.push_back({name.data(), windows});
   char *const text = getNetworkAllocAsString(static_cast<int32_t>(allocations.size()), allocations.data());
@@ -83,7 +83,7 @@ TEST(NetworkAllocation, IsWrittenWithoutAMissingName) {
 RC_GTEST_PROP(NetworkText, ReadsBackToTheSameAllocations, ()) {
   const auto networks = *rc::gen::nonEmpty(rc::gen::container<Networks>(rc::gen::pair(
       rc::gen::element<std::string>("ib0", "", "a=b", "=", "x y"), rc::gen::arbitrary<int32_t>())));
-  RC_ASSERT(networksIn(textOf(networks)) == networks);
+  RC_ASSERT(networksIn(textOf(Networks(networks))) == networks);
 }
 
 }  // namespace

@@ -333,7 +333,7 @@ TEST_P(AKilledWriter, LeavesOneTornLineOfABatchWhateverTheByte) {
   const Work work{.inBatches = true};
   size_t length = 0;
   for (int number = 1; number < work.writesPerRound; ++number) length += line(number).size();
-  for (size_t taken = 1; taken < length && !HasFailure(); taken += 17 * kStep) {
+  for (size_t taken = 1; taken < length && !HasFailure(); taken += 17UL * kStep) {
     SCOPED_TRACE("killed after byte " + std::to_string(taken));
     expectNothingLost(work, [&] { killInWrite(work, 1, taken); });
     EXPECT_EQ(content().find(line(work.writesPerRound)), std::string::npos) << "nothing comes later";
