@@ -113,7 +113,7 @@ struct OnOneLine {
     *at = ',';
     return at + 1;
   }
-  void finish() {
+  void finish() {  // behind the outermost value: ends the text
     if (!out.failed) out.text[out.size - 1] = '\0';
   }
 

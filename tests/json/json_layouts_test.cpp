@@ -18,7 +18,8 @@ std::string written(const Specimen &specimen) {
   OutputText out{nullptr, 0};
   Writer writer(out);
   EXPECT_TRUE(writeLayout(writer, specimenLayout(), &specimen));
-  std::string text(out.text, out.size);
+  writer.finish();
+  std::string text(out.text);
   std::free(out.text);
   return text;
 }

@@ -273,9 +273,11 @@ TEST(JobStatus, RefusesACountOfRangesThatNoLineCanHold) {
 TEST_F(JobStatusWriting, FailsForRangesWithoutArrays) {
   int32_t numbers[] = {1};
   log.indexRangeCnt = 1;
-  log.indexRangeStart = numbers;
-  log.indexRangeEnd = numbers;
   EXPECT_EQ(faultOf(record), (Fault{WMQE_SYS, "indexRangeStart"}));
+  log.indexRangeStart = numbers;
+  EXPECT_EQ(faultOf(record), (Fault{WMQE_SYS, "indexRangeEnd"}));
+  log.indexRangeEnd = numbers;
+  EXPECT_EQ(faultOf(record), (Fault{WMQE_SYS, "indexRangeStep"}));
   log.indexRangeStep = numbers;
   EXPECT_EQ(faultOf(record), Fault{});
 }
