@@ -27,7 +27,10 @@ uint64_t middleOf(size_t number) {
 
 void countIn(std::vector<uint64_t> &classes, uint64_t sample) {
   size_t number = classOf(sample);
-  if (number >= classes.size()) classes.resize(number + 1);
+  if (number >= classes.size()) {
+    classes.reserve((number / classesPerPower + 1) * classesPerPower);
+    classes.resize(number + 1);
+  }
   ++classes[number];
 }
 
@@ -35,14 +38,13 @@ void countIn(std::vector<uint64_t> &classes, uint64_t sample) {
 
 void Quantiles::add(uint64_t sample) {
   ++numSamples;
-  if (!classes.empty()) {
-    countIn(classes, sample);
+  if (isExact() && samples.size() < exactSamples && sample <= UINT32_MAX) {
+    samples.push_back(static_cast<uint32_t>(sample));
     return;
   }
-  samples.push_back(sample);
-  if (samples.size() <= exactSamples) return;
-  for (uint64_t earlier : samples) countIn(classes, earlier);
-  samples = {};
+  for (uint32_t earlier : samples) countIn(classes, earlier);
+  samples = std::vector<uint32_t>();  // an empty list would keep the memory
+  countIn(classes, sample);
 }
 
 bool Quantiles::isExact(uint64_t quantile) const { return isExact() || quantile < 2 * classesPerPower; }
@@ -52,7 +54,7 @@ uint64_t Quantiles::at(double share) const {
   auto rank = static_cast<uint64_t>(std::ceil(share * static_cast<double>(numSamples)));
   rank = std::clamp<uint64_t>(rank, 1, numSamples);
   if (isExact()) {
-    std::vector<uint64_t> sorted = samples;
+    std::vector<uint32_t> sorted = samples;
     auto wanted = sorted.begin() + static_cast<std::ptrdiff_t>(rank - 1);
     std::nth_element(sorted.begin(), wanted, sorted.end());
     return *wanted;

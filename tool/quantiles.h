@@ -8,9 +8,9 @@
 
 namespace wmq::tool {
 
-// Exact up to 4096 samples. Beyond, samples are counted in classes whose width is at most 1/128 of their
-// lower end, and a quantile is the middle of its class: exact below 256, within 0.4 % above. At most 64 KB
-// are taken, whatever comes.
+// Exact up to 4096 samples below 2^32. Beyond, samples are counted in classes whose width is at most 1/128 of
+// their lower end, and a quantile is the middle of its class: exact below 256, within 0.4 % above. At most
+// 64 KB are taken, whatever comes, and 16 KB as long as it is exact.
 class Quantiles {
  public:
   static constexpr size_t exactSamples = 4096;
@@ -29,7 +29,7 @@ class Quantiles {
 
  private:
   uint64_t numSamples = 0;
-  std::vector<uint64_t> samples;  // as long as they are few
+  std::vector<uint32_t> samples;  // as long as they are few
   std::vector<uint64_t> classes;  // number of samples in each class, once they are many
 };
 

@@ -51,6 +51,18 @@ TEST(QuantilesOfFewSamples, AreExactUpToTheLimit) {
   EXPECT_EQ(quantiles.at(0.95), trueQuantile(samples, 0.95));
 }
 
+TEST(QuantilesOfFewSamples, AreExactBelowTheLargestThatIsKept) {
+  constexpr uint64_t largest = UINT32_MAX;
+  Quantiles quantiles = quantilesOf({1, largest});
+  EXPECT_TRUE(quantiles.isExact());
+  EXPECT_EQ(quantiles.at(1), largest);
+  quantiles.add(largest + 1);
+  EXPECT_FALSE(quantiles.isExact());
+  EXPECT_EQ(quantiles.count(), 3U);
+  EXPECT_EQ(quantiles.at(0.3), 1U);
+  EXPECT_NEAR(static_cast<double>(quantiles.at(1)), static_cast<double>(largest), 0.004 * largest);
+}
+
 TEST(QuantilesOfManySamples, AreAsCloseAsPromised) {
   std::vector<uint64_t> samples = manySamples(100000);
   Quantiles quantiles = quantilesOf(samples);
