@@ -39,6 +39,8 @@ void countIn(std::vector<uint64_t> &classes, uint64_t sample) {
 void Quantiles::add(uint64_t sample) {
   ++numSamples;
   if (isExact() && samples.size() < exactSamples && sample <= UINT32_MAX) {
+    // There are as many of these as users: half of the room in them would be most of what a run takes.
+    if (samples.size() == samples.capacity()) samples.reserve(samples.size() + samples.size() / 8 + 4);
     samples.push_back(static_cast<uint32_t>(sample));
     return;
   }
