@@ -19,7 +19,6 @@ namespace {
 
 using ::testing::AnyOf;
 using ::testing::ElementsAre;
-using ::testing::ElementsAreArray;
 using ::testing::IsSupersetOf;
 
 class EverySystemCall : public SideStreamTest, public ::testing::WithParamInterface<const SideOperations *> {

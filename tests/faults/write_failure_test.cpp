@@ -19,7 +19,6 @@ namespace wmq::testing {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::StartsWith;
 
 // The disk is full under the open stream, for as long as it stands.
 class FullDisk {

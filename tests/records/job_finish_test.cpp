@@ -16,8 +16,6 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::Not;
 using ::testing::StartsWith;
 
 const Fields kFinish = {{"jobId", "3001"},

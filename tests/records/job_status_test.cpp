@@ -15,9 +15,6 @@ namespace wmq::testing {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::Not;
-using ::testing::StrEq;
 
 const Fields kStatus = {{"jobId", "101"},
                         {"jStatus", "64"},

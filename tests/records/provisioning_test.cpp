@@ -13,7 +13,6 @@ namespace wmq::testing {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using wmq::test::resultOnAFullDevice;
 

@@ -12,7 +12,6 @@
 namespace wmq::testing {
 namespace {
 
-using ::testing::Each;
 using ::testing::ElementsAre;
 
 // ------------------------------------------------------------------------------ UNFULFILL

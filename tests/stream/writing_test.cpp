@@ -10,7 +10,6 @@ namespace wmq::testing {
 namespace {
 
 using ::testing::EndsWith;
-using ::testing::Not;
 using ::testing::StartsWith;
 
 std::string headerOf(const ExpectedType &type) {
