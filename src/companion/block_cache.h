@@ -75,8 +75,8 @@ void freeKeptBlocks(ptrdiff_t units = 0);
 
 // While it lives the thread keeps every short block that it releases: it surrounds the release of a record.
 // Afterwards the thread keeps 1 MiB, or as much as it released meanwhile if that is more, up to 128 MiB. Of
-// what lies above 1 MiB each further record gives back a 64th: long records are seldom alone, and none counts
-// for ever.
+// what lies above 1 MiB each further record gives back a 1,024th: long records are seldom alone, and none
+// counts for ever.
 class KeepingAll {
  public:
   KeepingAll() : unitsBefore(blockCache.units), mostBefore(blockCache.most) {
@@ -85,7 +85,7 @@ class KeepingAll {
   ~KeepingAll() {
     if (blockCache.most == 0) return;
     const ptrdiff_t released = blockCache.units - unitsBefore;
-    blockCache.most = std::max({BlockCache::usualMost, released, mostBefore - mostBefore / 64});
+    blockCache.most = std::max({BlockCache::usualMost, released, mostBefore - mostBefore / 1024});
     if (blockCache.units > blockCache.most) freeKeptBlocks(blockCache.most);
   }
   KeepingAll(const KeepingAll &) = delete;

@@ -51,6 +51,14 @@ struct OutputText {
     size += bytes;
   }
 
+  // What was written last, `bytes` of it, once more.
+  void repeat(std::size_t bytes) {
+    char *const at = room(bytes);
+    if (at == nullptr) return;
+    copyBytes(at, at - bytes, bytes);
+    size += bytes;
+  }
+
   // The text between double quotes, with what JSON wants escaped; a byte that is not part of well-formed
   // UTF-8 as the lone surrogate U+DC00 plus the byte.
   void quote(const char *from, std::size_t bytes);
@@ -89,6 +97,7 @@ char *shortest(char *first, char *last, T value) {
 // Objects and arrays on one line. Each value has a comma behind it, which a closing bracket replaces: what is
 // written does not depend on what was written before.
 struct OnOneLine {
+  static constexpr bool equalsLookAlike = true;  // equal values, wherever they stand
   OutputText &out;
 
   explicit OnOneLine(OutputText &where) : out(where) {}
@@ -131,6 +140,7 @@ struct OnOneLine {
 // And over several lines, as RapidJSON indents them.
 struct Indented : LevelMemory,
                   rapidjson::PrettyWriter<OutputText, rapidjson::UTF8<>, rapidjson::UTF8<>, LevelMemory> {
+  static constexpr bool equalsLookAlike = false;
   OutputText &out;
 
   explicit Indented(OutputText &where) : PrettyWriter(where, this, levels), out(where) { SetIndent(' ', 2); }

@@ -108,13 +108,36 @@ static bool writeRareValue(Writer &writer, const wmqField &field, const char *at
   return true;
 }
 
+// Host lists name a host once for each of its processors: a text that equals the one before is copied.
+template <typename Writer>
+static void writeStrings(Writer &writer, const char *elements, std::int64_t count) {
+  const char *before = nullptr;
+  std::size_t length = 0;  // of `before` as it was written
+  for (std::int64_t i = 0; i < count; ++i, elements += sizeof before) {
+    const char *const text = load<const char *>(elements);
+    if (Writer::equalsLookAlike && text != nullptr && before != nullptr && std::strcmp(text, before) == 0) {
+      writer.out.repeat(length);
+      continue;
+    }
+    const std::size_t begin = writer.out.size;
+    writeString(writer, elements);
+    length = writer.out.size - begin;
+    before = text;
+  }
+}
+
 template <typename Writer>
 static bool writeArray(Writer &writer, const wmqField &field, const char *elements, std::int64_t count) {
   writer.StartArray();
-  for (std::int64_t i = 0; i < count; ++i, elements += field.size)
-    if (!writeValue(writer, field, elements)) return false;
+  bool written = true;
+  if (field.kind == WMQ_KIND_STRING) {
+    writeStrings(writer, elements, count);
+  } else {
+    for (std::int64_t i = 0; written && i < count; ++i, elements += field.size)
+      written = writeValue(writer, field, elements);
+  }
   writer.EndArray();
-  return true;
+  return written;
 }
 
 template <typename Writer>

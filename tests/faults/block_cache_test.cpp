@@ -131,15 +131,15 @@ TEST_F(KeptBlocks, BecomeFewerWithEachShortRecordUntilTheyAreFew) {
     const int before = allocationsLeft();
     takeAndRelease(blocks);
     int left = allocationsLeft() - before;
-    for (int record = 0; record < 64; ++record) {
+    for (int record = 0; record < 1024; ++record) {
       takeAndRelease({blocks.data(), 1});
       const int leftNow = allocationsLeft() - before;
       EXPECT_LE(leftNow, left);
-      EXPECT_GE(leftNow, left - left / 32);
+      EXPECT_GE(leftNow, left - left / 512);
       left = leftNow;
     }
     EXPECT_LE(left, 40'000);
-    for (int record = 0; record < 64; ++record) takeAndRelease({blocks.data(), 1});
+    for (int record = 0; record < 1024; ++record) takeAndRelease({blocks.data(), 1});
     EXPECT_EQ(allocationsLeft() - before, (1 << 20) / 32);
   });
 }

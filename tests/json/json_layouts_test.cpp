@@ -105,6 +105,23 @@ TEST(JsonLayouts, ShowEveryMemberOnceInTheOrderOfTheLayout) {
   EXPECT_EQ(toJson(Specimen{}), empty);
 }
 
+TEST(JsonLayouts, ShowTextsThatEqualTheOneBeforeThem) {
+  std::vector<std::string> members = membersOf(rich);
+  const auto numTexts = std::find(members.begin(), members.end(), R"("numTexts":3)");
+  ASSERT_NE(numTexts, members.end());
+  const std::string longText(300, 'l');
+  numTexts[0] = R"("numTexts":13)";
+  numTexts[1] = R"("texts":["a","a","a",null,"a",null,null,"","","q\"","q\"",")" + longText + R"(",")" +
+                longText + R"("])";
+  const std::string json = objectOf(members);
+  const FromJson from(json);
+  ASSERT_TRUE(from.read) << from.fault;
+  EXPECT_EQ(toJson(from.specimen), json);
+  const FromJson indented(written<IndentingWriter>(from.specimen));
+  ASSERT_TRUE(indented.read) << indented.fault;
+  EXPECT_EQ(toJson(indented.specimen), json);
+}
+
 TEST(JsonLayouts, FillTheStructure) {
   const FromJson from(rich);
   ASSERT_TRUE(from.read) << from.fault;
