@@ -10,8 +10,6 @@
 #include <cstdlib>
 #include <cstring>
 
-extern char **environ;
-
 namespace wmq::tool {
 
 namespace {

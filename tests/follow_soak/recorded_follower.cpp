@@ -17,8 +17,6 @@
 #include "support/small_records.h"
 #include "support/text_files.h"
 
-extern char **environ;
-
 namespace wmq::testing {
 namespace {
 
