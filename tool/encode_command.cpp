@@ -61,7 +61,9 @@ void addEncodeCommand(CLI::App &program, Run &run) {
       "\n"
       "  FILE:LINE: error NUMBER NAME: what is wrong\n"
       "\n"
-      "nothing is written for it and the next one goes on; the exit status is 1 then.\n"
+      "and the next one goes on; the exit status is 1 then. On standard output nothing\n"
+      "stands for it. In a stream file (-o) the beginning of a line that failed midway\n"
+      "may stand, and the next record goes on behind it.\n"
       "The status stream carries JOB_STATUS2 records, the pending-reasons stream\n"
       "JOB_PENDING_REASONS records; each drops most others without a word.");
   command->add_option("FILE", options->files);

@@ -311,7 +311,8 @@ void addFollowCommand(CLI::App &program, Run &run) {
       "\n"
       "  FILE: byte OFFSET: KIND: what is the matter\n"
       "\n"
-      "and the exit status is 1 then. SIGTERM and SIGINT end it in good order.");
+      "and the exit status is 1 then, but for an END_OF_STREAM in the middle of a file,\n"
+      "at which nothing is missing. SIGTERM and SIGINT end it in good order.");
   addStreamPath(*command, options->path);
   command
       ->add_option("--from", options->from,
@@ -320,8 +321,8 @@ void addFollowCommand(CLI::App &program, Run &run) {
       ->type_name("oldest|start|end|POSITION");
   CLI::Option *state = command->add_option(
       "--state", options->state,
-      "keep the position in this file, and go on there when it exists; what was printed before the position "
-      "was saved is printed again");
+      "keep the position in this file (by way of FILE.new), and go on there when it exists, whatever --from "
+      "says; what was printed before the position was saved is printed again");
   state->type_name("FILE");
   refuseEmpty(*state, "file name");
   addListOption(*command, "--type", options->typeLists, "T,...",
@@ -347,12 +348,15 @@ void addFollowCommand(CLI::App &program, Run &run) {
       ->check(secondsProblem);
   CLI::Option *exec = command->add_option(
       "--exec", options->command,
-      "run this by the shell for each record, with the record on its standard input and the position behind "
+      "run this by the shell for each record (and notice), with it on its standard input and the position behind "
       "it in WMQ_POSITION, instead of printing; a failure ends following, with the position before the "
       "record, and a signal ends it behind the command");
   exec->type_name("CMD");
   refuseEmpty(*exec, "command");
   command->footer(
+      "TIME is a number of seconds since 1970-01-01T00:00:00Z, or ISO 8601 with a\n"
+      "zone: 2023-11-14T22:13:20Z, 2023-11-14T23:13+01:00.\n"
+      "\n"
       "Examples:\n"
       "  wmq follow --type JOB_FINISH --state finished.state stream | accounting\n"
       "  wmq follow --from oldest --until-idle 0 stream | jq .eventTime\n"

@@ -120,20 +120,23 @@ WMQ_API int32_t wmq_typecode(const char *name);
 // ------------------------------------------------------------ error numbers
 
 enum {
-  WMQE_BAD_ARG = 35,        // a required argument is null
+  WMQE_BAD_ARG = 35,        // a required argument is null or empty, or what it needs is not open
   WMQE_BAD_EVENT = 45,      // no such event type: unknown name when reading, unnamed code when writing
   WMQE_BAD_FORMAT = 46,     // the line, or a field of it, is missing or malformed
   WMQE_EOF = 47,            // no further line can be read
   WMQE_NO_USER = 53,        // a user's name could not be obtained from the user id
-  WMQE_SYS = 54,            // a file operation failed; errno tells which way
-  WMQE_NO_MEM = 55,         // memory could not be obtained
+  WMQE_SYS = 54,            // a file operation failed (errno), or a record cannot be written (wmq_errdetail)
+  WMQE_NO_MEM = 55,         // memory could not be obtained; also a count on a line that cannot be true
   WMCE_NO_MEM = 98,         // the base library's out-of-memory number (`wmc_errno`; JOB_FINISH reading too)
   WMQE_FILES_REMOVED = 743  // not a failure: a rotation removed old files, the write itself succeeded
 };
 
-// Reason of the last failure on this thread, one of the numbers above. Operations set it when they fail
-// and never clear it on entry; layout functions that end well set it to 0. Assign 0 before a call when the
-// value afterwards is to be trusted (the header-only types succeed only if it was 0).
+// Reason of the last failure on this thread, one of the numbers above. Operations set it when they fail, and
+// never clear it on entry. A record with fields that is parsed, written or formatted, a record that a stream
+// drops, and wmq_checkline set it to 0 when all goes well; wmq_follownext leaves 0, or the number of the bad
+// line, behind what it gives. All else leaves it as it was; functions that return a number (readJobStatus and
+// the like) never touch it. Assign 0 before a call when the value afterwards is to be trusted (the
+// header-only types succeed only if it was 0).
 extern WMQ_API WMQ_THREAD_LOCAL int wmq_errno;
 
 // Constant name of an error number, such as "WMQE_BAD_FORMAT"; "0" for 0, "unknown" for any other.
@@ -145,7 +148,9 @@ WMQ_API const char *wmq_strerror(int number);
 
 // What exactly the last failed reading or writing of a record on this thread stumbled over: type name,
 // field, byte position in the line (from 0) and what was expected there. "" when nothing has failed yet. The
-// text belongs to the library and stands until the next failure on this thread.
+// text belongs to the library and stands until the next failure on this thread. Failures of files and null
+// arguments are not told here: the text is that of an earlier failure then. wmq_firstrecord and
+// wmq_follownext, which try to parse, may change it also when they succeed.
 WMQ_API const char *wmq_errdetail(void);
 
 #ifdef __cplusplus

@@ -42,10 +42,12 @@ typedef struct wmqFollowParams {
 // Begins to follow. The strings of `params` are needed only for the call. The current file need not exist
 // yet; its directory must.
 // Returns the follower, or null with wmq_errno
-//   WMQE_BAD_ARG     `params`, its path or the position needed is null, or `from` is none of the above
+//   WMQE_BAD_ARG     `params` or the position needed is null, its path is null or empty, or `from` is none of
+//                    the above
 //   WMQE_BAD_FORMAT  the position is none that wmq_followposition gave
 //   WMQE_SYS         the directory, or a file, cannot be read (errno tells: EISDIR for a directory, EINVAL
-//                    for whatever else is no regular file)
+//                    for whatever else is no regular file), or the files change faster than they can be
+//                    listed (EBUSY)
 //   WMQE_NO_MEM      no memory
 WMQ_API wmqFollower *wmq_followopen(const struct wmqFollowParams *params);
 
@@ -89,7 +91,9 @@ typedef struct wmqFollowDetail {
   int32_t kind;        // WMQ_FOLLOW_..., what wmq_follownext returned
   int32_t notice;      // WMQ_NOTICE_..., 0 for all but WMQ_FOLLOW_NOTICE
   const char *file;    // the file's name as it is now known; of a rotation, a gap: the one that begins
-  int64_t offset;      // of the record, the line or the torn part: its first byte in the file
+  int64_t offset;      // of the record, the line or the torn part: its first byte in the file. Of
+                       // WMQ_NOTICE_END_IN_MIDDLE the byte behind the END_OF_STREAM line; of
+                       // WMQ_NOTICE_TRUNCATED how far the file had been read, or 0; else 0
   int64_t length;      // its bytes, the line end included if it has one
   const char *text;    // its bytes without the line end, and a NUL behind them; "" where there is none
   int64_t textLength;  // of `text`, which may hold NULs where a disk has lost what it was given
@@ -98,9 +102,11 @@ typedef struct wmqFollowDetail {
                        // that leaves its line open; its last number may have been cut
   int32_t error;       // WMQ_FOLLOW_LINE: the number with which parsing ended, as in wmq_errno
   const char *reason;  // in words: what is wrong with the line, what the notice says; else ""
-  const char *missingFiles;  // of a gap: names of files that are gone, one on each line; "" when not known
+  const char
+      *missingFiles;     // of a gap: names of files that are gone, one on each line; "" when not known. Of
+                         // WMQ_NOTICE_TRUNCATED the old file of the position, if it was one
   int64_t missingBytes;  // of a gap: their bytes that were not read; -1 when that cannot be known, and then
-                         // there may be more files than those named
+                         // there may be more files than those named; -1 of WMQ_NOTICE_TRUNCATED
 } wmqFollowDetail;
 
 // Never null. It belongs to the follower and stands until the next call with it.
@@ -177,7 +183,8 @@ typedef struct wmqStreamFile {
 
 // Lists the files of the stream whose current file is `path`, in the order of writing: old ones
 // ("PATH.NUMBER", regular ones) by their numbers, then the current one if it is there, as they stood at one
-// moment.
+// moment. Numbers above 2147483645 are none of old files here. A stream without any file gives an array of 0
+// elements, which is not null.
 // Returns an array of `*count` elements in one piece of memory with the paths, which the caller frees with
 // free(); or null with wmq_errno
 //   WMQE_BAD_ARG  `path` is null or empty, or `count` is null

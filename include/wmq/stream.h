@@ -34,8 +34,9 @@ typedef struct streamParams {
   char *pendingReasonsFileName;  // path of the pending-reasons stream; null: "/tmp/wmq.pendingreasons"
 } streamParams;
 
-// Opens the event stream for appending and reading, creating the file with permissions 0644. With a stream
-// already open this changes nothing and succeeds. Give a path with a directory part ("./NAME"): old files of
+// Opens the event stream for appending and reading, creating the file if need be, and sets its permissions to
+// 0644 in any case (EPERM when it is another user's). With a stream already open this changes nothing and
+// succeeds. Give a path with a directory part ("./NAME"): old files of
 // a bare name are neither counted nor removed.
 // Returns 0, or -1 with wmq_errno WMQE_BAD_ARG (null params), WMQE_NO_MEM or WMQE_SYS (errno tells).
 WMQ_API int wmq_openstream(const struct streamParams *params);
@@ -55,8 +56,11 @@ WMQ_API const char *wmq_streamversion(void);
 // failure:
 //   no open stream                     wmq_errno unchanged
 //   WMQE_BAD_EVENT                     the type has no name; nothing was written
-//   WMQE_SYS                           a write failed, errno tells (ENOSPC: the disk is full); what was
-//                                      written of the line stays
+//   WMQE_BAD_ARG                       `record` is null
+//   WMQE_SYS                           a write failed, errno tells (ENOSPC: the disk is full); or the record
+//                                      has a negative count, a count without its array or an empty slot, or
+//                                      there is no memory for the line: wmq_errdetail tells, errno does not.
+//                                      What was written of the line stays
 //   WMQE_SYS, WMQE_NO_MEM or unchanged the rotation failed; nothing was written of this record. After a
 //                                      failed rename or creation only closing and opening helps
 // Types 60 to 64 are dropped with success. Types 29, 30 and 70 write a header without line end, and return 0
@@ -91,8 +95,13 @@ WMQ_API int wmq_syncstream(void);
 // Reads the next line of the open event stream. `*lineNum` grows by one per call. Lines that begin with "#"
 // are skipped. The record belongs to the library and stands until the next call of this function or of
 // wmq_readstreamline. Reading goes on where the last read stopped, also between writes.
-// Returns null at the end (WMQE_EOF), for a line that does not parse (its number, and the next call
-// goes on with the next line), and without an open stream (WMQE_BAD_ARG).
+// Returns null with wmq_errno
+//   WMQE_EOF        at the end; after a rotation, until the stream is opened again; when reading fails
+//   WMQE_BAD_ARG    no stream is open, or it has lost its file in a failed rotation
+//   WMQE_NO_MEM     no memory
+//   WMQE_BAD_FORMAT, WMQE_BAD_EVENT, WMQE_NO_USER, WMQE_NO_MEM, WMCE_NO_MEM
+//                   the line does not parse; the next call goes on with the next one
+// A record of type 29 or 30 is given only if wmq_errno was 0 before the call: assign 0 before each.
 // A null `lineNum` resets the line reader and returns null.
 WMQ_API struct eventRecord *wmq_readstream(int *lineNum);
 
@@ -103,7 +112,8 @@ WMQ_API int wmq_closestream(void);
 // ------------------------------------------------------- lines without a stream
 
 // Parses one line (its line end may be on it). The record belongs to the library and stands until the next
-// call of this function or a stream's read. Null with wmq_errno on failure, WMQE_BAD_ARG for a null line.
+// call of this function or a stream's read. Null with wmq_errno on failure: the numbers of a line that
+// wmq_readstream does not parse, types 29 and 30 as there, or WMQE_BAD_ARG for a null line.
 WMQ_API struct eventRecord *wmq_readstreamline(const char *line);
 
 // The same; the record belongs to the caller, who releases it with wmq_freelogrec. Any thread may call it.
@@ -144,8 +154,8 @@ WMQ_API void wmq_setlineversion(float version);
 
 // The bytes that wmq_writestream would append for `record`, without a stream: `*text` is a new text of
 // `*length` bytes and a NUL, freed by the caller. The same effects on the record and on wmq_errno, the same
-// result. After a failure `*text` is the partial line that would be left in the file; null when there is
-// none.
+// result; or -1 with WMQE_BAD_ARG for a null argument, or WMQE_NO_MEM without memory for the text. After a
+// failure `*text` is the partial line that would be left in the file; null when there is none.
 WMQ_API int wmq_formatrecord(struct eventRecord *record, char **text, size_t *length);
 
 // ------------------------------------------------------------- the side streams

@@ -337,7 +337,7 @@ void completeNumbers(Describer &io, const auto &log) {
 
 constexpr const char *hostNote(HostRule rule) {
   if (rule.none == NoHosts::refused) return "a count of 0 is refused";
-  if (!rule.expanded) return "read back compressed";
+  if (!rule.expanded) return "not expanded when read";
   return "";
 }
 

@@ -418,7 +418,7 @@ void Structures::hostList(const wmqLayout &layout, const wmqField &field, const 
   std::vector<std::string> names;
   for (; count > 0; --count) names.push_back(quotedField());
   const bool expanded =
-      std::strcmp(field.form, "host list") == 0 && !startsWith(field.note, "read back compressed");
+      std::strcmp(field.form, "host list") == 0 && !startsWith(field.note, "not expanded when read");
   if (expanded && !names.empty()) {
     names = expandedHosts(names, hostsLeft_);
     countText = flatNumber(static_cast<int64_t>(names.size()));

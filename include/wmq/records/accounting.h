@@ -35,7 +35,7 @@ typedef struct jobResizeLog {
   int32_t jobIndex;
   int64_t resizeLong1;  // low 32 bits on the line
   int32_t resizeInt1;
-  char resizeName[WMQ_NAME_SIZE];  // 1 to 59 characters
+  char resizeName[WMQ_NAME_SIZE];  // 1 to 59 bytes
   int32_t resizeInt2;
   int64_t resizeLong2;  // low 32 bits on the line
   int32_t resizeInt3;
@@ -70,7 +70,7 @@ typedef struct rsvFinishLog {
 } rsvFinishLog;
 
 typedef struct cpuProfileLog {
-  char cpuProfileName[WMQ_NAME_SIZE];  // 1 to 59 characters
+  char cpuProfileName[WMQ_NAME_SIZE];  // 1 to 59 bytes
   int32_t cpuInt1;
   int32_t cpuInt2;
   int32_t cpuInt3;  // last on the line, behind cpuInt4

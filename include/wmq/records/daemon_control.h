@@ -28,26 +28,26 @@ typedef struct mbdDieLog {
 
 typedef struct queueCtrlLog {
   int32_t ctrlValue;
-  char queue[WMQ_NAME_SIZE];     // 1 to 59 characters
+  char queue[WMQ_NAME_SIZE];     // 1 to 59 bytes
   int32_t userId;                // -1 in lines before 2.2
-  char userName[WMQ_NAME_SIZE];  // 1 to 59 characters; lines up to 4.0 lack it: looked up from userId
+  char userName[WMQ_NAME_SIZE];  // 1 to 59 bytes; lines up to 4.0 lack it: looked up from userId
   char ctrlText[WMQ_TEXT_SIZE];
 } queueCtrlLog;
 
 typedef struct hostCtrlLog {
   int32_t ctrlValue;
-  char host[WMQ_HOST_SIZE];      // 0 to 63 characters
+  char host[WMQ_HOST_SIZE];      // 0 to 63 bytes
   int32_t userId;                // -1 in lines before 2.2
-  char userName[WMQ_NAME_SIZE];  // 1 to 59 characters; lines up to 4.0 lack it: looked up from userId
+  char userName[WMQ_NAME_SIZE];  // 1 to 59 bytes; lines up to 4.0 lack it: looked up from userId
   char ctrlText[WMQ_TEXT_SIZE];
 } hostCtrlLog;
 
 typedef struct hgHostCtrlLog {
   int32_t ctrlValue;
-  char ctrlName1[WMQ_HOST_SIZE];  // 0 to 63 characters
-  char ctrlName2[WMQ_HOST_SIZE];  // 0 to 63 characters
+  char ctrlName1[WMQ_HOST_SIZE];  // 0 to 63 bytes
+  char ctrlName2[WMQ_HOST_SIZE];  // 0 to 63 bytes
   int32_t userId;
-  char userName[WMQ_NAME_SIZE];  // 1 to 59 characters; lines up to 4.0 lack it: looked up from userId
+  char userName[WMQ_NAME_SIZE];  // 1 to 59 bytes; lines up to 4.0 lack it: looked up from userId
   char ctrlText[WMQ_TEXT_SIZE];
 } hgHostCtrlLog;
 

@@ -15,7 +15,7 @@ typedef struct jobSignalLog {
   char *signalStr;
   int32_t signalInt1;
   int32_t signalInt2;
-  char userName[WMQ_NAME_SIZE];  // 1 to 59 characters; lines up to 4.0 lack it: looked up from userId
+  char userName[WMQ_NAME_SIZE];  // 1 to 59 bytes; lines up to 4.0 lack it: looked up from userId
   char *srcCluster;
   int64_t srcJobId;
   char *dstCluster;
@@ -32,7 +32,7 @@ typedef struct jobMoveLog {
   int32_t moveInt1;
   int32_t moveInt2;
   int32_t moveInt3;
-  char userName[WMQ_NAME_SIZE];  // 1 to 59 characters; lines up to 4.0 lack it: looked up from userId
+  char userName[WMQ_NAME_SIZE];  // 1 to 59 bytes; lines up to 4.0 lack it: looked up from userId
   int32_t rmtCtrlInt;            // -1 in lines before 9.1
   int32_t numRmtJobCtrl;
   struct oldRmtJobCtrlRecord *rmtJobCtrls;
@@ -47,9 +47,9 @@ typedef struct jobMoveLog {
 typedef struct jobSwitchLog {
   int32_t userId;
   int32_t jobId;
-  char queue[WMQ_NAME_SIZE];  // 1 to 59 characters
+  char queue[WMQ_NAME_SIZE];  // 1 to 59 bytes
   int32_t switchInt1;
-  char userName[WMQ_NAME_SIZE];  // 1 to 59 characters; lines up to 4.0 lack it: looked up from userId
+  char userName[WMQ_NAME_SIZE];  // 1 to 59 bytes; lines up to 4.0 lack it: looked up from userId
   char *srcCluster;
   int64_t srcJobId;
   char *dstCluster;
@@ -66,8 +66,8 @@ typedef struct jobSwitchLog {
 typedef struct jobSwitch2Log {
   int32_t userId;
   int32_t jobId;
-  char queue[WMQ_NAME_SIZE];     // 1 to 59 characters
-  char userName[WMQ_NAME_SIZE];  // 1 to 59 characters, never looked up
+  char queue[WMQ_NAME_SIZE];     // 1 to 59 bytes
+  char userName[WMQ_NAME_SIZE];  // 1 to 59 bytes, never looked up
   int32_t indexRangeCnt;         // at least 1 on a line that is read
   int32_t *indexRangeStart;
   int32_t *indexRangeEnd;
@@ -99,7 +99,7 @@ typedef struct jobRequeueLog {
   int32_t requeueInt2;  // from 9.13 on
 } jobRequeueLog;
 
-// Most characters of forceStr.
+// Most bytes of forceStr.
 #define JOB_FORCE_TEXT_MAX 512
 
 typedef struct jobForceLog {
@@ -109,7 +109,7 @@ typedef struct jobForceLog {
   int32_t jobId;
   int32_t forceInt1;
   int32_t forceInt2;
-  char userName[WMQ_NAME_SIZE];  // 1 to 59 characters; lines up to 4.0 lack it: looked up from userId
+  char userName[WMQ_NAME_SIZE];  // 1 to 59 bytes; lines up to 4.0 lack it: looked up from userId
   char *forceStr;                // lines up to 4.2 leave it as handed in
   int32_t rmtCtrlInt;            // -1 in lines before 9.1
   int32_t numRmtJobCtrl;
@@ -135,7 +135,7 @@ typedef struct migLog {
   char **hosts;    // travel as they are, without compression
   int32_t userId;  // -1 in lines before 2.2
   int32_t migInt1;
-  char userName[WMQ_NAME_SIZE];  // 1 to 59 characters; lines up to 4.0 lack it: looked up from userId
+  char userName[WMQ_NAME_SIZE];  // 1 to 59 bytes; lines up to 4.0 lack it: looked up from userId
   char *srcCluster;
   int64_t srcJobId;
   char *dstCluster;

@@ -11,7 +11,7 @@ extern "C" {
 typedef struct jobFinishLog {
   int32_t jobId;
   int32_t userId;
-  char userName[WMQ_NAME_SIZE];  // 1 to 59 characters
+  char userName[WMQ_NAME_SIZE];  // 1 to 59 bytes
   int32_t options;
   int32_t numProcessors;  // requested
   int32_t jStatus;        // final state
@@ -20,9 +20,9 @@ typedef struct jobFinishLog {
   int64_t termTime;
   int64_t startTime;
   int64_t endTime;            // not on the line: the reader takes the event time of the header
-  char queue[WMQ_NAME_SIZE];  // 1 to 59 characters
+  char queue[WMQ_NAME_SIZE];  // 1 to 59 bytes
   char *resReq;
-  char fromHost[WMQ_HOST_SIZE];  // 1 to 63 characters
+  char fromHost[WMQ_HOST_SIZE];  // 1 to 63 bytes
   char *cwd;
   char *inFile;
   char *outFile;

@@ -11,7 +11,7 @@ extern "C" {
 typedef struct jgrpAddLog {
   int32_t grpField1;
   int64_t grpTime;
-  char grpName[WMQ_NAME_SIZE];  // 1 to 59 characters
+  char grpName[WMQ_NAME_SIZE];  // 1 to 59 bytes
   char *grpStr4;
   char *grpStr5;
   char *grpStr1;
@@ -30,7 +30,7 @@ typedef struct jgrpAddLog {
 typedef struct jgrpModLog {
   int32_t grpField1;
   int64_t grpTime;
-  char grpName[WMQ_NAME_SIZE];  // 1 to 59 characters
+  char grpName[WMQ_NAME_SIZE];  // 1 to 59 bytes
   char *grpStr4;
   char *grpStr5;
   char *grpStr1;
@@ -42,12 +42,12 @@ typedef struct jgrpModLog {
   int32_t grpField12;
   int32_t grpField13;
   int32_t grpField14;
-  char grpName2[WMQ_NAME_SIZE];  // 0 to 59 characters
+  char grpName2[WMQ_NAME_SIZE];  // 0 to 59 bytes
 } jgrpModLog;
 
 typedef struct jgrpCtrlLog {
   int32_t grpField1;
-  char grpName[WMQ_NAME_SIZE];  // 1 to 59 characters
+  char grpName[WMQ_NAME_SIZE];  // 1 to 59 bytes
   char *grpCtrlStr;
   int32_t grpCtrlField2;
   int32_t grpCtrlField3;

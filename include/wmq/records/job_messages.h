@@ -41,7 +41,7 @@ typedef struct jobExternalMsgLog {
   int64_t extMsgLong1;
   int64_t extMsgLong2;  // low 32 bits on the line
   int32_t extMsgInt4;
-  char userName[WMQ_NAME_SIZE];  // 1 to 59 characters; lines up to 4.0 lack it: looked up from userId
+  char userName[WMQ_NAME_SIZE];  // 1 to 59 bytes; lines up to 4.0 lack it: looked up from userId
   int32_t extMsgInt5;            // lines before 9.1 leave it as handed in
   int32_t extMsgInt6;            // -1 when absent
 } jobExternalMsgLog;

@@ -11,7 +11,7 @@ extern "C" {
 typedef struct jobNewLog {
   int32_t jobId;
   int32_t userId;
-  char userName[WMQ_NAME_SIZE];  // 1 to 59 characters
+  char userName[WMQ_NAME_SIZE];  // 1 to 59 bytes
   int32_t options;               // negative: limits are not converted
   int32_t options2;
   int32_t numProcessors;
@@ -22,12 +22,12 @@ typedef struct jobNewLog {
   int32_t newInt2;
   int32_t newInt3;
   int32_t rlimits[WMX_RLIM_NLIMITS];  // slot i is named wmxRlimitsStr[i]
-  char newHost[WMQ_HOST_SIZE];        // 0 to 63 characters
+  char newHost[WMQ_HOST_SIZE];        // 0 to 63 bytes
   float hostFactor;                   // two decimals on the line
   int32_t newInt4;
-  char queue[WMQ_NAME_SIZE];  // 1 to 59 characters
+  char queue[WMQ_NAME_SIZE];  // 1 to 59 bytes
   char *resReq;
-  char fromHost[WMQ_HOST_SIZE];  // submission host; 1 to 63 characters
+  char fromHost[WMQ_HOST_SIZE];  // submission host; 1 to 63 bytes
   char *cwd;
   char *newStr1;
   char *inFile;

@@ -27,7 +27,7 @@ typedef struct jobStatusLog {
   char *dstCluster;
   int64_t dstJobId;
   int32_t dcJobFlags;
-  int32_t numRangeJobs;  // not on the line: -1 when the line has no index ranges
+  int32_t numRangeJobs;  // not on the line: -1 when read from a line below 10.1, else as handed in
   int32_t indexRangeCnt;
   int32_t *indexRangeStart;  // one block of 3 * indexRangeCnt when read; kept by the release
   int32_t *indexRangeEnd;
@@ -56,7 +56,9 @@ typedef struct sbdJobStatusLog {
 // Layout functions. A writer puts the fields behind the header, line end included, and returns 0 or WMQE_SYS.
 // A reader takes the text behind the header (a NUL-terminated line, its end may still be on it) of a line of
 // version wmq_lineversion() and fills `log`, which must be zero-filled; it returns 0, WMQE_BAD_FORMAT or
-// WMQE_NO_MEM (others as stated), and leaves whatever it allocated in `log`, also after a failure.
+// WMQE_NO_MEM (others as stated), and leaves whatever it allocated in `log`, also after a failure: put the
+// structure into an eventRecord of its type, and release that with wmq_freekept and freeLogRec. Both return
+// WMQE_BAD_ARG for a null argument; wmq_errno stays as it is.
 WMQ_API int writeJobStatus(FILE *file, struct jobStatusLog *log);
 WMQ_API int readJobStatus(const char *fields, struct jobStatusLog *log);
 WMQ_API int readSbdJobStatus(const char *fields, struct sbdJobStatusLog *log);

@@ -3,7 +3,8 @@
 //
 // A pair is two quoted strings. Members bear the names of their attributes; an attribute that a line lacks
 // leaves its member as it is in a zero-filled structure. Every 64-bit number but the leading job number is
-// cut to 32 bits when read.
+// cut to 32 bits when read. Times and durations are seconds; `wmq stats` takes maxMem, avgMem and ru_maxrss
+// for KB.
 #ifndef WMQ_RECORDS_NAMED_RECORDS_H
 #define WMQ_RECORDS_NAMED_RECORDS_H
 
@@ -16,7 +17,7 @@ extern "C" {
 typedef struct jobFinish2Log {
   int64_t jobId;
   int32_t userId;
-  char userName[WMQ_NAME_SIZE];  // cut to 59 characters when read
+  char userName[WMQ_NAME_SIZE];  // cut to 59 bytes when read
   int32_t numProcessors;
   int32_t options;
   int32_t jStatus;
@@ -24,9 +25,9 @@ typedef struct jobFinish2Log {
   int64_t termTime;
   int64_t startTime;
   int64_t endTime;
-  char queue[WMQ_NAME_SIZE];  // cut to 59 characters when read
+  char queue[WMQ_NAME_SIZE];  // cut to 59 bytes when read
   char *resReq;
-  char fromHost[WMQ_HOST_SIZE];  // cut to 63 characters when read
+  char fromHost[WMQ_HOST_SIZE];  // cut to 63 bytes when read
   char *cwd;
   char *inFile;
   char *outFile;
@@ -102,7 +103,7 @@ typedef struct jobStatus2Log {
   int64_t jobId;
   int32_t expectedLogTime;
   int32_t sampleInterval;
-  char userName[WMQ_NAME_SIZE];  // cut to 59 characters when read
+  char userName[WMQ_NAME_SIZE];  // cut to 59 bytes when read
   int32_t jobRmtAttr;
   int32_t numProcessors;
   int32_t num_processors;
@@ -111,7 +112,7 @@ typedef struct jobStatus2Log {
   int64_t submitTime;
   int64_t startTime;
   int64_t endTime;
-  char queue[WMQ_NAME_SIZE];  // cut to 59 characters when read
+  char queue[WMQ_NAME_SIZE];  // cut to 59 bytes when read
   char *resReq;
   int32_t numExHosts;
   char **execHosts;
@@ -149,8 +150,8 @@ typedef struct jobStatus2Log {
 } jobStatus2Log;
 
 typedef struct jobPendingReasonsLog {
-  char userName[WMQ_NAME_SIZE];  // cut to 59 characters when read
-  char queue[WMQ_NAME_SIZE];     // cut to 59 characters when read
+  char userName[WMQ_NAME_SIZE];  // cut to 59 bytes when read
+  char queue[WMQ_NAME_SIZE];     // cut to 59 bytes when read
   char *projectName;
   char *licenseProject;
   char *resReq;

@@ -36,14 +36,15 @@ typedef struct newRmtJobCtrlRecord {
   int32_t *values2;  // numEntries2
 } newRmtJobCtrlRecord;
 
-// Writers put one record behind what stands in the file, without line end; 0 or WMQE_SYS.
+// Writers put one record behind what stands in the file, without line end; 0, WMQE_SYS, or WMQE_BAD_ARG for a
+// null argument.
 WMQ_API int writeRmtJobCtrlRecord2File(FILE *file, const struct oldRmtJobCtrlRecord *record);
 WMQ_API int writeNewRmtJobCtrlRecord2File(FILE *file, const struct newRmtJobCtrlRecord *record);
 
 // Readers take one record at `*position` of a NUL-terminated line and move `*position` behind it, as far as
 // they came also after a failure behind the two names. They return 0, WMQE_BAD_FORMAT (also when a pair array
-// of an old record cannot be allocated) or WMQE_NO_MEM. A new record that already holds a positive
-// numEntries2 is refused with WMQE_BAD_FORMAT.
+// of an old record cannot be allocated), WMQE_NO_MEM, or WMQE_BAD_ARG for a null argument. A new record that
+// already holds a positive numEntries2 is refused with WMQE_BAD_FORMAT.
 WMQ_API int readRmtJobCtrlRecordFromLine(char **position, struct oldRmtJobCtrlRecord *record);
 WMQ_API int readNewRmtJobCtrlRecordFromLine(char **position, struct newRmtJobCtrlRecord *record);
 
