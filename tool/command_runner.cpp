@@ -36,17 +36,11 @@ int spawnShell(const std::string &command, int input, pid_t &child) {
   posix_spawn_file_actions_init(&files);
   posix_spawnattr_init(&attributes);
   posix_spawn_file_actions_adddup2(&files, input, STDIN_FILENO);
-  // The command gets signals as if it had been started by the caller of this program.
+  // Signals that this program waits for reach the command at once. It ignores what this program ignores.
   sigset_t none;
-  sigset_t usual;
   sigemptyset(&none);
-  sigemptyset(&usual);
-  sigaddset(&usual, SIGPIPE);
-  sigaddset(&usual, SIGTERM);
-  sigaddset(&usual, SIGINT);
   posix_spawnattr_setsigmask(&attributes, &none);
-  posix_spawnattr_setsigdefault(&attributes, &usual);
-  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK);
   char shell[] = "sh";
   char option[] = "-c";
   std::string text = command;
@@ -71,8 +65,8 @@ void writeInput(int fd, std::string_view input) {
 
 std::string runCommand(const std::string &command, std::string_view input, const std::string &position) {
   int ends[2];
+  if (setenv("WMQ_POSITION", position.c_str(), 1) != 0) return std::strerror(errno);
   if (pipe2(ends, O_CLOEXEC) != 0) return std::strerror(errno);
-  setenv("WMQ_POSITION", position.c_str(), 1);
   pid_t child = -1;
   int error = spawnShell(command, ends[0], child);
   close(ends[0]);

@@ -54,7 +54,7 @@ struct FollowOptions {
 
 // Looked at so often where the system brings no news, and saved at most so often while records keep coming.
 constexpr int pollInterval = 100;
-constexpr size_t flushSize = size_t{32} << 10;  // less than what Output holds: it never writes by itself
+constexpr size_t flushSize = size_t{32} << 10;
 constexpr int patience = 1000;  // milliseconds, with a reader that takes nothing when the end has come
 constexpr auto saveInterval = std::chrono::seconds(1);
 
@@ -105,7 +105,6 @@ class FollowRun {
   Output output;
   StateFile state;
   Follower follower;
-  size_t unflushed = 0;
   const bool takesAll = takesWithoutWaiting(STDOUT_FILENO);
   char *text = nullptr;
   size_t capacity = 0;
@@ -173,29 +172,32 @@ void FollowRun::wait() {
   // A reader that has gone is noticed although there is nothing to write.
   pollfd waited[2] = {{wmq_followdescriptor(follower.get()), POLLIN, 0}, {STDOUT_FILENO, 0, 0}};
   signals.poll(waited, 2, most);
-  if ((waited[1].revents & POLLERR) != 0) std::raise(SIGPIPE);
+  if ((waited[1].revents & (POLLERR | POLLHUP | POLLNVAL)) == 0) return;
+  std::raise(SIGPIPE);
+  errno = EPIPE;  // where that signal is ignored
+  fail("standard output", systemFailure());
+  abandoned = true;
 }
 
 // A reader that takes nothing must not keep the program from ending: it is waited for where signals are
 // heard, and given no more than a pipe that poll calls writable is sure to take.
 bool FollowRun::flush() {
-  while (unflushed > 0) {
+  while (output.size() > 0) {
     pollfd waited{STDOUT_FILENO, POLLOUT, 0};
     const int ready = signals.poll(&waited, 1, signals.haveCome() ? patience : -1);
     if (ready < 0 && errno == EINTR) continue;
     abandoned = ready == 0;
-    if (abandoned || !output.flush(takesAll ? unflushed : PIPE_BUF)) {
+    if (abandoned || !output.flush(takesAll ? output.size() : PIPE_BUF)) {
       ended = stopped = true;
       return false;
     }
-    unflushed = output.size();
   }
   return true;
 }
 
 void FollowRun::save() {
   lastSaved = Clock::now();
-  if (!flush()) return;
+  if (stopped || !flush()) return;
   if (!options.state.empty() && !state.save(positionOf(follower))) fail(options.state, std::strerror(errno));
 }
 
@@ -221,10 +223,9 @@ void FollowRun::put(std::string_view line, bool isJson) {
     line = shown;
   }
   if (options.command.empty()) {
-    output.write(line);
-    output.write("\n");
-    unflushed += line.size() + 1;
-    if (unflushed >= flushSize) flush();
+    output.append(line);
+    output.append("\n");
+    if (output.size() >= flushSize) flush();
     return;
   }
   std::string input(line);
@@ -348,9 +349,9 @@ void addFollowCommand(CLI::App &program, Run &run) {
       ->check(secondsProblem);
   CLI::Option *exec = command->add_option(
       "--exec", options->command,
-      "run this by the shell for each record (and notice), with it on its standard input and the position behind "
-      "it in WMQ_POSITION, instead of printing; a failure ends following, with the position before the "
-      "record, and a signal ends it behind the command");
+      "run this by the shell for each record (and notice), with it on its standard input and the position "
+      "behind it in WMQ_POSITION, instead of printing; a failure ends following, with the position before "
+      "the record, and a signal ends it behind the command");
   exec->type_name("CMD");
   refuseEmpty(*exec, "command");
   command->footer(

@@ -18,12 +18,13 @@ constexpr size_t bufferSize = size_t{64} << 10;
 bool Output::write(std::string_view bytes) {
   if (bytes.size() >= bufferSize) return flush() && handOver(bytes);
   waiting += bytes;
-  return waiting.size() < bufferSize ? error == 0 : flush();
+  return size() < bufferSize ? error == 0 : flush();
 }
 
 bool Output::flush() {
-  handOver(waiting);
+  handOver(std::string_view(waiting).substr(written));
   waiting.clear();
+  written = 0;
   return error == 0;
 }
 
@@ -44,11 +45,15 @@ bool Output::handOver(std::string_view rest) {
 }
 
 bool Output::flush(size_t most) {
-  const ssize_t count = ::write(STDOUT_FILENO, waiting.data(), std::min(most, waiting.size()));
+  const ssize_t count = ::write(STDOUT_FILENO, waiting.data() + written, std::min(most, size()));
   if (count >= 0)
-    waiting.erase(0, static_cast<size_t>(count));
+    written += static_cast<size_t>(count);
   else if (errno != EAGAIN && errno != EINTR)
     error = errno;
+  if (size() == 0) {
+    waiting.clear();
+    written = 0;
+  }
   return error == 0;
 }
 

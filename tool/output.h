@@ -19,10 +19,13 @@ class Output {
   bool write(std::string_view bytes);
   bool flush();
 
+  // For who decides when to write: keeps the bytes, however many there are.
+  void append(std::string_view bytes) { waiting += bytes; }
+
   // Writes no more than so many bytes, in one piece, and none where that would have to wait.
   bool flush(size_t most);
 
-  size_t size() const { return waiting.size(); }  // what has not been written
+  size_t size() const { return waiting.size() - written; }  // what has not been written
 
   // Hands over the rest and reports a failure, if there was any.
   void finish(Faults &faults);
@@ -31,7 +34,8 @@ class Output {
   bool handOver(std::string_view rest);
 
   std::string waiting;
-  int error = 0;  // errno of the first failure
+  size_t written = 0;  // of it, from its beginning
+  int error = 0;       // errno of the first failure
 };
 
 }  // namespace wmq::tool

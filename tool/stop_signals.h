@@ -8,7 +8,9 @@
 
 namespace wmq::tool {
 
-// From now on the two signals wait until they are asked for.
+constexpr int stopSignals[] = {SIGTERM, SIGINT};
+
+// From now on those of them that are not ignored wait until they are asked for.
 class StopSignals {
  public:
   StopSignals();
@@ -23,10 +25,9 @@ class StopSignals {
   int poll(pollfd *waited, nfds_t count, int milliseconds);
 
  private:
-  sigset_t both;
+  sigset_t heard;
   sigset_t formerMask;
-  struct sigaction formerTerm;
-  struct sigaction formerInt;
+  struct sigaction formerActions[2];
   bool come = false;
 };
 

@@ -144,7 +144,7 @@ WMQ_API void wmq_followwake(wmqFollower *follower);
 // For programs that wait for several things: a descriptor that becomes readable when wmq_follownext, which
 // has returned WMQ_FOLLOW_NOTHING, should be called again. It is the follower's and is only to be waited for.
 // -1 where the follower has to look at intervals; call it every 100 milliseconds, or as often as you asked
-// for.
+// for. It may become -1 later, when the directory is replaced: ask before each wait.
 WMQ_API int wmq_followdescriptor(const wmqFollower *follower);
 
 // ------------------------------------------------------------------------------ joined lines

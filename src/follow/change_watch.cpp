@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #if defined(__linux__)
 #include <sys/inotify.h>
@@ -56,6 +57,15 @@ bool bringsNews(const char *directory) {
       return true;
   }
 }
+
+// What a link leads to changes elsewhere than where it stands.
+bool leadsOverLinks(const std::string &path) {
+  for (size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
+    struct stat found {};
+    if (lstat(path.substr(0, end).c_str(), &found) == 0 && S_ISLNK(found.st_mode)) return true;
+    if (end == std::string::npos) return false;
+  }
+}
 #endif
 
 }  // namespace
@@ -70,11 +80,12 @@ bool ChangeWatch::open(const std::string &path, int wantedInterval) {
   name = namePart(path);
 #if defined(__linux__)
   const std::string directory = directoryPart(path);
-  if (wantedInterval <= 0 && bringsNews(directory.c_str())) {
+  if (wantedInterval <= 0 && bringsNews(directory.c_str()) && !leadsOverLinks(path)) {
     notify = inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
     constexpr uint32_t wanted =
         IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE_SELF | IN_MOVE_SELF;
-    if (notify >= 0 && inotify_add_watch(notify, directory.c_str(), wanted | IN_ONLYDIR) >= 0) return true;
+    if (notify >= 0) directoryWatch = inotify_add_watch(notify, directory.c_str(), wanted | IN_ONLYDIR);
+    if (directoryWatch >= 0) return true;
   }
 #endif
   poll(wantedInterval);
@@ -120,6 +131,9 @@ void ChangeWatch::collect() {
       std::memcpy(&event, at, sizeof event);
       const char *const entry = at + sizeof event;
       at = entry + event.len;
+      // From here on the directory of that name is another one, or none.
+      constexpr uint32_t gone = IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT | IN_IGNORED;
+      if (event.wd == directoryWatch && (event.mask & gone) != 0) poll(0);
       const bool aboutFile = event.wd == fileWatch && (event.mask & (IN_Q_OVERFLOW | IN_IGNORED)) == 0;
       if (aboutFile && (event.mask & IN_ATTRIB) == 0) continue;
       // Names in the directory that are none of the stream's are of no concern.

@@ -46,6 +46,7 @@ class ChangeWatch {
   std::string name;
   int notify = -1;
   int wakeEnds[2] = {-1, -1};
+  int directoryWatch = -1;
   int fileWatch = -1;
   bool polling = false;
   int interval = 0;

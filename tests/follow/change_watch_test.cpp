@@ -71,6 +71,29 @@ TEST_F(AWatch, CanBeWokenRightBehindNews) {
     }
 }
 
+TEST_F(AWatch, LooksAtIntervalsOnceItsDirectoryIsAnother) {
+  const std::string moved = directory.path() + ".moved";
+  fs::rename(directory.path(), moved);
+  fs::create_directory(directory.path());
+  watch.collect();
+  EXPECT_LT(watch.descriptor(), 0);
+  EXPECT_TRUE(watch.namesChanged());
+  watch.namesSeen();
+  EXPECT_TRUE(watch.namesChanged());
+  fs::remove_all(moved);
+}
+
+TEST_F(AWatch, LooksAtIntervalsWhereThePathLeadsOverALink) {
+  fs::create_directory(directory / "real");
+  fs::create_directory_symlink("real", directory / "link");
+  fs::create_symlink("s", directory / "file");
+  for (const char *name : {"real/s", "link/s", "file"}) {
+    ChangeWatch another;
+    ASSERT_TRUE(another.open(directory / name, 0));
+    EXPECT_EQ(another.descriptor() < 0, std::string(name) != "real/s") << name;
+  }
+}
+
 // The system forgets news of which there is too much, and says so.
 class AWatchOfManyChanges : public ::testing::Test, protected HandmadeStream {
  protected:

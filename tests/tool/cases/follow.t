@@ -73,6 +73,16 @@ A reader that takes nothing does not keep it from ending.
   > [ -s rest ] && tail -c "$(stat -c %s rest)" long | cmp - rest
   [0]
 
+Nor does one that stops within a record that is longer than all that a pipe holds.
+
+  $ switch 1 | jq -c '.type = "JOB_NEW" | .eventLog = {userName: "u", queue: "q", fromHost: "h", command: ("x" * 300000)}' |
+  > wmq encode > huge
+  $ sleep 1000 < blocked & reader=$!
+  > wmq follow --state stuck2 --raw huge > blocked & follower=$!
+  > until [ -s stuck2 ]; do sleep 0.01; done; kill $follower; wait $follower; echo "[$?]"; kill $reader
+  > wmq follow --state stuck2 --raw --until-idle 0 huge | cmp - huge
+  [0]
+
 A reader that has gone ends it, even when there is nothing to write.
 
   $ (trap '' PIPE; wmq follow --from oldest s; echo "[$?]" > status) | head -n 1 | jq .eventTime
@@ -98,6 +108,16 @@ A command can take each record; when it fails, the position stays before it.
   $ wmq follow --state state --until-idle 0 --exec 'test -n "$WMQ_POSITION" && jq .eventTime' s
   13
   14
+
+So it does when the record comes after a time in which nothing came.
+
+  $ cp s quiet; { sleep 1.5; echo '"LOG_SWITCH" "10.1" 20 20' >> quiet; } &
+  > wmq follow --from end --state quiet.state --exec 'jq .eventTime; exit 4' quiet
+  20
+  wmq: jq .eventTime; exit 4: exit status 4
+  [3]
+  $ wmq follow --state quiet.state --until-idle 0 quiet | jq .eventTime
+  20
 
 What is missing or malformed is told, and the exit status is 1.
 
@@ -192,6 +212,12 @@ Commands that end badly.
   cat: nowhere: No such file or directory
   wmq: exec < /dev/null; cat nowhere: exit status 1
   [3]
+
+What it was started to ignore does not end it, nor the command.
+
+  $ (trap '' TERM; exec wmq follow --until-idle 0 --exec 'kill $PPID; kill $$; jq .eventTime' t)
+  1
+  2
 
 SIGTERM ends it behind the command at work, and the position is behind its record.
 
