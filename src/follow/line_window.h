@@ -48,9 +48,6 @@ class LineWindow {
   // Of the first byte that was not taken.
   int64_t offset() const { return base + static_cast<int64_t>(begin); }
 
-  // There is something that was read and not taken.
-  bool isEmpty() const { return begin == end; }
-
  private:
   bool tailIsJoined() const;
 
