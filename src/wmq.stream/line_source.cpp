@@ -69,8 +69,10 @@ Line nextLine(LineSource &source, int fd) {
     const size_t seen = source.end - source.begin;
     if (!makeRoom(source)) return {nullptr, 0};
     searched = seen;
-    if (readMore(source, fd) > 0) continue;
-    if (seen == 0) return {nullptr, 0};
+    const ssize_t got = readMore(source, fd);
+    if (got > 0) continue;
+    // What has come of a line whose rest cannot be read waits for it: a part could be taken for the whole.
+    if (got < 0 || seen == 0) return {nullptr, 0};
     source.begin = source.end;
     source.buffer[source.end] = '\0';
     return {source.buffer, seen};

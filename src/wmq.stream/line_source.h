@@ -22,7 +22,8 @@ struct Line {
 };
 
 // The next line of `fd` that has at least one character; at the end of the file what stands there without a
-// line end is a line too. Memory exhausted: no line, with wmc_errno 98.
+// line end is a line too. When reading fails: no line, and the next call reads on. Memory exhausted: no line,
+// with wmc_errno 98.
 Line nextLine(LineSource &source, int fd);
 
 // Gives back the storage; reading goes on behind the last line given out.

@@ -226,6 +226,49 @@ TEST_P(EverySystemCall, OfReadingMayFail) {
   EXPECT_EQ(seen, (std::map<std::string, int>{{"pread", 1}}));
 }
 
+// What had come of a line when reading failed is no line, and is one with the rest of it.
+TEST_P(EverySystemCall, OfReadingMayFailInTheMiddleOfALine) {
+  const std::string comment = '#' + std::string(size_t{200} << 10, 'x') + '\n';
+  makeFile(path, lineOf(1) + comment + lineOf(2));
+  for (int nth = 1;; ++nth) {
+    reopen();
+    lineNum = 0;
+    int first = 0;
+    const Outcome outcome = failing(nth, AtCall::work, [&] {
+      first = readNumber();
+      return first == 1 ? readNumber() : 0;
+    });
+    if (outcome.failed.empty()) {
+      EXPECT_EQ(outcome.result, 2);
+      EXPECT_GT(nth, 3) << "the comment is read in pieces";
+      break;
+    }
+    SCOPED_TRACE(outcome.failed + ", call " + std::to_string(nth));
+    EXPECT_EQ(outcome.result, 0);
+    EXPECT_EQ(outcome.error, WMQE_EOF);
+    EXPECT_EQ(outcome.reason, EIO);
+    if (first == 0) {
+      EXPECT_EQ(readNumber(), 1);
+    }
+    EXPECT_EQ(readNumber(), 2);
+    EXPECT_EQ(readNumber(), 0);
+  }
+}
+
+// The last line of the file has no end: only the end of the file says that it is whole.
+TEST_P(EverySystemCall, OfReadingMayFailBehindALineWithoutAnEnd) {
+  const std::string whole = lineOf(2);
+  makeFile(path, lineOf(1) + whole.substr(0, whole.size() - 1));
+  ASSERT_EQ(open(), 0);
+  EXPECT_EQ(readNumber(), 1);
+  const Outcome outcome = failing(1, AtCall::work, [this] { return readNumber(); });
+  EXPECT_EQ(outcome.failed, "pread");
+  EXPECT_EQ(outcome.result, 0);
+  EXPECT_EQ(outcome.error, WMQE_EOF);
+  EXPECT_EQ(outcome.reason, EIO);
+  EXPECT_EQ(readNumber(), 2);
+}
+
 TEST_P(EverySystemCall, OfClosingMayFail) {
   makeFile(path, lineOf(1));
   std::map<std::string, int> seen;
