@@ -23,7 +23,8 @@ namespace wmq {
 namespace {
 
 // Headers that are looked at before a line is cut at the next one without further questions: what is cut off
-// is looked at again, so this only bounds the work that a hostile line can make.
+// is looked at again, so this only bounds the work that a hostile line can make. Nor is what stands behind
+// that next one asked whether one of them begins a record: each of them would cost a walk to the line's end.
 constexpr int kMostTries = 64;
 
 // Bytes that the header of a type can take.
@@ -266,10 +267,10 @@ const char *endOfOpenRecord(Trial &trial, const Header &header) {
   return trial.parses(header.begin, end) ? end : nullptr;
 }
 
-// Behind a place where no field can begin, fields that are well formed up to the end of the line are enough:
-// a record that does not parse is to be told by itself, too.
-bool looksIntact(Trial &trial, const Header &header) {
-  return endOfOpenRecord(trial, header) != nullptr || isWellFormed(header.begin, trial.end());
+// Behind a place where no field can begin, fields that are well formed up to `end` are enough: a record that
+// does not parse is to be told by itself, too.
+bool looksIntact(Trial &trial, const Header &header, const char *end) {
+  return endOfOpenRecord(trial, header) != nullptr || isWellFormed(header.begin, end);
 }
 
 // What follows the last field that a layout knows is ignored. Numbers are left over on lines of some types,
@@ -284,23 +285,23 @@ bool usesAllFields(Trial &trial) {
   return !trial.parses(trial.begin(), lastFieldsOf(trial.begin(), trial.end()).any);
 }
 
-// What `header` begins is a record, up to the end of the line or up to the record that is joined to it, and
-// uses every string that it has.
-bool makesRecord(Trial &trial, const Header &header) {
+// What `header` begins is a record, up to `end` or up to the record that is joined to it, and uses every
+// string that it has.
+bool makesRecord(Trial &trial, const Header &header, const char *end) {
   return endOfOpenRecord(trial, header) != nullptr ||
-         (isWellFormed(header.begin, trial.end()) && usesAllStrings(trial, header, trial.end()));
+         (isWellFormed(header.begin, end) && usesAllStrings(trial, header, end));
 }
 
 // `whole`: the line parses as one record that uses every field.
-bool beginsRecord(Trial &trial, const Header &header, bool whole) {
+bool beginsRecord(Trial &trial, const Header &header, const char *end, bool whole) {
   switch (placeOf(trial.begin(), header.begin)) {
     case Place::word:
-      return looksIntact(trial, header);
+      return looksIntact(trial, header, end);
     case Place::closing:
-      return whole ? makesRecord(trial, header) : looksIntact(trial, header);
+      return whole ? makesRecord(trial, header, end) : looksIntact(trial, header, end);
     default:
       // A field that the first record has a use for stays a field.
-      return !whole && makesRecord(trial, header);
+      return !whole && makesRecord(trial, header, end);
   }
 }
 
@@ -309,20 +310,27 @@ bool isBlank(const char *from, const char *to) {
   return from == to;
 }
 
+// Where the headers end that are looked at, of those from `first` on: at the next one, or with the line.
+const char *endOfTries(const Header &first, const char *end) {
+  Header header = first;
+  for (int tries = 0; header.begin != nullptr && tries < kMostTries; ++tries)
+    header = findHeader(header.begin + 1, end);
+  return header.begin != nullptr ? header.begin : end;
+}
+
 // Where the next record begins, when the line is one that its writer has left unfinished; else null.
 const char *behindTorn(Trial &trial) {
   // What was torn would begin as a record does.
   const bool parses = trial.parses(trial.begin(), trial.end());
   if (parses && *trial.begin() != '"') return nullptr;
-  const bool whole = parses && usesAllFields(trial);
   Header next = findHeader(trial.begin() + 1, trial.end());
-  for (int tries = 0; next.begin != nullptr; ++tries) {
-    const bool enough = tries == kMostTries && !whole;
-    if (enough || beginsRecord(trial, next, whole)) return next.begin;
-    if (tries == kMostTries) break;
-    next = findHeader(next.begin + 1, trial.end());
-  }
-  return nullptr;
+  const char *const end = endOfTries(next, trial.end());
+  // Most that do not use every field are told without a search for the last one.
+  const bool isShort = end < trial.end() && trial.parses(trial.begin(), end);
+  const bool whole = parses && !isShort && usesAllFields(trial);
+  for (; next.begin != nullptr && next.begin < end; next = findHeader(next.begin + 1, trial.end()))
+    if (beginsRecord(trial, next, end, whole)) return next.begin;
+  return whole ? nullptr : next.begin;
 }
 
 size_t firstRecord(const char *line, size_t length, int &part) {

@@ -331,6 +331,49 @@ TEST(TornLines, WorkIsBoundedOnHostileLines) {
   EXPECT_EQ(bytes, hostile.size());
 }
 
+// A walk to the end of the line for each of the headers would take longer than anybody waits.
+TEST(TornLines, OfAMillionBytesAreGoneThroughInPieces) {
+  const std::string part = R"("JOB_NEW" "10.1" 1 )";
+  std::string often;
+  for (int i = 0; i < 63; ++i) often += part;
+  for (const std::string &each : {part, often + vacated}) {
+    std::string text;
+    while (text.size() < 1000000) text += each;
+    std::vector<Part> parts = partsOf(text + next);
+    size_t bytes = 0;
+    for (const Part &found : parts) bytes += found.second.size();
+    EXPECT_EQ(bytes, text.size() + next.size());
+    EXPECT_EQ(parts.back(), line(next));
+    parts.pop_back();
+    for (size_t i = 0; i < parts.size(); ++i) {
+      const bool isOpen = parts[i].second == vacated;
+      ASSERT_EQ(parts[i].first, isOpen ? WMQ_PART_JOINED : WMQ_PART_TORN);
+      ASSERT_EQ(isOpen, each != part && i % 2 == 1);
+    }
+  }
+}
+
+TEST(TornLines, OfAMillionBytesMayBeRecordsBehindTornStrings) {
+  const std::string part = R"("GRP_CTRL" "10.1" 1 2 3 4 "some te)";
+  std::string text;
+  size_t count = 0;
+  for (; text.size() < 1000000; ++count) text += part + vacated;
+  std::vector<Part> parts = partsOf(text + next);
+  ASSERT_EQ(parts.size(), 2 * count + 1);
+  EXPECT_EQ(parts.back(), line(next));
+  parts.pop_back();
+  for (size_t i = 0; i < parts.size(); ++i) ASSERT_EQ(parts[i], i % 2 == 0 ? torn(part) : joined(vacated));
+}
+
+// What is wrong far behind a record does not keep it from being found.
+TEST(TornLines, GiveARecordWhateverStandsBehindTheNextHeaders) {
+  const std::string part = R"("GRP_CTRL" "10.1" 1 2 3 4 "some te)";
+  std::string behind;
+  for (int i = 0; i < 100; ++i) behind += R"("MIG" "10.1" 1 )";
+  const std::vector<Part> parts = partsOf(part + behind + "\"x");
+  EXPECT_EQ(parts.front(), torn(part));
+}
+
 // ---------------------------------------------------------------------------- the call
 
 TEST(FirstRecord, LeavesErrorAndVersionAsTheyWere) {
