@@ -122,6 +122,19 @@ TEST(JsonLayouts, ShowTextsThatEqualTheOneBeforeThem) {
   EXPECT_EQ(toJson(indented.specimen), json);
 }
 
+TEST(JsonLayouts, ShowWholeNumbersPlainlyAsLongAsTheTypeHoldsThemAll) {
+  Specimen specimen{};
+  const auto shown = [&specimen](float single, double fine) {
+    specimen.single = single;
+    specimen.fine = fine;
+    return membersOf(toJson(specimen));
+  };
+  EXPECT_THAT(shown(16777216.0F, 9007199254740992.0),
+              ::testing::IsSupersetOf({R"("single":16777216)", R"("fine":9007199254740992)"}));
+  EXPECT_THAT(shown(16777218.0F, 9007199254740994.0),
+              ::testing::IsSupersetOf({R"("single":1.6777218e+07)", R"("fine":9.007199254740994e+15)"}));
+}
+
 TEST(JsonLayouts, FillTheStructure) {
   const FromJson from(rich);
   ASSERT_TRUE(from.read) << from.fault;

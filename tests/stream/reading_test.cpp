@@ -53,6 +53,19 @@ TEST_F(ReadingAStream, GivesTypeTimeAndVersionOfTheLine) {
   EXPECT_EQ(wmq_lineversion(), 9.1F);
 }
 
+TEST(ParsingALine, LeavesErrnoAsItWas) {
+  for (const std::string line : {"\"JOB_VACATED\" \"10.1\" 1", "bad"}) {
+    wmq_errno = 0;
+    errno = EXDEV;
+    bool lacked = true;
+    eventRecord *const record = parseLine(line.data(), line.size(), lacked);
+    EXPECT_EQ(errno, EXDEV) << line;
+    EXPECT_FALSE(lacked);
+    EXPECT_EQ(record != nullptr, line != "bad");
+    if (record != nullptr) wmq_freelogrec(record);
+  }
+}
+
 TEST_F(ReadingAStream, EndsAtOnceInAnEmptyFile) {
   openWith("");
   expectEnd();
