@@ -5,6 +5,7 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
+#include <cmath>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -30,7 +31,13 @@ class JsonPrinter {
   void boolean(bool value) { writer.Bool(value); }
   void integer(int64_t value) { writer.Int64(value); }
   void count(uint64_t value) { writer.Uint64(value); }
-  void real(double value) { writer.Double(value); }
+  // JSON has no number that is not finite.
+  void real(double value) {
+    if (std::isfinite(value))
+      writer.Double(value);
+    else
+      writer.Null();
+  }
 
   // The document and a line end.
   std::string text() const { return std::string(buffer.GetString(), buffer.GetSize()) + "\n"; }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstring>
 
 #include "trace_events.h"
@@ -40,6 +41,14 @@ double coresOf(const jobStatus2Log &log) {
   return slots > 0 ? slots : std::max(0, log.numProcessors);
 }
 
+// A line may hold any number, "inf" and "1e308" too, which sums and means are to stay figures with.
+constexpr double mostKilobytes = 1e15;
+
+double memoryOf(const jobStatus2Log &log) {
+  if (log.maxMem > 0) return log.maxMem;
+  return std::isnan(log.ru_maxrss) ? 0 : std::clamp(log.ru_maxrss, 0.0, mostKilobytes);
+}
+
 }  // namespace
 
 int64_t RunningJobs::spanSeconds() const { return widths[width] * beyond; }
@@ -52,7 +61,7 @@ void RunningJobs::add(const jobStatus2Log &log, int64_t time) {
   bool runs = log.jStatus <= 0 || (log.jStatus & stateRunning) != 0;
   if (!runs) return;
   double jobs = std::max(1, log.numJobs);
-  tool::add(sample, {jobs, coresOf(log), log.maxMem > 0 ? log.maxMem : std::max(0.0, log.ru_maxrss)});
+  tool::add(sample, {jobs, coresOf(log), memoryOf(log)});
 }
 
 void RunningJobs::endSample() {

@@ -39,7 +39,10 @@ std::string tenths(double number) {
   std::array<char, 400> digits{};
   std::snprintf(digits.data(), digits.size(), "%.1f", number);
   std::string text = digits.data();
-  for (size_t end = text.find('.'); end > 3; end -= 3) text.insert(end - 3, ",");
+  const size_t point = text.find('.');
+  if (point == std::string::npos) return text;  // of an infinity
+  const size_t first = number < 0 ? 1 : 0;
+  for (size_t end = point; end > first + 3; end -= 3) text.insert(end - 3, ",");
   return text;
 }
 

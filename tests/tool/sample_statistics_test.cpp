@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <string>
 
 namespace wmq::tool {
@@ -36,6 +37,17 @@ TEST_F(SamplesOfRunningJobs, AreAllThatIsSaidOfOneSecond) {
   EXPECT_EQ(running.whole().peak.jobs, 2);
   EXPECT_EQ(running.whole().peak.cores, 12);
   EXPECT_EQ(running.whole().peak.memory, 1500);
+}
+
+TEST_F(SamplesOfRunningJobs, StayFiguresWhateverMemoryALineGives) {
+  for (const double kilobytes : {HUGE_VAL, 1e308, 1e308, std::nan(""), -HUGE_VAL, 500.0}) {
+    jobStatus2Log log{};
+    log.ru_maxrss = kilobytes;
+    running.add(log, 600);
+  }
+  running.finish();
+  EXPECT_EQ(running.whole().sum.memory, 3e15 + 500);
+  EXPECT_EQ(running.whole().peak.memory, 3e15 + 500);
 }
 
 TEST_F(SamplesOfRunningJobs, LeaveOutJobsThatDoNotRun) {

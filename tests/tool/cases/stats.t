@@ -128,6 +128,16 @@ A status stream tells what ran when, a pending-reasons stream why jobs waited. M
   $ head -n 5 status > status.1; tail -n +6 status > status.2
   $ wmq stats --json status.2 status.1 | jq .runningJobs | cmp - expected
 
+A line may give any number as the memory of a job.
+
+  $ for memory in inf 1e308 1e308 nan -inf; do
+  >   printf '"JOB_STATUS2" "10.1" 1700000000 7 2 "userName" "anna" "ru_maxrss" "%s"\n' $memory
+  > done > immense
+  $ wmq stats immense | grep '^all'
+  all, 0:01:00 each           1   5.0     5    0.0     0  2,861,022,949.2  2,861,022,949.2
+  $ wmq stats --json immense | jq -c .runningJobs.memory
+  {"mean":3000000000000000,"peak":3000000000000000}
+
 Malformed lines are reported and counted, others only counted.
 
   $ printf '# comment\n\nnonsense\n"JOB_VACATED" "3.0" 5\n' | wmq stats 2> faults
