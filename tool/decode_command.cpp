@@ -87,8 +87,11 @@ void decodePart(DecodePart &part, const DecodeOptions &options) {
   part.badLines.clear();
   part.numLines = part.block.eachLine([&](std::string_view line, uint64_t number, uint64_t /*bytes*/) {
     const auto take = [&](std::string_view text, bool isTorn) {
-      Refusal why{WMQE_BAD_FORMAT, "a record that was not written to its end"};
-      if (!isTorn && (isPassedOver(text, options) || decodeLine(text, options, part, why))) return;
+      Refusal why;
+      if (isTorn)
+        why = tornRefusal();
+      else if (isPassedOver(text, options) || decodeLine(text, options, part, why))
+        return;
       part.badLines.push_back({number, std::move(why), part.json.size()});
     };
     if (options.splits)

@@ -23,6 +23,9 @@ void eachRecordText(std::string_view line, Take take) {
   }
 }
 
+// Why a torn one is refused.
+inline Refusal tornRefusal() { return {WMQE_BAD_FORMAT, "a record that was not written to its end"}; }
+
 }  // namespace wmq::tool
 
 #endif

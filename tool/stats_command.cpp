@@ -10,6 +10,7 @@
 #include "commands.h"
 #include "faults.h"
 #include "line_feed.h"
+#include "line_parts.h"
 #include "options.h"
 #include "output.h"
 #include "pipeline.h"
@@ -100,26 +101,57 @@ struct StatsPart : LinePart {
   std::vector<Record> samples;
 };
 
-void observeLine(std::string_view line, uint64_t number, uint64_t bytes, StatsPart &part) {
-  if (carriesNoRecord(line)) return part.counts.addOther();
-  wmqLineHeader header;
+// The text of a record, and what its header tells.
+struct HeadedText {
+  explicit HeadedText(std::string_view ofRecord)
+      : text(ofRecord), hasHeader(wmq_peekline(text.data(), &header) == 0) {}
+
+  std::string_view text;
+  wmqLineHeader header{};
+  bool hasHeader;
+};
+
+// False when it is refused; nothing of it is taken then.
+bool observeRecord(const HeadedText &record, uint64_t bytes, StatsPart &part, Refusal &why) {
   // A line with a bad header is checked: that tells what is wrong with it.
-  const bool isRecord = wmq_peekline(line.data(), &header) == 0;
-  const Counted counted = isRecord ? countedOf(header.type) : Counted::figures;
-  Refusal why;
+  const Counted counted = record.hasHeader ? countedOf(record.header.type) : Counted::figures;
   Record sample;
   eventRecord figures;
-  if (counted == Counted::all) sample = readRecord(line, why);
-  if (counted == Counted::figures) checkRecord(line, figures, why);
-  if (why.error != 0) {
+  if (counted == Counted::all) sample = readRecord(record.text, why);
+  if (counted == Counted::figures) checkRecord(record.text, figures, why);
+  if (why.error != 0) return false;
+  part.counts.addLine(record.header, bytes);
+  if (sample) part.samples.push_back(std::move(sample));
+  if (counted != Counted::figures) return true;
+  if (std::optional<JobFact> fact = jobFactOf(figures)) part.facts.push_back(std::move(*fact));
+  return true;
+}
+
+void observeParts(std::string_view line, uint64_t number, uint64_t bytes, StatsPart &part) {
+  uint64_t bytesLeft = bytes;
+  eachRecordText(line, [&](std::string_view text, bool isTorn) {
+    // The line end belongs to the last one.
+    const bool isLast = bytesLeft - text.size() <= bytes - line.size();
+    const uint64_t ownBytes = isLast ? bytesLeft : text.size();
+    bytesLeft -= ownBytes;
+    Refusal why;
+    if (isTorn)
+      why = tornRefusal();
+    else if (observeRecord(HeadedText(text), ownBytes, part, why))
+      return;
     part.counts.addMalformed();
     part.badLines.push_back({number, std::move(why)});
-    return;
-  }
-  part.counts.addLine(header, bytes);
-  if (sample) part.samples.push_back(std::move(sample));
-  if (counted != Counted::figures) return;
-  if (std::optional<JobFact> fact = jobFactOf(figures)) part.facts.push_back(std::move(*fact));
+  });
+}
+
+// Most lines hold a single record, which shows at once; the others take a search for where records begin.
+void observeLine(std::string_view line, uint64_t number, uint64_t bytes, StatsPart &part) {
+  if (carriesNoRecord(line)) return part.counts.addOther();
+  const HeadedText record(line);
+  const bool mayBeOpen = record.hasHeader &&
+                         (wmq_leavesopen(record.header.type) != 0 || record.header.type == EVENT_JOB_STATUS2);
+  Refusal why;
+  if (mayBeOpen || !observeRecord(record, bytes, part, why)) observeParts(line, number, bytes, part);
 }
 
 void observe(StatsPart &part) {

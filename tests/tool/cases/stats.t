@@ -174,6 +174,54 @@ What a line says behind its header counts only where something of it is told.
   Stream        1 file, 1 record, 24 bytes, 1 malformed line
   [1]
 
+Records that share a line count each with its own bytes, those behind the beginning of another too.
+
+  $ printf '"JOB_VACATED" "10.1" 5"SBD_JOB_STATUS" "10.1" 6 0 0 0 0 0 0 0 0 0 0 0 0 0 0"LOG_SWITCH" "10.1" 7 0 \n' > shared
+  $ printf '"JOB_OCCUPY_REQ" "10.1" 8"JOB_STATUS2" "10.1" 9"JOB_START" "10.1" 1' >> shared
+  $ sed -n 10p whole >> shared
+  $ wmq stats shared
+  shared:2: error 46 WMQE_BAD_FORMAT: JOB_STATUS2, field jobId at byte 22: a number
+  shared:2: error 46 WMQE_BAD_FORMAT: a record that was not written to its end
+  Stream        1 file, 5 records, 405 bytes, 2 malformed lines
+  Time span     1970-01-01T00:00:05Z to 2000-04-29T09:20:20Z, 265833:20:15
+  Versions      10.1 (5 records)
+  Jobs          1: 0 ended (0 without a start), 0 running, 1 waiting
+  Users         1
+  Queues        1
+  Run time      0 seconds in all
+  Core-hours    0.0
+  Wait time     median -, 95th percentile -
+  
+  Type            Records  Bytes
+  JOB_NEW               1    280  █████████████▉
+  JOB_OCCUPY_REQ        1     25  █▎
+  JOB_VACATED           1     22  █▏
+  SBD_JOB_STATUS        1     53  ██▋
+  LOG_SWITCH            1     25  █▎
+  
+  Queue  Jobs  Wait median  Wait 95 %  Core-hours
+  short     1            -          -         0.0
+  
+  User   Jobs  Wait median  Wait 95 %  Core-hours
+  user2     1            -          -         0.0
+  [1]
+  $ wmq decode shared 2>&1 > /dev/null
+  shared:2: error 46 WMQE_BAD_FORMAT: JOB_STATUS2, field jobId at byte 22: a number
+  shared:2: error 46 WMQE_BAD_FORMAT: a record that was not written to its end
+  [1]
+  $ for n in $(seq 300); do printf '"JOB_VACATED" "10.1" 5"JOB_START" "10.1" 1'; cat whole; done > large
+  $ wmq stats -j 1 large > expected 2> faults.1
+  [1]
+  $ sed -n 3,7p expected
+  Versions      10.1 (10,800 records)
+  Jobs          1,200: 1,200 ended (300 without a start), 0 running, 0 waiting
+  Users         3
+  Queues        2
+  Run time      1,278,000 seconds in all
+  $ wmq stats -j 3 large 2> faults | cmp - expected; cmp faults faults.1
+  $ wmq decode large 2>&1 > /dev/null | cmp - faults
+  [1]
+
 Names are shown as a terminal can take them, and survive in JSON.
 
   $ sed 's/user1/\x1b[31m\xff/g' whole > named
