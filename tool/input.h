@@ -35,6 +35,9 @@ class Input {
   // Puts at most `room` bytes at `into`. Returns how many; 0 at the end and from the first trouble on.
   size_t read(char *into, size_t room);
 
+  // Whether what was read so far had to be unpacked.
+  bool isPacked() const { return unpacker != nullptr; }
+
   Trouble trouble() const { return kindOfTrouble; }
   const std::string &troubleText() const { return textOfTrouble; }
 

@@ -35,6 +35,8 @@ bool isPlainFile(const std::string &file) {
   return file != "-" && stat(file.c_str(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
+constexpr uint64_t noSuffix = UINT64_MAX;
+
 // The suffix that rotation gave to a file, which grows from file to file. The file that is still written to
 // has none and comes last.
 uint64_t rotationSuffix(const std::string &file) {
@@ -42,7 +44,7 @@ uint64_t rotationSuffix(const std::string &file) {
   std::string digits = dot == std::string::npos ? "" : file.substr(dot + 1);
   bool isNumber =
       !digits.empty() && digits.size() < 19 && digits.find_first_not_of("0123456789") == std::string::npos;
-  return isNumber ? std::stoull(digits) : UINT64_MAX;
+  return isNumber ? std::stoull(digits) : noSuffix;
 }
 
 // A file and where in the stream it belongs.
@@ -70,18 +72,23 @@ int64_t firstEventTime(Blocks &blocks) {
   return time;
 }
 
+// A stream has one current file. Others without a suffix are kept open as well, but not any number of them.
+constexpr int mostCurrent = 100;
+
 // Jobs are followed through the stream, so its files are to be read in the order of their events, whatever
 // the order in which a shell lists them.
 std::deque<LineFeed::File> inOrderOfEvents(const std::vector<std::string> &files) {
   std::vector<StreamPart> parts;
+  int numCurrent = 0;
   for (const std::string &name : files) {
     StreamPart part{{name, nullptr}, INT64_MAX, rotationSuffix(name)};
     // A single input is in order as it is, and may be a pipe that brings its first line much later.
     if (files.size() > 1) {
       const auto opened = std::make_shared<Blocks>(name);
       part.firstTime = firstEventTime(*opened);
-      // What cannot be opened twice stays open.
-      if (!isPlainFile(name)) part.file.opened = opened;
+      // What cannot be opened twice stays open, and so does the file that may have another name by its turn.
+      const bool mayBeCurrent = part.suffix == noSuffix && !opened->source().isPacked();
+      if (!isPlainFile(name) || (mayBeCurrent && ++numCurrent <= mostCurrent)) part.file.opened = opened;
     }
     parts.push_back(std::move(part));
   }

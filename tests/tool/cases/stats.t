@@ -63,6 +63,19 @@ Order does not matter, nor do packing and pipes.
   $ wmq stats <(cat stream) stream.101.zst stream.100.gz | cmp - expected
   $ (zcat stream.100.gz; zstdcat stream.101.zst; cat stream) | wmq stats | tail -n +2 | cmp - <(tail -n +2 expected)
 
+The current file may be rotated before its turn comes. Here that is while the other file keeps the first look waiting.
+
+  $ cp stream current
+  $ mkfifo old
+  $ wmq stats current old | tail -n +2 > actual &
+  > exec 3> old
+  > mv current current.102
+  > echo '"LOG_SWITCH" "10.1" 1900000000 0' > current
+  > (zcat stream.100.gz; zstdcat stream.101.zst) >&3
+  > exec 3>&-
+  > wait
+  $ cmp actual <(tail -n +2 expected)
+
 Jobs that have not ended are waiting or running.
 
   $ head -n 14 whole | wmq stats | sed -n '/^Jobs/,/^Wait/p'
