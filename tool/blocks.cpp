@@ -55,7 +55,8 @@ bool Blocks::read(Block &block) {
       whole = static_cast<size_t>(static_cast<const char *>(last) - bytes.data()) + 1;
     end += got;
   }
-  block.size = more ? whole : end;
+  // What stands behind the last line end of an input that is cut short was not read to its end.
+  block.size = more || input.trouble() != Input::Trouble::none ? whole : end;
   rest.assign(bytes.begin() + static_cast<std::ptrdiff_t>(block.size),
               bytes.begin() + static_cast<std::ptrdiff_t>(end));
   return !block.empty();

@@ -14,7 +14,8 @@
 
 namespace wmq::tool {
 
-// Whole lines that follow each other. Only the last one of a file may lack its line end.
+// Whole lines that follow each other. Only the last one of a file that could be read to its end may lack its
+// line end.
 class Block {
  public:
   // Hands each line to `take` without its line end, which a NUL stands for meanwhile, with its number from 1

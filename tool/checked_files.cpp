@@ -19,6 +19,7 @@ bool isGone(Blocks &file) {
 void take(const CheckedPart &part, StreamCheck &check, PartReport &report) {
   if (part.block.empty() && isGone(*part.source)) return check.addGone();
   report.add(part);
+  if (part.block.empty() && part.source->source().trouble() == Input::Trouble::damaged) check.addDamage();
   check.add(part);
 }
 

@@ -40,7 +40,8 @@ bool Lines::next() {
     searched = end - begin;
     if (!readMore()) break;
   }
-  if (!found && begin == end) return false;
+  // What stands behind the last line end of an input that is cut short was not read to its end.
+  if (!found && (begin == end || input.trouble() != Input::Trouble::none)) return false;
 
   line = buffer.data() + begin;
   lineEnd = found != nullptr;

@@ -20,7 +20,8 @@ class Lines {
   // `file` is "-" for standard input.
   explicit Lines(std::string file);
 
-  // Goes to the next line; false when there is none. A last line without line end counts.
+  // Goes to the next line; false when there is none. A last line without line end counts when the file
+  // could be read to its end.
   bool next();
 
   // The current line without its line end. A NUL follows it.

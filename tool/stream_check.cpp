@@ -52,7 +52,7 @@ const char *flawText(Flaw flaw, uint64_t count) {
 }
 
 bool StreamCheck::isWhole() const {
-  return std::all_of(counts.begin(), counts.end(), [](uint64_t count) { return count == 0; });
+  return !isDamaged && std::all_of(counts.begin(), counts.end(), [](uint64_t count) { return count == 0; });
 }
 
 bool StreamCheck::isListed(Flaw flaw) const { return count(flaw) < mostFindings; }

@@ -59,6 +59,9 @@ class StreamCheck {
   // The next file was gone when its turn came.
   void addGone();
 
+  // The file at hand holds more than could be unpacked, which is reported where it is read.
+  void addDamage() { isDamaged = true; }
+
   // After the last part.
   void finish();
 
@@ -90,6 +93,7 @@ class StreamCheck {
   const std::vector<StreamFile> files;
   std::array<uint64_t, numFlaws> counts{};
 
+  bool isDamaged = false;
   size_t at = 0;         // the file at hand
   Place reached;         // behind all lines of it that were added
   bool endSeen = false;  // END_OF_STREAM, and nothing has come behind it
