@@ -36,7 +36,7 @@ struct LinePart {
 class LineFeed {
  public:
   // Files that are opened when their turn comes; "-" stands for standard input, and so does no file at all.
-  explicit LineFeed(const std::vector<std::string> &files);
+  explicit LineFeed(const std::vector<std::string> &names);
 
   // Files that may be open already.
   struct File {
