@@ -85,7 +85,9 @@ Help and version go to standard output.
   
     FILE:LINE: error NUMBER NAME: what is wrong
   
-  nothing is written for it and the next one goes on; the exit status is 1 then.
+  and the next one goes on; the exit status is 1 then. On standard output nothing
+  stands for it. In a stream file (-o) the beginning of a line that failed midway
+  may stand, and the next record goes on behind it.
   The status stream carries JOB_STATUS2 records, the pending-reasons stream
   JOB_PENDING_REASONS records; each drops most others without a word.
   
