@@ -330,14 +330,16 @@ void addReplayCommand(CLI::App &program, Run &run) {
   command->add_option("TRACE", options->trace)->required();
   addSinkOptions(*command, options->events,
                  "append to this stream file, which rotates into FILE.SECONDS; - is standard output", true);
-  command
-      ->add_option("--status", options->statusFile,
-                   "append a JOB_STATUS2 of each running job, every 300 seconds, to this stream file")
-      ->type_name("FILE");
-  command
-      ->add_option("--pending", options->pendingFile,
-                   "append JOB_PENDING_REASONS of the waiting jobs, every 300 seconds, to this stream file")
-      ->type_name("FILE");
+  CLI::Option *status =
+      command->add_option("--status", options->statusFile,
+                          "append a JOB_STATUS2 of each running job, every 300 seconds, to this stream file");
+  CLI::Option *pending = command->add_option(
+      "--pending", options->pendingFile,
+      "append JOB_PENDING_REASONS of the waiting jobs, every 300 seconds, to this stream file");
+  for (CLI::Option *file : {status, pending}) {
+    file->type_name("FILE");
+    refuseEmpty(*file, "file name");
+  }
   command->add_option("--limit", options->limit, "stop after N jobs of the trace")
       ->type_name("N")
       ->check(CLI::Range(uint64_t{1}, UINT64_MAX).description(""));

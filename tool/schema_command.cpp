@@ -13,6 +13,7 @@
 
 #include "commands.h"
 #include "faults.h"
+#include "options.h"
 #include "output.h"
 #include "records.h"
 #include "schema_text.h"
@@ -105,13 +106,11 @@ void addSchemaCommand(CLI::App &program, Run &run) {
   version->type_name("V");
   CLI::Option *json =
       command->add_flag("--json", options->json, "print a JSON object for each type, one on a line");
-  command
-      ->add_option("--markdown", options->pages,
-                   "write a page for each type and an index into the directory DIR instead of printing")
-      ->type_name("DIR")
-      ->excludes(type)
-      ->excludes(version)
-      ->excludes(json);
+  CLI::Option *pages = command->add_option(
+      "--markdown", options->pages,
+      "write a page for each type and an index into the directory DIR instead of printing");
+  pages->type_name("DIR")->excludes(type)->excludes(version)->excludes(json);
+  refuseEmpty(*pages, "directory name");
   command->footer(
       "Examples:\n"
       "  wmq schema JOB_FINISH --version 9.1\n"

@@ -301,6 +301,14 @@ A wrong command line ends with 2 and says where help is.
   wmq replay: TRACE is required
   Try 'wmq replay --help'.
   [2]
+  $ wmq replay trace.swf -o stream --status ''
+  wmq replay: --status: the file name is empty
+  Try 'wmq replay --help'.
+  [2]
+  $ wmq replay trace.swf -o stream --pending ''
+  wmq replay: --pending: the file name is empty
+  Try 'wmq replay --help'.
+  [2]
   $ wmq schema JOB_OLD
   wmq schema: TYPE: there is no event type 'JOB_OLD'
   Try 'wmq schema --help'.
@@ -315,6 +323,10 @@ A wrong command line ends with 2 and says where help is.
   [2]
   $ wmq schema JOB_NEW --markdown pages
   wmq schema: TYPE excludes --markdown
+  Try 'wmq schema --help'.
+  [2]
+  $ wmq schema --markdown ''
+  wmq schema: --markdown: the directory name is empty
   Try 'wmq schema --help'.
   [2]
   $ ls
