@@ -1,11 +1,13 @@
 // wmq replay: a workload trace becomes the events that a scheduler would have logged.
 #include <algorithm>
 #include <deque>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <queue>
 #include <set>
 #include <string>
+#include <system_error>
 #include <tuple>
 #include <vector>
 
@@ -303,10 +305,19 @@ int replayTrace(const ReplayOptions &options) {
   return faults.exitStatus();
 }
 
+// The same for all spellings of a path.
+std::string identityOf(const std::string &file) {
+  if (file == "-") return file;
+  std::error_code error;
+  std::filesystem::path path = std::filesystem::absolute(file, error);
+  if (!error) path = std::filesystem::weakly_canonical(path, error);
+  return error ? file : path.string();
+}
+
 void refuseSharedOutput(const ReplayOptions &options) {
-  std::set<std::string> files{options.events.file};
+  std::set<std::string> files{identityOf(options.events.file)};
   for (const std::string &file : {options.statusFile, options.pendingFile})
-    if (!file.empty() && !files.insert(file).second)
+    if (!file.empty() && !files.insert(identityOf(file)).second)
       throw CLI::ValidationError("two streams cannot share " +
                                  std::string(file == "-" ? "standard output" : "a file"));
 }

@@ -132,6 +132,19 @@ that has happened in its second. Jobs wait for those on which they depend, for p
   wmq replay: two streams cannot share a file
   Try 'wmq replay --help'.
   [2]
+  $ mkdir sub; ln -s . sub/link
+  $ wmq replay waiting.swf -o one --status ./one
+  wmq replay: two streams cannot share a file
+  Try 'wmq replay --help'.
+  [2]
+  $ wmq replay waiting.swf -o one --status two --pending sub/link/..//two
+  wmq replay: two streams cannot share a file
+  Try 'wmq replay --help'.
+  [2]
+  $ wmq replay waiting.swf -o one --status two --pending "$PWD/two"
+  wmq replay: two streams cannot share a file
+  Try 'wmq replay --help'.
+  [2]
   $ wmq replay waiting.swf -o other --pending /dev/full
   wmq: /dev/full: error 54 WMQE_SYS: No space left on device
   [3]
