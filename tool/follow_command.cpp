@@ -315,11 +315,11 @@ void addFollowCommand(CLI::App &program, Run &run) {
       "and the exit status is 1 then, but for an END_OF_STREAM in the middle of a file,\n"
       "at which nothing is missing. SIGTERM and SIGINT end it in good order.");
   addStreamPath(*command, options->path);
-  command
-      ->add_option("--from", options->from,
-                   "begin with the oldest old file, the start (default) or the end of the current one, or "
-                   "behind a position")
-      ->type_name("oldest|start|end|POSITION");
+  CLI::Option *from = command->add_option("--from", options->from,
+                                          "begin with the oldest old file, the start (default) or the end of "
+                                          "the current one, or behind a position");
+  from->type_name("oldest|start|end|POSITION");
+  refuseEmpty(*from, "position");
   CLI::Option *state = command->add_option(
       "--state", options->state,
       "keep the position in this file (by way of FILE.new), and go on there when it exists, whatever --from "

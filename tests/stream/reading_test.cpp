@@ -53,7 +53,7 @@ TEST_F(ReadingAStream, GivesTypeTimeAndVersionOfTheLine) {
   EXPECT_EQ(wmq_lineversion(), 9.1F);
 }
 
-TEST(ParsingALine, LeavesErrnoAsItWas) {
+TEST(ParsingOneLine, LeavesErrnoAsItWas) {
   for (const std::string line : {"\"JOB_VACATED\" \"10.1\" 1", "bad"}) {
     wmq_errno = 0;
     errno = EXDEV;

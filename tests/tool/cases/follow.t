@@ -185,7 +185,9 @@ Options that nobody can mean.
   wmq follow: PATH: standard input is no stream, but can be decoded (wmq decode)
   Try 'wmq follow --help'.
   [2]
-  $ for option in --state --exec; do wmq follow $option '' s; done
+  $ for option in --from --state --exec; do wmq follow $option '' s; done
+  wmq follow: --from: the position is empty
+  Try 'wmq follow --help'.
   wmq follow: --state: the file name is empty
   Try 'wmq follow --help'.
   wmq follow: --exec: the command is empty
