@@ -40,7 +40,8 @@ void Quantiles::add(uint64_t sample) {
   ++numSamples;
   if (isExact() && samples.size() < exactSamples && sample <= UINT32_MAX) {
     // There are as many of these as users: half of the room in them would be most of what a run takes.
-    if (samples.size() == samples.capacity()) samples.reserve(samples.size() + samples.size() / 8 + 4);
+    if (samples.size() == samples.capacity())
+      samples.reserve(std::min(exactSamples, samples.size() + samples.size() / 8 + 4));
     samples.push_back(static_cast<uint32_t>(sample));
     return;
   }
