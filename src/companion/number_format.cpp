@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "companion/decimal_digits.h"
 #include "companion/numbers.h"
 #include "companion/short_decimal.h"
 
@@ -16,43 +17,27 @@ constexpr uint64_t wholePowersOfTen[] = {1,      10,      100,      1000,      1
                                          100000, 1000000, 10000000, 100000000, 1000000000};
 constexpr int maxQuickPrecision = 9;
 
-// Eight bytes that are the decimal digits of a number below 10^8 with leading zeros, the first in the lowest
-// byte: halves, quarters and eighths are split off side by side.
-inline uint64_t eightDecimals(uint32_t value) {
-  const uint64_t fours = uint64_t{value % 10000} << 32 | value / 10000;
-  const uint64_t hundreds = (fours * 5243 >> 19) & 0x0000007f0000007f;
-  const uint64_t twos = (fours - 100 * hundreds) << 16 | hundreds;
-  const uint64_t tens = (twos * 103 >> 10) & 0x000f000f000f000f;
-  return (twos - 10 * tens) << 8 | tens;
-}
-
-// Writes eight bytes or two, of which those behind the number mean nothing.
-inline char *formatBelow100Million(char *out, uint32_t value) {
-  constexpr uint64_t zeros = 0x3030303030303030;
-  if (value < 100) {
-    const uint32_t tens = value * 103 >> 10;
-    *out = static_cast<char>('0' + tens);
-    out += tens != 0;
-    *out = static_cast<char>('0' + value - 10 * tens);
-    return out + 1;
+// What single precision can hold, times a power of ten up to 10^8, double precision holds exactly, and adding
+// 2^52 rounds it half to even. Null for other numbers. Writes eight bytes behind the point, of which those
+// behind the number mean nothing.
+char *formatSingleFixed(char *out, double magnitude, int precision) {
+  if constexpr (std::endian::native != std::endian::little) return nullptr;
+  constexpr uint64_t beyondSingle = (uint64_t{1} << 29) - 1;  // of the mantissa
+  if (precision < 1 || precision > 8 || !(magnitude < 0x1p21)) return nullptr;
+  if ((std::bit_cast<uint64_t>(magnitude) & beyondSingle) != 0) return nullptr;
+  const auto power = static_cast<uint32_t>(wholePowersOfTen[precision]);
+  const double rounded = magnitude * power + 0x1p52 - 0x1p52;
+  auto whole = static_cast<uint32_t>(magnitude);
+  auto decimals = static_cast<uint32_t>(static_cast<uint64_t>(rounded) - uint64_t{whole} * power);
+  if (decimals == power) {
+    decimals = 0;
+    ++whole;
   }
-  const uint64_t decimals = eightDecimals(value);
-  const int leadingBits = std::countr_zero(decimals) & 0b111000;  // of whole bytes
-  const uint64_t text = (decimals + zeros) >> leadingBits;
-  std::memcpy(out, &text, sizeof text);
-  return out + 8 - leadingBits / 8;
-}
-
-char *formatUint64(char *out, uint64_t value) {
-  constexpr uint32_t hundredMillion = 100'000'000;
-  if constexpr (std::endian::native != std::endian::little) return std::to_chars(out, out + 20, value).ptr;
-  if (value < hundredMillion) return formatBelow100Million(out, static_cast<uint32_t>(value));
-  const uint64_t high = value / hundredMillion;
-  out = high < hundredMillion ? formatBelow100Million(out, static_cast<uint32_t>(high))
-                              : formatUint64(out, high);
-  const uint64_t text = eightDecimals(static_cast<uint32_t>(value % hundredMillion)) + 0x3030303030303030;
-  std::memcpy(out, &text, sizeof text);
-  return out + sizeof text;
+  out = formatInt64(out, whole);
+  *out = '.';
+  const uint64_t text = (eightDecimals(decimals) + eightZeros) >> (64 - 8 * precision);
+  std::memcpy(out + 1, &text, sizeof text);
+  return out + 1 + precision;
 }
 
 char *formatDigits(char *out, uint64_t value, int numDigits) {
@@ -66,7 +51,7 @@ char *formatDigits(char *out, uint64_t value, int numDigits) {
 #ifdef __SIZEOF_INT128__
 // The fraction times a power of ten up to 10^9 stays exact in 128 bits, so that rounding half to even is a
 // matter of looking at the bits that fall off. Null when `magnitude` is beyond this.
-char *formatFixedQuickly(char *out, double magnitude, int precision) {
+[[gnu::noinline]] char *formatFixedQuickly(char *out, double magnitude, int precision) {
   __extension__ typedef unsigned __int128 Wide;
   if (!(magnitude < 0x1p63) || precision > maxQuickPrecision) return nullptr;
 
@@ -98,7 +83,7 @@ char *formatFixedQuickly(char *out, double magnitude, int precision) {
     }
   }
 
-  out = formatUint64(out, whole);
+  out = formatInt64(out, static_cast<int64_t>(whole));
   if (precision == 0) return out;
   *out++ = '.';
   return formatDigits(out, decimals, precision);
@@ -122,25 +107,26 @@ char *formatShortestReal(char *out, Real value) {
 
 }  // namespace
 
-char *formatInt64(char *out, int64_t value) {
-  if (value >= 0) return formatUint64(out, static_cast<uint64_t>(value));
-  *out++ = '-';
-  return formatUint64(out, uint64_t{0} - static_cast<uint64_t>(value));
-}
+char *formatInt64(char *out, int64_t value) { return integerInto(out, value); }
 
 char *formatInt32(char *out, int32_t value) { return std::to_chars(out, out + 11, value).ptr; }
+
+// Numbers that are not finite, and those that no quick way is made for.
+[[gnu::noinline]] static char *formatAnyFixed(char *out, double magnitude, int precision) {
+  if (!std::isfinite(magnitude)) {
+    std::memcpy(out, std::isnan(magnitude) ? "nan" : "inf", 3);
+    return out + 3;
+  }
+  if (char *const end = formatFixedQuickly(out, magnitude, precision)) return end;
+  return std::to_chars(out, out + 399, magnitude, std::chars_format::fixed, precision).ptr;
+}
 
 char *formatFixed(char *out, double value, int width, int precision) {
   char *const start = out;
   if (std::signbit(value)) *out++ = '-';
   const double magnitude = std::fabs(value);
-  char *end;
-  if (!std::isfinite(value)) {
-    std::memcpy(out, std::isnan(value) ? "nan" : "inf", 3);
-    end = out + 3;
-  } else if ((end = formatFixedQuickly(out, magnitude, precision)) == nullptr) {
-    end = std::to_chars(out, start + 400, magnitude, std::chars_format::fixed, precision).ptr;
-  }
+  char *end = formatSingleFixed(out, magnitude, precision);
+  if (end == nullptr) end = formatAnyFixed(out, magnitude, precision);
 
   const auto length = end - start;
   if (length >= width) return end;

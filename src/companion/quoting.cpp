@@ -33,22 +33,29 @@ char *escapedOneByOne(char *out, const char *text, const char *end) {
   return out;
 }
 
-// Copies fewer than 16 bytes when none of them needs an escape: two groups that may overlap.
+// Whether one of sixteen bytes needs an escape.
+bool needEscapes(uint64_t head, uint64_t tail) {
+#ifdef __SSE2__
+  return escapesIn(_mm_set_epi64x(static_cast<int64_t>(tail), static_cast<int64_t>(head))) != 0;
+#else
+  return holdsByte(head, '"') || holdsByte(tail, '"') || holdsByte(head, '\n') || holdsByte(tail, '\n');
+#endif
+}
+
+// Copies up to 16 bytes when none of them needs an escape: two groups that may overlap.
 bool copiedShort(char *out, const char *text, size_t length) {
   if (length >= 8) {
-    const uint64_t head = groupAt<uint64_t>(text);
-    const uint64_t tail = groupAt<uint64_t>(text + length - 8);
-    if (holdsByte(head, '"') || holdsByte(tail, '"') || holdsByte(head, '\n') || holdsByte(tail, '\n'))
-      return false;
+    const auto head = groupAt<uint64_t>(text);
+    const auto tail = groupAt<uint64_t>(text + length - 8);
+    if (needEscapes(head, tail)) return false;
     std::memcpy(out, &head, 8);
     std::memcpy(out + length - 8, &tail, 8);
     return true;
   }
   if (length >= 4) {
-    const uint32_t head = groupAt<uint32_t>(text);
-    const uint32_t tail = groupAt<uint32_t>(text + length - 4);
-    const uint64_t both = uint64_t{head} << 32 | tail;
-    if (holdsByte(both, '"') || holdsByte(both, '\n')) return false;
+    const auto head = groupAt<uint32_t>(text);
+    const auto tail = groupAt<uint32_t>(text + length - 4);
+    if (needEscapes(head, tail)) return false;
     std::memcpy(out, &head, 4);
     std::memcpy(out + length - 4, &tail, 4);
     return true;
@@ -56,26 +63,7 @@ bool copiedShort(char *out, const char *text, size_t length) {
   return false;
 }
 
-#ifdef __SSE2__
-unsigned lineEndsIn(__m128i group) {
-  return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(group, _mm_set1_epi8('\n'))));
-}
-#endif
-
 }  // namespace
-
-size_t quotedSize(const char *text, size_t length) {
-  size_t size = length + 2;
-  size_t at = 0;
-#ifdef __SSE2__
-  for (; length - at >= groupSize; at += groupSize) {
-    const __m128i group = loadGroup(text + at);
-    size += static_cast<size_t>(__builtin_popcount(quotesIn(group) | lineEndsIn(group)));
-  }
-#endif
-  for (; at < length; ++at) size += needsEscape(text[at]) ? 1 : 0;
-  return size;
-}
 
 char *quotedInto(char *out, const char *text, size_t length) {
   const char *const end = text + length;
@@ -83,21 +71,21 @@ char *quotedInto(char *out, const char *text, size_t length) {
 #ifdef __SSE2__
   while (static_cast<size_t>(end - text) >= groupSize) {
     const __m128i group = loadGroup(text);
-    _mm_storeu_si128(reinterpret_cast<__m128i *>(out), group);
-    const unsigned special = quotesIn(group) | lineEndsIn(group);
-    if (special == 0) {
+    storeGroup(out, group);
+    const unsigned escapes = escapesIn(group);
+    if (escapes == 0) {
       text += groupSize;
       out += groupSize;
       continue;
     }
-    const int plain = __builtin_ctz(special);
+    const int plain = __builtin_ctz(escapes);
     out = escapedInto(out + plain, text[plain]);
     text += plain + 1;
   }
 #else
   for (; end - text >= 8; text += 8) {
-    const uint64_t group = groupAt<uint64_t>(text);
-    if (holdsByte(group, '"') || holdsByte(group, '\n')) {
+    const auto group = groupAt<uint64_t>(text);
+    if (needEscapes(group, group)) {
       out = escapedOneByOne(out, text, text + 8);
       continue;
     }
@@ -105,8 +93,11 @@ char *quotedInto(char *out, const char *text, size_t length) {
     out += 8;
   }
 #endif
+  // The last group of a long text begins among bytes that are written. Where it needs no escape, these stand
+  // as they do in the text.
   const auto rest = static_cast<size_t>(end - text);
-  out = copiedShort(out, text, rest) ? out + rest : escapedOneByOne(out, text, end);
+  const size_t last = length < groupSize ? rest : groupSize;
+  out = copiedShort(out + rest - last, end - last, last) ? out + rest : escapedOneByOne(out, text, end);
   *out++ = '"';
   return out;
 }

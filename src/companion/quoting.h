@@ -18,6 +18,7 @@ namespace wmq {
 inline bool isEscape(char c) { return c == '"' || c == 'n'; }
 
 constexpr size_t groupSize = 16;
+constexpr unsigned groupMask = (1U << groupSize) - 1;
 
 #ifdef __SSE2__
 inline __m128i loadGroup(const char *text) {
@@ -38,6 +39,23 @@ inline __m128i firstOf(__m128i group, unsigned count) {
 inline unsigned quotesIn(__m128i group) {
   return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(group, _mm_set1_epi8('"'))));
 }
+
+// The bytes that need an escape.
+inline unsigned escapesIn(__m128i group) {
+  const __m128i quotes = _mm_cmpeq_epi8(group, _mm_set1_epi8('"'));
+  const __m128i lineEnds = _mm_cmpeq_epi8(group, _mm_set1_epi8('\n'));
+  return static_cast<unsigned>(_mm_movemask_epi8(_mm_or_si128(quotes, lineEnds)));
+}
+
+inline unsigned endsIn(__m128i group) {
+  return static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(group, _mm_setzero_si128())));
+}
+
+// A group at a multiple of its size may be loaded where only its beginning belongs to a text: it lies in one
+// page, and what stands behind the text is not looked at. Sanitizers cannot know.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#define WMQ_LOADS_GROUPS
+#endif
 #endif
 
 // The first double quote from `text` on; `end` when there is none. Nothing from `end` on is looked at.
@@ -54,9 +72,6 @@ inline const char *findQuote(const char *text, const char *end) {
   return quote == nullptr ? end : static_cast<const char *>(quote);
 #endif
 }
-
-// Number of bytes that quotedInto writes.
-size_t quotedSize(const char *text, size_t length);
 
 // Writes `text` in double quotes, without a blank before it and without a NUL, and returns the end. `out` has
 // room for 2 * length + 2 bytes; all of them may be overwritten.

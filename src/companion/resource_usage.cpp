@@ -1,6 +1,8 @@
 #include "companion/resource_usage.h"
 
+#include <bit>
 #include <climits>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 
@@ -33,8 +35,13 @@ const char *scanUsage(const char *text, wmxRusage &usage, int &converted) {
 
 char *formatUsage(char *out, const wmxRusage &usage) {
   for (const auto member : usageMembers) {
-    *out++ = ' ';
-    out = formatShortest(out, usage.*member);
+    *out = ' ';
+    if (std::bit_cast<uint64_t>(usage.*member) == 0) {  // most of them
+      out[1] = '0';
+      out += 2;
+    } else {
+      out = formatShortest(out + 1, usage.*member);
+    }
   }
   return out;
 }

@@ -2,15 +2,16 @@
 #ifndef WMQ_COMPANION_SHORT_DECIMAL_H
 #define WMQ_COMPANION_SHORT_DECIMAL_H
 
-#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <limits>
 
+#include "companion/decimal_digits.h"
+
 namespace wmq {
 
 // The shortest decimal that reads back to the same number, without exponent, if it is such a one: its end, or
-// null with nothing written. `out` has room for 24 bytes.
+// null with nothing written. `out` has room for 32 bytes.
 //
 // Of the decimals with so few digits no two read back to the same number: one that does is the shortest.
 template <class Real>
@@ -28,7 +29,7 @@ char *formatShort(char *out, Real value) {
   if (static_cast<Real>(thousandths) / 1000 != magnitude) return nullptr;
 
   if (negative) *out++ = '-';
-  out = std::to_chars(out, out + 20, thousandths / 1000).ptr;
+  out = unsignedInto(out, thousandths / 1000);
   const auto places = static_cast<unsigned>(thousandths % 1000);
   if (places == 0) return out;
   *out++ = '.';

@@ -22,6 +22,7 @@
 #include <type_traits>
 
 #include "companion/byte_groups.h"
+#include "companion/decimal_digits.h"
 #include "companion/short_decimal.h"
 
 namespace wmq {
@@ -87,11 +88,11 @@ char *shortest(char *first, char *last, T value) {
     }
     constexpr T exact = static_cast<T>(std::uint64_t{1} << std::numeric_limits<T>::digits);
     if (std::fabs(value) > exact) return std::to_chars(first, last, value, std::chars_format::scientific).ptr;
-  } else if (value >= 0 && value < 10) {
-    *first = static_cast<char>('0' + value);
-    return first + 1;
+    return std::to_chars(first, last, value).ptr;
+  } else {
+    static_assert(sizeof(T) < 8 || std::is_signed_v<T>);
+    return integerInto(first, value);
   }
-  return std::to_chars(first, last, value).ptr;
 }
 
 // Objects and arrays on one line. Each value has a comma behind it, which a closing bracket replaces: what is

@@ -26,7 +26,8 @@ struct Plain {
   static constexpr bool kept = false;
   static constexpr const char *form = std::is_same_v<T, int64_t> ? "%lld" : "%d";
   static constexpr const char *note = "";
-  static void write(Writer &io, const auto &log) { putInteger(io, log.*M); }
+  static constexpr bool integer = true;
+  static int64_t value(const auto &log) { return log.*M; }
   static bool read(Reader &io, T &value) { return scan(io, value); }
 };
 
@@ -35,7 +36,7 @@ template <auto M>
 struct Low32 : Plain<M> {
   static constexpr const char *form = "%d";
   static constexpr const char *note = "low 32 bits";
-  static void write(Writer &io, const auto &log) { putInteger(io, static_cast<int32_t>(log.*M)); }
+  static int64_t value(const auto &log) { return static_cast<int32_t>(log.*M); }
   static bool read(Reader &io, int64_t &value) {
     int32_t narrow = 0;
     if (!scan(io, narrow)) return false;
@@ -50,8 +51,10 @@ inline constexpr Low32<M> low32{};
 template <auto M, int Width, int Precision>
 struct Fixed : Plain<M> {
   static constexpr char form[] = {'%', '0' + Width, '.', '0' + Precision, 'f', '\0'};
-  static void write(Writer &io, const auto &log) {
-    putFixed(io, static_cast<double>(log.*M), Width, Precision);
+  static constexpr bool integer = false;
+  static constexpr size_t room = kFixedRoom;
+  static char *into(char *out, const auto &log) {
+    return fixedBehindBlank(out, static_cast<double>(log.*M), Width, Precision);
   }
 };
 template <auto M, int Width, int Precision>
@@ -70,7 +73,9 @@ inline constexpr Kept<M> kept{};
 template <auto M>
 struct HostCount : Plain<M> {
   static constexpr const char *note = "count of the host list";
-  static void write(Writer &, const auto &) {}
+  static constexpr bool integer = false;
+  static constexpr size_t room = 0;
+  static char *into(char *out, const auto &) { return out; }
 };
 template <auto M>
 inline constexpr HostCount<M> hostCount{};
@@ -96,6 +101,7 @@ inline constexpr Low32Unsigned<M> low32Unsigned{};
 template <auto M, auto Hosts>
 struct CompressedCount : Plain<M> {
   static constexpr const char *note = "count of the host list";
+  static constexpr bool integer = false;
   static void write(Writer &io, const auto &log) {
     putCompressedCount(io, log.*M, log.*Hosts, nameOf<Hosts>);
   }

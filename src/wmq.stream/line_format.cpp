@@ -3,16 +3,18 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "companion/byte_groups.h"
 #include "wmq.stream/failure.h"
 
 namespace wmq {
 namespace {
 
-// Whether the event stream writes this type; if not, `result` is what the call returns.
-bool isWritable(const EventType &type, int &result) {
+bool hasFields(const EventType &type) { return type.body == Body::fields || type.body == Body::openLine; }
+
+// Whether the event stream writes this type of which it writes no fields; if not, `result` is what the call
+// returns.
+[[gnu::cold]] bool isHeaderWritten(const EventType &type, int &result) {
   switch (type.body) {
-    case Body::fields:
-    case Body::openLine:
     case Body::headerOnly:
     case Body::sideStream:
       return true;
@@ -32,28 +34,33 @@ bool isWritable(const EventType &type, int &result) {
 }  // namespace
 
 void putHeader(Writer &io, const EventType &type, int32_t eventTime) {
+  constexpr std::string_view version = "\" \"" WMQ_FORMAT_VERSION "\"";
   nameType(type.name);
-  put(io, "\"");
-  put(io, std::string_view(type.name));
-  put(io, "\" \"" WMQ_FORMAT_VERSION "\"");
-  putInteger(io, eventTime);
+  const size_t nameLength = std::strlen(type.name);
+  char *out = room(io, 1 + nameLength + version.size() + kIntegerRoom);
+  if (out == nullptr) return;
+  *out++ = '"';
+  copyBytes(out, type.name, nameLength);
+  out += nameLength;
+  std::memcpy(out, version.data(), version.size());
+  io.size = static_cast<size_t>(integerBehindBlank(out + version.size(), eventTime) - io.text);
 }
 
 void putFields(Writer &io, const EventType &type, eventRecord &record) {
   putHeader(io, type, record.eventTime);
   type.codec->write(io, &record.eventLog);
-  if (type.body != Body::openLine) put(io, "\n");
+  if (type.body != Body::openLine) putByte(io, '\n');
 }
 
 // Types of which only the header is written leave wmq_errno as it was, and succeed only if it was 0.
 int putEventLine(Writer &io, eventRecord &record) {
   const EventType &type = eventType(record.type);
   int result = 0;
-  if (!isWritable(type, result)) return result;
-  if (type.body == Body::fields || type.body == Body::openLine) {
+  if (hasFields(type)) {
     putFields(io, type, record);
     wmq_errno = io.error;
   } else {
+    if (!isHeaderWritten(type, result)) return result;
     putHeader(io, type, record.eventTime);
     if (io.error != 0) wmq_errno = io.error;
   }
@@ -65,7 +72,7 @@ int writeFields(FILE *file, const RecordCodec &codec, const void *log, bool line
   nameType(nullptr);
   Writer &io = beginLine();
   codec.write(io, const_cast<void *>(log));
-  if (lineEnd) put(io, "\n");
+  if (lineEnd) putByte(io, '\n');
   const int result = handOver(io, file);
   finishLine(io);
   return result;

@@ -24,19 +24,25 @@ struct WaitingLines {
   bool areEnough() const { return count == most || io.size >= kKeptCapacity / 2; }
 };
 
-// Puts what waits into the file. Where that fails, the counter is set to what it would be had the record of
-// the line that is not whole been the last to be written.
-bool handOver(const streamFile &file, WaitingLines &lines, int &writes, size_t &written) {
-  const size_t taken = lines.io.size > 0 ? append(file, lines.io.text, lines.io.size) : 0;
-  const bool all = taken == lines.io.size;
+// Where only `taken` bytes of the lines reached the file: `written` counts the whole ones, and the counter is
+// set to what it would be had the record of the line that is not whole been the last to be written.
+[[gnu::cold]] void tellLoss(const WaitingLines &lines, size_t taken, int &writes, size_t &written) {
   const size_t *const behind = std::upper_bound(lines.ends, lines.ends + lines.count, taken);
   const auto whole = static_cast<size_t>(behind - lines.ends);
   written += whole;
+  wmq_errno = WMQE_SYS;
+  writes = static_cast<int>((static_cast<size_t>(lines.writesBefore) + whole + 1) % kWritesPerCheck);
+}
+
+// Puts what waits into the file.
+bool handOver(const streamFile &file, WaitingLines &lines, int &writes, size_t &written) {
+  const size_t taken = lines.io.size > 0 ? append(file, lines.io.text, lines.io.size) : 0;
+  const bool all = taken == lines.io.size;
   if (all) {
+    written += lines.count;
     lines.writesBefore = writes;
   } else {
-    wmq_errno = WMQE_SYS;
-    writes = static_cast<int>((static_cast<size_t>(lines.writesBefore) + whole + 1) % kWritesPerCheck);
+    tellLoss(lines, taken, writes, written);
   }
   lines.io.size = 0;
   lines.count = 0;
@@ -44,7 +50,7 @@ bool handOver(const streamFile &file, WaitingLines &lines, int &writes, size_t &
 }
 
 // The look at the size before every 100th write, which rotates a file that is full.
-int check(streamFile &file, WaitingLines &lines, int &writes, size_t &written) {
+[[gnu::cold]] int check(streamFile &file, WaitingLines &lines, int &writes, size_t &written) {
   const int full = isFull(file, lines.io.size);
   if (full <= 0) return full;
   return handOver(file, lines, writes, written) ? resetstream(file) : -1;

@@ -37,14 +37,15 @@ Writer &beginLine() {
 
 void beginNextLine(Writer &io) {
   io.begin = io.size;
+  io.end = io.capacity;
   io.error = 0;
   io.full = false;
 }
 
-void finishLine(Writer &io) {
+void giveBack(Writer &io) {
   if (io.text == nullptr) return;
-  const bool kept = io.capacity <= kKeptCapacity && (bufferKey.kept() != nullptr || bufferKey.keep(&io));
-  if (!kept) releaseBuffer(&io);
+  io.kept = io.capacity <= kKeptCapacity && (io.kept || bufferKey.keep(&io));
+  if (!io.kept) releaseBuffer(&io);
 }
 
 int handOver(Writer &io, FILE *file) {
@@ -55,6 +56,7 @@ int handOver(Writer &io, FILE *file) {
 void fail(Writer &io, int error, const char *field, const char *expected) {
   if (io.error != 0) return;
   io.error = error;
+  io.end = 0;
   noteFailure(field, io.size - io.begin, expected);
 }
 
@@ -70,6 +72,7 @@ char *grow(Writer &io, size_t bytes) {
   }
   io.text = text;
   io.capacity = capacity;
+  io.end = capacity;
   return text + io.size;
 }
 
@@ -80,27 +83,18 @@ void put(Writer &io, const char *text, size_t length) {
   }
 }
 
-void putInteger(Writer &io, int64_t value) {
-  char *out = room(io, 24);
-  if (out == nullptr) return;
+char *integerBehindBlank(char *out, int64_t value) {
   *out = ' ';
-  if (value >= 0 && value < 10) {  // nearly all
-    out[1] = static_cast<char>('0' + value);
-    io.size += 2;
-  } else {
-    io.size = static_cast<size_t>(formatInt64(out + 1, value) - io.text);
-  }
+  return formatInt64(out + 1, value);
 }
 
-void putFixed(Writer &io, double value, int width, int precision) {
-  char *out = room(io, 401);
-  if (out == nullptr) return;
-  *out = ' ';
-  io.size = static_cast<size_t>(formatFixed(out + 1, value, width, precision) - io.text);
+void putInteger(Writer &io, int64_t value) {
+  if (char *out = room(io, kIntegerRoom))
+    io.size = static_cast<size_t>(integerBehindBlank(out, value) - io.text);
 }
 
 void putQuotedInteger(Writer &io, int64_t value) {
-  char *out = room(io, 24);
+  char *out = room(io, kIntegerRoom + 2);
   if (out == nullptr) return;
   *out++ = ' ';
   *out++ = '"';
@@ -110,7 +104,7 @@ void putQuotedInteger(Writer &io, int64_t value) {
 }
 
 void putQuotedFixed(Writer &io, double value, int precision) {
-  char *out = room(io, 403);
+  char *out = room(io, kFixedRoom + 2);
   if (out == nullptr) return;
   *out++ = ' ';
   *out++ = '"';
@@ -119,18 +113,37 @@ void putQuotedFixed(Writer &io, double value, int precision) {
   io.size = static_cast<size_t>(out - io.text);
 }
 
-void putQuoted(Writer &io, const char *text) {
-  const bool empty = text == nullptr || *text == '\0';
-  const size_t length = empty ? 0 : std::strlen(text);
+static void putLongText(Writer &io, const char *text) {
+  const size_t length = std::strlen(text);
   char *out = room(io, 2 * length + 3);
   if (out == nullptr) return;
-  if (empty) {  // half of all
-    std::memcpy(out, " \"\"", 3);
-    io.size += 3;
-  } else {
-    *out = ' ';
-    io.size = static_cast<size_t>(quotedInto(out + 1, text, length) - io.text);
+  *out = ' ';
+  io.size = static_cast<size_t>(quotedInto(out + 1, text, length) - io.text);
+}
+
+void putQuoted(Writer &io, const char *text) {
+  alignas(groupSize) static constexpr char nothing[groupSize] = {};
+  if (text == nullptr) text = nothing;
+#ifdef WMQ_LOADS_GROUPS
+  // Most texts end in one group and need no escape.
+  if (reinterpret_cast<uintptr_t>(text) % groupSize == 0 && io.size + groupSize + 3 <= io.end) {
+    const __m128i group = loadGroup(text);
+    if (const unsigned ends = endsIn(group); ends != 0) {
+      const auto length = static_cast<unsigned>(__builtin_ctz(ends));
+      const unsigned escapes = escapesIn(group)
+                               << (groupSize - length);  // those behind the text leave the mask
+      if ((escapes & groupMask) == 0) {
+        char *const out = io.text + io.size;
+        std::memcpy(out, " \"", 2);
+        storeGroup(out + 2, group);
+        out[2 + length] = '"';
+        io.size += length + 3;
+        return;
+      }
+    }
   }
+#endif
+  putLongText(io, text);
 }
 
 bool arrayGiven(Writer &io, int64_t count, const void *array, const char *field) {

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "companion/numbers.h"
 #include "wmq.stream/presence.h"
 #include "wmq/records/shapes.h"
 
@@ -16,38 +17,48 @@ namespace wmq {
 struct Writer {
   char *text = nullptr;
   size_t size = 0;
+  size_t end = 0;  // of what may be written to: of the memory, or 0 after a failure
   size_t capacity = 0;
   size_t begin = 0;  // of the line that is being built, behind others that wait
   int error = 0;
   bool full = false;  // there was no memory for more
+  bool kept = false;  // the memory is freed when the thread ends
 };
 
 // The buffer of this thread, emptied. It is kept between lines up to a bound; finishLine gives back a larger
-// one.
+// one, and one that the end of the thread would not free.
 inline constexpr size_t kKeptCapacity = size_t{1} << 20;
 Writer &beginLine();
 void beginNextLine(Writer &io);
-void finishLine(Writer &io);
+void giveBack(Writer &io);
+inline void finishLine(Writer &io) {
+  if (!io.kept || io.capacity > kKeptCapacity) giveBack(io);
+}
 
 // Hands what was built to `file`; returns 0, the writer's error, or WMQE_SYS.
 int handOver(Writer &io, FILE *file);
 
 // ------------------------------------------------------------------ primitives
 
-void fail(Writer &io, int error, const char *field, const char *expected);
-char *grow(Writer &io, size_t bytes);
+[[gnu::cold]] void fail(Writer &io, int error, const char *field, const char *expected);
+[[gnu::cold]] char *grow(Writer &io, size_t bytes);
 
 // Where so many bytes may be put; null after a failure. `io.size` is the caller's to advance.
 inline char *room(Writer &io, size_t bytes) {
-  return io.error == 0 && io.capacity - io.size >= bytes ? io.text + io.size : grow(io, bytes);
+  return io.size + bytes <= io.end ? io.text + io.size : grow(io, bytes);
 }
 void put(Writer &io, const char *text, size_t length);
 inline void put(Writer &io, std::string_view text) { put(io, text.data(), text.size()); }
-void putInteger(Writer &io, int64_t value);                         // behind a blank
-void putFixed(Writer &io, double value, int width, int precision);  // behind a blank
-void putQuotedInteger(Writer &io, int64_t value);                   // behind a blank, in quotes
-void putQuotedFixed(Writer &io, double value, int precision);       // behind a blank, in quotes
-void putQuoted(Writer &io, const char *text);                       // behind a blank; null as ""
+inline void putByte(Writer &io, char byte) {
+  if (char *out = room(io, 1)) {
+    *out = byte;
+    ++io.size;
+  }
+}
+void putInteger(Writer &io, int64_t value);                    // behind a blank
+void putQuotedInteger(Writer &io, int64_t value);              // behind a blank, in quotes
+void putQuotedFixed(Writer &io, double value, int precision);  // behind a blank, in quotes
+void putQuoted(Writer &io, const char *text);                  // behind a blank; null as ""
 void putHosts(Writer &io, int32_t count, char *const *hosts, const char *field, bool withCount = true);
 void putCompressedCount(Writer &io, int32_t count, char *const *hosts, const char *field);
 void putUsage(Writer &io, const wmxRusage &usage);
@@ -65,17 +76,65 @@ bool rangesGiven(Writer &io, int32_t count, const int32_t *start, const int32_t 
 inline void put(Writer &io, int32_t value) { putInteger(io, value); }
 inline void put(Writer &io, int64_t value) { putInteger(io, value); }
 
+// A number behind a blank, at `out`, which has so much room; returns its end.
+inline constexpr size_t kIntegerRoom = 25;
+char *integerBehindBlank(char *out, int64_t value);
+inline constexpr size_t kFixedRoom = 401;
+inline char *fixedBehindBlank(char *out, double value, int width, int precision) {
+  *out = ' ';
+  return formatFixed(out + 1, value, width, precision);
+}
+
 template <auto F>
 struct NumberForm;
 
+template <typename Form, typename L>
+concept CanFail = requires(Writer &io, const L &log) {
+  Form::write(io, log);
+};
+
+template <typename Form>
+constexpr size_t roomOf() {
+  if constexpr (Form::integer)
+    return kIntegerRoom;
+  else
+    return Form::room;
+}
+
+template <typename Form>
+char *numberInto(char *out, const auto &log) {
+  if constexpr (Form::integer)
+    return integerBehindBlank(out, Form::value(log));
+  else
+    return Form::into(out, log);
+}
+
+// Numbers that stand side by side are written in place, unless one of them can fail.
+template <auto... Fs, typename L>
+void putNumbers(Writer &io, const L &log) {
+  if constexpr ((CanFail<NumberForm<Fs>, L> || ...)) {
+    if constexpr (sizeof...(Fs) == 1)
+      (NumberForm<Fs>::write(io, log), ...);
+    else
+      (putNumbers<Fs>(io, log), ...);
+  } else if constexpr (sizeof...(Fs) == 1 && (NumberForm<Fs>::integer && ...)) {
+    (putInteger(io, NumberForm<Fs>::value(log)), ...);
+  } else {
+    char *out = room(io, (roomOf<NumberForm<Fs>>() + ...));
+    if (out == nullptr) return;
+    ((out = numberInto<NumberForm<Fs>>(out, log)), ...);
+    io.size = static_cast<size_t>(out - io.text);
+  }
+}
+
 template <auto... Fs, typename When = Gate, typename Absent = int>
 void numbers(Writer &io, const auto &log, const When &when = always, const Absent & /*absent*/ = 0) {
-  if (isWritten(log, when)) (NumberForm<Fs>::write(io, log), ...);
+  if (isWritten(log, when)) putNumbers<Fs...>(io, log);
 }
 
 template <auto F, typename When = Gate, typename Absent = int>
 void number(Writer &io, const auto &log, const When &when = always, const Absent & /*absent*/ = 0) {
-  if (isWritten(log, when)) NumberForm<F>::write(io, log);
+  numbers<F>(io, log, when);
 }
 
 template <auto F>
@@ -241,7 +300,8 @@ void affinity(Writer &io, const auto &log, const auto & /*when*/) {
 template <Ranges Rule>
 void indexRanges(Writer &io, const auto &log, const auto & /*when*/) {
   putInteger(io, log.indexRangeCnt);
-  putRanges(io, log.indexRangeCnt, log.indexRangeStart, log.indexRangeEnd, log.indexRangeStep);
+  if (log.indexRangeCnt > 0)
+    putRanges(io, log.indexRangeCnt, log.indexRangeStart, log.indexRangeEnd, log.indexRangeStep);
 }
 
 template <auto M, int From, int To, typename When = Gate>
@@ -287,7 +347,7 @@ void negativeFails(Writer &, const auto &) {}
 
 inline void withoutSkips(Writer &) {}
 
-inline void trailingBlank(Writer &io) { put(io, " "); }
+inline void trailingBlank(Writer &io) { putByte(io, ' '); }
 
 }  // namespace wmq
 
