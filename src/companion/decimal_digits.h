@@ -10,32 +10,26 @@
 namespace wmq {
 
 // Eight bytes that are the decimal digits of a number below 10^8 with leading zeros, the first in the lowest
-// byte: halves, quarters and eighths are split off side by side.
+// byte. Halves, quarters, eighths are split off side by side: with `upper` parts in the low halves of groups
+// of `bits`, what `size` times them leaves of the number moves to the high halves.
 inline uint64_t eightDecimals(uint32_t value) {
-  const uint64_t fours = uint64_t{value % 10000} << 32 | value / 10000;
-  const uint64_t hundreds = (fours * 5243 >> 19) & 0x0000007f0000007f;
-  const uint64_t twos = (fours - 100 * hundreds) << 16 | hundreds;
-  const uint64_t tens = (twos * 103 >> 10) & 0x000f000f000f000f;
-  return (twos - 10 * tens) << 8 | tens;
-}
-
-// The same of four.
-inline uint32_t fourDecimals(uint32_t value) {
-  const uint32_t hundreds = value * 5243 >> 19;
-  const uint32_t twos = (value - 100 * hundreds) << 16 | hundreds;
-  const uint32_t tens = (twos * 103 >> 10) & 0x000f000f;
-  return (twos - 10 * tens) << 8 | tens;
+  const auto split = [](uint64_t groups, uint64_t upper, uint64_t size, int bits) {
+    return (groups << bits) - upper * ((size << bits) - 1);
+  };
+  const uint64_t fours = split(value, value / 10000, 10000, 32);
+  const uint64_t twos = split(fours, (fours * 5243 >> 19) & 0x0000007f0000007f, 100, 16);
+  return split(twos, (twos * 103 >> 10) & 0x000f000f000f000f, 10, 8);
 }
 
 inline constexpr uint64_t eightZeros = 0x3030303030303030;
 
-// Decimals without their leading zeros, written with as many bytes behind them that mean nothing.
-template <class Decimals>
-inline char *withoutZerosInto(char *out, Decimals decimals) {
-  const int leadingBits = std::countr_zero(decimals) & ~0b111;  // of whole bytes
-  const Decimals text = (decimals + static_cast<Decimals>(eightZeros)) >> leadingBits;
+// Eight bytes, of which those behind the number mean nothing. `value` is not 0.
+inline char *withoutZerosInto(char *out, uint32_t value) {
+  const uint64_t decimals = eightDecimals(value);
+  const auto leadingZeros = static_cast<unsigned>(__builtin_ctzll(decimals)) / 8;
+  const uint64_t text = (decimals + eightZeros) >> (8 * leadingZeros);
   std::memcpy(out, &text, sizeof text);
-  return out + sizeof text - leadingBits / 8;
+  return out + sizeof text - leadingZeros;
 }
 
 inline char *eightDigitsInto(char *out, uint32_t value) {
@@ -46,28 +40,28 @@ inline char *eightDigitsInto(char *out, uint32_t value) {
 
 inline constexpr uint32_t hundredMillion = 100'000'000;
 
-// From 10^16 on.
+inline constexpr uint64_t tenQuadrillion = uint64_t{hundredMillion} * hundredMillion;
+
+// From ten quadrillion on.
 [[gnu::cold]] inline char *longestInto(char *out, uint64_t value) {
-  constexpr uint64_t tenQuadrillion = uint64_t{hundredMillion} * hundredMillion;
-  out = withoutZerosInto(out, eightDecimals(static_cast<uint32_t>(value / tenQuadrillion)));
+  out = withoutZerosInto(out, static_cast<uint32_t>(value / tenQuadrillion));
   value %= tenQuadrillion;
   out = eightDigitsInto(out, static_cast<uint32_t>(value / hundredMillion));
   return eightDigitsInto(out, static_cast<uint32_t>(value % hundredMillion));
 }
 
-// What follows a write to a file finds little of its code in the nearest cache: less code is faster than more
-// cases.
+// What follows a write to a file finds little of its code in the nearest cache: less code is faster than a
+// shorter way for each length.
 inline char *unsignedInto(char *out, uint64_t value) {
   if constexpr (std::endian::native != std::endian::little) return std::to_chars(out, out + 20, value).ptr;
   if (value < 10) {
     *out = static_cast<char>('0' + value);
     return out + 1;
   }
-  if (value < 10000) return withoutZerosInto(out, fourDecimals(static_cast<uint32_t>(value)));
-  if (value < hundredMillion) return withoutZerosInto(out, eightDecimals(static_cast<uint32_t>(value)));
+  if (value < hundredMillion) return withoutZerosInto(out, static_cast<uint32_t>(value));
+  if (value >= tenQuadrillion) return longestInto(out, value);
   const uint64_t high = value / hundredMillion;
-  if (high >= hundredMillion) return longestInto(out, value);
-  out = withoutZerosInto(out, eightDecimals(static_cast<uint32_t>(high)));
+  out = withoutZerosInto(out, static_cast<uint32_t>(high));
   return eightDigitsInto(out, static_cast<uint32_t>(value - high * hundredMillion));
 }
 
