@@ -68,11 +68,11 @@ bool isPassedOver(std::string_view line, const DecodeOptions &options) {
 }
 
 bool decodeLine(std::string_view line, const DecodeOptions &options, DecodePart &part, Refusal &why) {
-  const Record record = readRecord(line, why);
-  if (!record) return false;
+  const eventRecord *const record = borrowRecord(line, why);
+  if (record == nullptr) return false;
   wmq_errno = 0;
   const ssize_t length =
-      wmq_record2json(record.get(), options.pretty, &part.record.text, &part.record.capacity);
+      wmq_record2json(record, options.pretty, &part.record.text, &part.record.capacity);
   if (length < 0) {
     why = lastRefusal();
     return false;

@@ -25,6 +25,14 @@ Record readRecord(std::string_view line, Refusal &why) {
   return record;
 }
 
+const eventRecord *borrowRecord(std::string_view line, Refusal &why) {
+  if (holdsNul(line, why)) return nullptr;
+  wmq_errno = 0;
+  const eventRecord *const record = wmq_borrowline(line.data());
+  if (record == nullptr) why = lastRefusal();
+  return record;
+}
+
 bool checkRecord(std::string_view line, eventRecord &record, Refusal &why) {
   if (holdsNul(line, why)) return false;
   if (wmq_checkline(line.data(), &record) == 0) return true;

@@ -35,6 +35,9 @@ Refusal lastRefusal();
 // The record of a line, behind which stands a NUL. Null when the line is refused.
 Record readRecord(std::string_view line, Refusal &why);
 
+// The same, which lasts until the thread asks for the next one (wmq_borrowline).
+const eventRecord *borrowRecord(std::string_view line, Refusal &why);
+
 // The same with nothing but figures in `*record` (wmq_checkline); false when the line is refused.
 bool checkRecord(std::string_view line, eventRecord &record, Refusal &why);
 

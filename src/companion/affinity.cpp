@@ -54,7 +54,7 @@ bool readCpus(const char *text, const char *end, affinityHost &host, int64_t &cp
   cpusLeft -= numCpus;
   if (numCpus == 0) return true;
 
-  host.cpus = static_cast<int32_t *>(std::malloc(static_cast<size_t>(numCpus) * sizeof(int32_t)));
+  host.cpus = static_cast<int32_t *>(takeBlock(static_cast<size_t>(numCpus) * sizeof(int32_t)));
   if (host.cpus == nullptr) return false;
   int32_t *out = host.cpus;
   forEachRange(text, end, [&](int32_t first, int32_t last) {
@@ -77,7 +77,7 @@ bool readHosts(const char *text, affinityAlloc &allocation, int64_t &cpusLeft) {
   const auto numHosts = std::count(text, textEnd, ';') + 1;
   if (numHosts > INT32_MAX) return false;
   allocation.hosts =
-      static_cast<affinityHost *>(std::calloc(static_cast<size_t>(numHosts), sizeof(affinityHost)));
+      static_cast<affinityHost *>(zeroed(static_cast<size_t>(numHosts), sizeof(affinityHost)));
   if (allocation.hosts == nullptr) return false;
 
   while (allocation.numHosts < numHosts) {
@@ -118,7 +118,7 @@ affinityAlloc *parseAffinity(const char *text, int64_t &cpusLeft) {
   cpusLeft -= allowed - left;
   if (wellFormed) return allocation;
   freeupAffinityJobData(allocation);
-  std::free(allocation);
+  giveBlock(allocation);
   return nullptr;
 }
 
@@ -157,10 +157,10 @@ extern "C" char *convertAffinityAlloc2Str(const struct affinityAlloc *allocation
 extern "C" void freeupAffinityJobData(struct affinityAlloc *allocation) {
   if (allocation == nullptr) return;
   for (int32_t i = 0; allocation->hosts != nullptr && i < allocation->numHosts; ++i) {
-    std::free(allocation->hosts[i].host);
-    std::free(allocation->hosts[i].cpus);
+    wmq::giveBlock(allocation->hosts[i].host);
+    wmq::giveBlock(allocation->hosts[i].cpus);
   }
-  std::free(allocation->hosts);
+  wmq::giveBlock(allocation->hosts);
   allocation->hosts = nullptr;
   allocation->numHosts = 0;
 }

@@ -83,13 +83,15 @@ bool keepsBlocks() {
 }
 
 void giveBlock(void *block) {
-  if (block == nullptr) return;
+  if (block == nullptr || borrowed.inUse) return;
   const size_t sizeClass = (malloc_usable_size(block) - BlockCache::leastBytes) / 16;
   if (sizeClass < BlockCache::numClasses && blockCache.units < blockCache.most) return keep(block, sizeClass);
   giveWithoutRoom(block, sizeClass);
 }
 #else
-void giveBlock(void *block) { std::free(block); }
+void giveBlock(void *block) {
+  if (!borrowed.inUse) std::free(block);
+}
 bool keepsBlocks() { return false; }
 void freeKeptBlocks(ptrdiff_t) {}
 #endif

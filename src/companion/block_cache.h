@@ -12,6 +12,8 @@
 #include <cstddef>
 #include <cstdlib>
 
+#include "companion/borrowed_memory.h"
+
 namespace wmq {
 
 struct KeptBlock {
@@ -62,8 +64,14 @@ inline void *takeKept(size_t sizeClass) {
   return block;
 }
 
-// As malloc and free.
+// A block for a text of so many whole groups of 16 bytes and one more; null where takeBlock is to be asked.
+inline void *takeGroups(size_t wholeGroups) {
+  return borrowed.inUse ? borrow(16 * (wholeGroups + 1)) : takeKept(wholeGroups);
+}
+
+// As malloc and free, unless the thread borrows.
 inline void *takeBlock(size_t bytes) {
+  if (borrowed.inUse) return borrow(bytes);
   constexpr size_t least = BlockCache::leastBytes;
   void *const kept = takeKept(bytes <= least ? 0 : (bytes - least + 15) / 16);
   return kept != nullptr ? kept : std::malloc(bytes);

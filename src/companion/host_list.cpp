@@ -1,5 +1,6 @@
 #include "companion/host_list.h"
 
+#include <algorithm>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
@@ -57,7 +58,7 @@ char *compressedCopy(const char *name, int32_t times) {
 }
 
 void freeNames(int64_t count, char **names) {
-  for (int64_t i = 0; i < count; ++i) std::free(names[i]);
+  for (int64_t i = 0; i < count; ++i) giveBlock(names[i]);
 }
 
 bool worthCompressing(int32_t count, char *const *hosts) {
@@ -75,6 +76,15 @@ int64_t timesOf(const char *host, const char *&plain) {
   plain = host;
   if (host != nullptr) compressedName(host, times, plain);
   return times;
+}
+
+// Nobody will release these names one by one: a compressed name itself ends in what it stands for.
+void shareExpanded(char **expanded, int32_t count, char *const *hosts) {
+  for (int32_t i = 0; i < count; ++i) {
+    const char *plain;
+    const int64_t times = timesOf(hosts[i], plain);
+    expanded = std::fill_n(expanded, times, const_cast<char *>(plain));
+  }
 }
 
 // Fills the places of compressed names with copies; the others stay null until nothing can fail any more.
@@ -139,12 +149,15 @@ int expandHosts(int32_t &count, char **&hosts, int64_t limit) {
 
   auto **const expanded = static_cast<char **>(zeroed(static_cast<size_t>(total), sizeof(char *)));
   if (expanded == nullptr) return WMQE_NO_MEM;
-  if (!copyExpanded(expanded, count, hosts)) {
+  if (borrowed.inUse) {
+    shareExpanded(expanded, count, hosts);
+  } else if (copyExpanded(expanded, count, hosts)) {
+    moveOver(expanded, count, hosts);
+  } else {
     freeNames(total, expanded);
-    std::free(expanded);
+    giveBlock(expanded);
     return WMQE_NO_MEM;
   }
-  moveOver(expanded, count, hosts);
   hosts = expanded;
   count = static_cast<int32_t>(total);
   return 0;

@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "companion/block_cache.h"
+
 namespace wmq {
 
 // The last `wanted` before `end`, null if there is none.
@@ -17,10 +19,10 @@ inline const char *findLast(const char *text, const char *end, char wanted) {
   return nullptr;
 }
 
-// A NUL-terminated copy from malloc; null when memory runs out.
+// A NUL-terminated copy, a block; null when memory runs out.
 inline char *copyOf(const char *first, const char *last) {
   const auto length = static_cast<size_t>(last - first);
-  auto *const copy = static_cast<char *>(std::malloc(length + 1));
+  auto *const copy = static_cast<char *>(takeBlock(length + 1));
   if (copy == nullptr) return nullptr;
   std::memcpy(copy, first, length);
   copy[length] = '\0';

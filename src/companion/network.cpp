@@ -6,6 +6,7 @@
 
 #include "companion/list_text.h"
 #include "companion/numbers.h"
+#include "companion/zeroed_memory.h"
 #include "wmq/companion.h"
 
 namespace wmq {
@@ -71,13 +72,13 @@ extern "C" int getNetworkAllocFromString(const char *text, int32_t *count,
   const auto numNetworks = std::count(text, end, ';') + 1;
   if (numNetworks > INT32_MAX) return WMQE_BAD_FORMAT;
   auto *const networks =
-      static_cast<networkAlloc *>(std::calloc(static_cast<size_t>(numNetworks), sizeof(networkAlloc)));
+      static_cast<networkAlloc *>(wmq::zeroed(static_cast<size_t>(numNetworks), sizeof(networkAlloc)));
   if (networks == nullptr) return WMQE_NO_MEM;
   int32_t begun = 0;
   const int error = wmq::readNetworks(text, end, static_cast<int32_t>(numNetworks), networks, begun);
   if (error != 0) {
     freeNetworkAlloc(begun, networks);
-    std::free(networks);
+    wmq::giveBlock(networks);
     return error;
   }
   *count = begun;
@@ -87,7 +88,7 @@ extern "C" int getNetworkAllocFromString(const char *text, int32_t *count,
 
 extern "C" void freeNetworkAlloc(int32_t count, struct networkAlloc *allocations) {
   for (int32_t i = 0; allocations != nullptr && i < count; ++i) {
-    std::free(allocations[i].name);
+    wmq::giveBlock(allocations[i].name);
     allocations[i].name = nullptr;
   }
 }

@@ -5,6 +5,7 @@
 #ifndef WMQ_COMPANION_ZEROED_MEMORY_H
 #define WMQ_COMPANION_ZEROED_MEMORY_H
 
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 
@@ -21,7 +22,8 @@ inline void *clear(void *memory, size_t bytes) {
 // As calloc; `count` and `size` are above 0.
 inline void *zeroed(size_t count, size_t size) {
   constexpr size_t most = 1024;
-  if (count > most / size) return std::calloc(count, size);
+  if (count > most / size && !borrowed.inUse) return std::calloc(count, size);
+  if (count > PTRDIFF_MAX / size) return nullptr;
   const size_t bytes = count * size;
   void *const memory = takeBlock(bytes);
   return memory != nullptr ? clear(memory, bytes) : nullptr;

@@ -11,6 +11,7 @@
 #pragma clang attribute pop
 #endif
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstddef>
@@ -52,12 +53,18 @@ struct OutputText {
     size += bytes;
   }
 
-  // What was written last, `bytes` of it, once more.
-  void repeat(std::size_t bytes) {
-    char *const at = room(bytes);
+  // What was written last, `bytes` of it, again and again: what has been repeated is copied along.
+  void repeat(std::size_t bytes, std::size_t times) {
+    char *const at = room(bytes * times);
     if (at == nullptr) return;
-    copyBytes(at, at - bytes, bytes);
-    size += bytes;
+    const char *const first = at - bytes;
+    const char *const end = at + bytes * times;
+    for (char *next = at; next != end;) {
+      const auto copied = std::min(next - first, end - next);
+      copyBytes(next, first, static_cast<std::size_t>(copied));
+      next += copied;
+    }
+    size += bytes * times;
   }
 
   // The text between double quotes, with what JSON wants escaped; a byte that is not part of well-formed

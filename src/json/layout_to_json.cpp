@@ -108,21 +108,29 @@ static bool writeRareValue(Writer &writer, const wmqField &field, const char *at
   return true;
 }
 
-// Host lists name a host once for each of its processors: a text that equals the one before is copied.
+// How many texts from `elements` on, `count` of them, equal `text`.
+static std::int64_t numEqual(const char *text, const char *elements, std::int64_t count) {
+  std::int64_t equal = 0;
+  for (; equal < count; ++equal, elements += sizeof text) {
+    const char *const other = load<const char *>(elements);
+    if (other == text) continue;
+    if (other == nullptr || text == nullptr || std::strcmp(other, text) != 0) break;
+  }
+  return equal;
+}
+
+// Host lists name a host once for each of its processors: texts that equal the one before are copied.
 template <typename Writer>
 static void writeStrings(Writer &writer, const char *elements, std::int64_t count) {
-  const char *before = nullptr;
-  std::size_t length = 0;  // of `before` as it was written
-  for (std::int64_t i = 0; i < count; ++i, elements += sizeof before) {
-    const char *const text = load<const char *>(elements);
-    if (Writer::equalsLookAlike && text != nullptr && before != nullptr && std::strcmp(text, before) == 0) {
-      writer.out.repeat(length);
-      continue;
-    }
+  constexpr std::size_t size = sizeof(const char *);
+  for (std::int64_t i = 0; i < count; ++i, elements += size) {
     const std::size_t begin = writer.out.size;
     writeString(writer, elements);
-    length = writer.out.size - begin;
-    before = text;
+    if (!Writer::equalsLookAlike) continue;
+    const std::int64_t more = numEqual(load<const char *>(elements), elements + size, count - i - 1);
+    writer.out.repeat(writer.out.size - begin, static_cast<std::size_t>(more));
+    i += more;
+    elements += static_cast<std::size_t>(more) * size;
   }
 }
 

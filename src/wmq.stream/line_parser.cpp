@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "companion/borrowed_memory.h"
 #include "companion/numbers.h"
 #include "companion/quoting.h"
 #include "companion/zeroed_memory.h"
@@ -207,6 +208,11 @@ eventRecord *wmq_readstreamline(const char *line) {
   }
   wmq::dropKeptRecord();
   return wmq::keepRecord(wmq::parseText(line, std::strlen(line)));
+}
+
+const eventRecord *wmq_borrowline(const char *line) {
+  const wmq::Borrowing borrowing;
+  return wmq_readstreamlineMT(line);
 }
 
 int wmq_checkline(const char *line, eventRecord *record) {

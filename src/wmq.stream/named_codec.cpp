@@ -3,6 +3,7 @@
 #include "companion/affinity.h"
 #include "companion/numbers.h"
 #include "companion/quoting.h"
+#include "companion/zeroed_memory.h"
 #include "wmq.stream/failure.h"
 
 namespace wmq {
@@ -27,7 +28,7 @@ bool takeString(Reader &io, const char *&text, size_t &length, char *&decoded) {
   }
   text = content;
   if (rawLength != length) {
-    decoded = static_cast<char *>(std::malloc(length + 1));
+    decoded = static_cast<char *>(takeBlock(length + 1));
     if (decoded == nullptr) {
       fail(io, WMQE_NO_MEM, nullptr, "memory for the pair");
       return false;
@@ -131,12 +132,12 @@ void readHostEntry(PairReader &in, hostRusageEntry &entry, bool withEnergy) {
     if (pair.is("hu_stime")) entry.stime = integerOf(pair);
     if (!withEnergy || !pair.is("hu_energy")) continue;
     if (entry.attrs == nullptr)
-      entry.attrs = static_cast<struct attribute *>(std::calloc(1, sizeof(struct attribute)));
+      entry.attrs = static_cast<struct attribute *>(zeroed(1, sizeof(struct attribute)));
     if (entry.attrs == nullptr) return fail(in.io, WMQE_NO_MEM, "hostRusage", "memory for the attribute");
     entry.numAttrs = 1;
-    if (entry.attrs->name == nullptr) entry.attrs->name = putstr_(kEnergy);
     if (entry.attrs->name == nullptr)
-      return fail(in.io, WMQE_NO_MEM, "hostRusage", "memory for the attribute");
+      entry.attrs->name = copyOfText(in, "hostRusage", kEnergy, sizeof kEnergy - 1);
+    if (entry.attrs->name == nullptr) return;
     keepString(in, "hostRusage", entry.attrs->value);
   }
 }
@@ -183,8 +184,7 @@ void putHostName(PairWriter &io, const char *name, const char *host) {
 // ---------------------------------------------------------------------- reading
 
 PairReader::~PairReader() {
-  std::free(decoded[0]);
-  std::free(decoded[1]);
+  for (char *const text : decoded) giveBlock(text);
 }
 
 bool nextPair(PairReader &in, bool announced, std::string_view expected) {

@@ -144,7 +144,7 @@ void readText(Reader &io, const char *field, char *&value) {
   static_assert(BlockCache::bytesOf(0) >= groupSize && BlockCache::bytesOf(1) >= 2 * groupSize);
   if (text.after == nullptr) return readAnyText(io, field, value, SIZE_MAX);
   if (io.keepsTexts) {
-    void *const block = takeKept(text.wholeGroups);
+    void *const block = takeGroups(text.wholeGroups);
     if (block == nullptr) return readAnyText(io, field, value, SIZE_MAX);
     value = static_cast<char *>(block);
     text.decodeInto(value);
@@ -307,6 +307,10 @@ void copyStrings(Reader &io, const char *field, int32_t &count, char **&array, i
   if (io.error != 0) return;
   count = otherCount;
   if (otherCount <= 0 || !io.keepsTexts) return;
+  if (borrowed.inUse) {  // nobody will release the two
+    array = const_cast<char **>(other);
+    return;
+  }
   array = static_cast<char **>(zeroed(static_cast<size_t>(otherCount), sizeof(char *)));
   count = 0;
   if (array == nullptr) return fail(io, WMQE_NO_MEM, field, "memory for the list");

@@ -381,7 +381,7 @@ void completeNumbers(Reader &io, auto &log) {
   if (io.error == 0) {
     log.*Array = array;
   } else {
-    std::free(array);
+    giveBlock(array);
   }
 }
 
@@ -459,8 +459,7 @@ void limitsFromLine(Reader &io, auto &log, bool converted) {
 }
 
 inline void forget(Reader &io, const char *field, char *&value) {
-  std::free(value);
-  value = nullptr;
+  release(value);
   emptyText(io, field, value);
 }
 inline void forget(Reader &, const char *, int32_t &value) { value = 0; }
