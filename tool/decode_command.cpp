@@ -43,7 +43,7 @@ struct DecodeOptions {
   }
 };
 
-// JSON of one record, in memory that is used again.
+// JSON of many records, in memory that is used again.
 struct JsonText {
   JsonText() = default;
   JsonText(const JsonText &) = delete;
@@ -52,11 +52,11 @@ struct JsonText {
 
   char *text = nullptr;
   size_t capacity = 0;
+  size_t size = 0;
 };
 
 struct DecodePart : LinePart {
-  JsonText record;
-  std::string json;
+  JsonText json;
 };
 
 // A line with a bad header is not passed over: reading it will tell what is wrong.
@@ -71,19 +71,17 @@ bool decodeLine(std::string_view line, const DecodeOptions &options, DecodePart 
   const eventRecord *const record = borrowRecord(line, why);
   if (record == nullptr) return false;
   wmq_errno = 0;
-  const ssize_t length =
-      wmq_record2json(record, options.pretty, &part.record.text, &part.record.capacity);
-  if (length < 0) {
+  JsonText &json = part.json;
+  if (wmq_appendjson(record, options.pretty, &json.text, &json.capacity, &json.size) < 0) {
     why = lastRefusal();
     return false;
   }
-  part.json.append(part.record.text, static_cast<size_t>(length));
-  part.json += '\n';
+  json.text[json.size++] = '\n';  // where the NUL stood
   return true;
 }
 
 void decodePart(DecodePart &part, const DecodeOptions &options) {
-  part.json.clear();
+  part.json.size = 0;
   part.badLines.clear();
   part.numLines = part.block.eachLine([&](std::string_view line, uint64_t number, uint64_t /*bytes*/) {
     const auto take = [&](std::string_view text, bool isTorn) {
@@ -92,7 +90,7 @@ void decodePart(DecodePart &part, const DecodeOptions &options) {
         why = tornRefusal();
       else if (isPassedOver(text, options) || decodeLine(text, options, part, why))
         return;
-      part.badLines.push_back({number, std::move(why), part.json.size()});
+      part.badLines.push_back({number, std::move(why), part.json.size});
     };
     if (options.splits)
       eachRecordText(line, take);
@@ -104,9 +102,9 @@ void decodePart(DecodePart &part, const DecodeOptions &options) {
 
 // Records and faults, in the order of their lines.
 bool printPart(const DecodePart &part, PartReport &report, Output &output) {
-  std::string_view rest = part.json;
+  std::string_view rest(part.json.text, part.json.size);
   report.add(part, [&](const BadLine &line) {
-    const size_t length = line.textBefore - (part.json.size() - rest.size());
+    const size_t length = line.textBefore - (part.json.size - rest.size());
     output.write(rest.substr(0, length));
     rest.remove_prefix(length);
   });

@@ -26,10 +26,9 @@ Record readRecord(std::string_view line, Refusal &why) {
 }
 
 const eventRecord *borrowRecord(std::string_view line, Refusal &why) {
-  if (holdsNul(line, why)) return nullptr;
   wmq_errno = 0;
-  const eventRecord *const record = wmq_borrowline(line.data());
-  if (record == nullptr) why = lastRefusal();
+  const eventRecord *const record = wmq_borrowline(line.data(), line.size());
+  if (record == nullptr && !holdsNul(line, why)) why = lastRefusal();
   return record;
 }
 

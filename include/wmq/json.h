@@ -21,6 +21,11 @@ extern "C" {
 WMQ_API ssize_t wmq_record2json(const struct eventRecord *record, int pretty, char **buffer,
                                 size_t *capacity);
 
+// The same behind the `*length` bytes that the buffer holds already, which grows by what is returned, so that
+// many records gather in one text. After a failure `*length` stands as it was, and so do those bytes.
+WMQ_API ssize_t wmq_appendjson(const struct eventRecord *record, int pretty, char **buffer, size_t *capacity,
+                               size_t *length);
+
 // Reads one JSON object of `length` bytes (nothing but white space may follow it). Absent members are as in a
 // zero-filled record. The new record is the caller's, to be released with wmq_freekept and wmq_freelogrec.
 // Returns null with wmq_errno

@@ -76,8 +76,7 @@ bool readHosts(const char *text, affinityAlloc &allocation, int64_t &cpusLeft) {
   const char *const textEnd = text + std::strlen(text);
   const auto numHosts = std::count(text, textEnd, ';') + 1;
   if (numHosts > INT32_MAX) return false;
-  allocation.hosts =
-      static_cast<affinityHost *>(zeroed(static_cast<size_t>(numHosts), sizeof(affinityHost)));
+  allocation.hosts = static_cast<affinityHost *>(zeroed(static_cast<size_t>(numHosts), sizeof(affinityHost)));
   if (allocation.hosts == nullptr) return false;
 
   while (allocation.numHosts < numHosts) {

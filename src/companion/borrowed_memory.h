@@ -1,5 +1,5 @@
-// The memory of a record that nobody releases: all that is allocated while a thread borrows lies in a few long
-// chunks, stays until the thread borrows anew, and goes without anybody looking for its parts.
+// The memory of a record that nobody releases: all that is allocated while a thread borrows lies in a few
+// long chunks, stays until the thread borrows anew, and goes without anybody looking for its parts.
 #ifndef WMQ_COMPANION_BORROWED_MEMORY_H
 #define WMQ_COMPANION_BORROWED_MEMORY_H
 
@@ -10,7 +10,7 @@ namespace wmq {
 struct BorrowedChunk;
 
 struct BorrowedMemory {
-  char *next;             // free bytes of the first chunk
+  char *next;  // free bytes of the first chunk
   char *end;
   BorrowedChunk *chunks;  // the newest first
   size_t wanted;          // for the next chunk

@@ -28,8 +28,9 @@ static bool writeRecord(Writer &writer, const eventRecord &record, const wmqLayo
 
 }  // namespace wmq
 
-ssize_t wmq_record2json(const eventRecord *record, int pretty, char **buffer, size_t *capacity) {
-  if (record == nullptr || buffer == nullptr || capacity == nullptr) {
+ssize_t wmq_appendjson(const eventRecord *record, int pretty, char **buffer, size_t *capacity,
+                       size_t *length) {
+  if (record == nullptr || buffer == nullptr || capacity == nullptr || length == nullptr) {
     wmq_errno = WMQE_BAD_ARG;
     return -1;
   }
@@ -40,7 +41,7 @@ ssize_t wmq_record2json(const eventRecord *record, int pretty, char **buffer, si
     return -1;
   }
 
-  wmq::OutputText out{*buffer, *buffer == nullptr ? 0 : *capacity};
+  wmq::OutputText out{*buffer, *buffer == nullptr ? 0 : *capacity, *length};
   bool written = false;
   if (pretty != 0) {
     wmq::IndentingWriter writer(out);
@@ -56,5 +57,12 @@ ssize_t wmq_record2json(const eventRecord *record, int pretty, char **buffer, si
     wmq_errno = WMQE_NO_MEM;
     return -1;
   }
-  return static_cast<ssize_t>(out.size - 1);
+  const size_t added = out.size - 1 - *length;
+  *length += added;
+  return static_cast<ssize_t>(added);
+}
+
+ssize_t wmq_record2json(const eventRecord *record, int pretty, char **buffer, size_t *capacity) {
+  size_t length = 0;
+  return wmq_appendjson(record, pretty, buffer, capacity, &length);
 }

@@ -210,9 +210,13 @@ eventRecord *wmq_readstreamline(const char *line) {
   return wmq::keepRecord(wmq::parseText(line, std::strlen(line)));
 }
 
-const eventRecord *wmq_borrowline(const char *line) {
+const eventRecord *wmq_borrowline(const char *line, size_t length) {
+  if (line == nullptr) {
+    wmq_errno = WMQE_BAD_ARG;
+    return nullptr;
+  }
   const wmq::Borrowing borrowing;
-  return wmq_readstreamlineMT(line);
+  return wmq::parsestreamlineMT(line, length);
 }
 
 int wmq_checkline(const char *line, eventRecord *record) {
