@@ -270,6 +270,8 @@ static void lineByLine(const char *path) {
     CHECK(wmq_checkline(line, &figures) == 0 && figures.type == header.type);
     eventRecord *record = wmq_readstreamlineMT(line);
     CHECK(record != NULL);
+    const eventRecord *borrowed = wmq_borrowline(line, strlen(line));
+    CHECK(borrowed != NULL && borrowed->type == header.type && borrowed != record);
     CHECK(record == NULL || (header.type == record->type && header.eventTime == record->eventTime));
     CHECK(sameText(header.version, wmq_streamversion()));
     if (record != NULL && count < 3) compare[count](record);

@@ -64,9 +64,10 @@ inline void *takeKept(size_t sizeClass) {
   return block;
 }
 
-// A block for a text of so many whole groups of 16 bytes and one more; null where takeBlock is to be asked.
+// A block for a text of so many whole groups of 16 bytes and one more, from memory that is there already;
+// null when there is none.
 inline void *takeGroups(size_t wholeGroups) {
-  return borrowed.inUse ? borrow(16 * (wholeGroups + 1)) : takeKept(wholeGroups);
+  return borrowed.inUse ? borrowed.take(16 * (wholeGroups + 1)) : takeKept(wholeGroups);
 }
 
 // As malloc and free, unless the thread borrows.

@@ -1,6 +1,7 @@
 #include "companion/borrowed_memory.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 
 #include "companion/block_cache.h"
@@ -42,8 +43,10 @@ size_t bytesBorrowed() {
 
 // A checker of memory is to see each block for itself.
 void *borrowMore(size_t bytes) {
-  constexpr size_t most = SIZE_MAX - sizeof(BorrowedChunk);
+  constexpr size_t alignment = alignof(std::max_align_t);
+  constexpr size_t most = PTRDIFF_MAX - sizeof(BorrowedChunk) - alignment;
   if (bytes > most) return nullptr;
+  bytes = (bytes + alignment - 1) / alignment * alignment;  // what comes next is to be aligned, too
   const size_t size = keepsBlocks() ? std::max(bytes, borrowed.wanted) : bytes;
   auto *const chunk = static_cast<BorrowedChunk *>(std::malloc(sizeof(BorrowedChunk) + size));
   if (chunk == nullptr) return nullptr;

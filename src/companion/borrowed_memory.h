@@ -15,6 +15,16 @@ struct BorrowedMemory {
   BorrowedChunk *chunks;  // the newest first
   size_t wanted;          // for the next chunk
   bool inUse;             // what is allocated now comes from here
+
+  // From the first chunk; null when it has no such room.
+  void *take(size_t bytes) {
+    constexpr size_t alignment = alignof(std::max_align_t);
+    const size_t room = (bytes + alignment - 1) / alignment * alignment;
+    if (room > static_cast<size_t>(end - next)) return nullptr;
+    void *const taken = next;
+    next += room;
+    return taken;
+  }
 };
 
 // Where it is must cost nothing to know.
@@ -25,12 +35,8 @@ void *borrowMore(size_t bytes);
 
 // Memory for anything; null when memory runs out.
 inline void *borrow(size_t bytes) {
-  constexpr size_t alignment = alignof(std::max_align_t);
-  const size_t room = (bytes + alignment - 1) / alignment * alignment;
-  if (room > static_cast<size_t>(borrowed.end - borrowed.next)) return borrowMore(room);
-  void *const taken = borrowed.next;
-  borrowed.next += room;
-  return taken;
+  void *const taken = borrowed.take(bytes);
+  return taken != nullptr ? taken : borrowMore(bytes);
 }
 
 // Gives up what the thread has borrowed before; while it lives, takeBlock borrows and giveBlock does nothing.

@@ -117,6 +117,34 @@ TEST_P(EveryAllocationOfReading, MayBeTheFirstOfManyThatFail) {
     readWithEachFailing(written(*richRecord(GetParam(), value)), FailingAllocation::failToo);
 }
 
+// What was borrowed before a failure goes with the next line.
+TEST_P(EveryAllocationOfReading, MayFailOnLinesThatAreBorrowed) {
+  const auto giveUp = [] { wmq_borrowline("", 0); };
+  for (uint64_t value = 1; value <= kRecordsOfType; ++value) {
+    const std::string line = written(*richRecord(GetParam(), value));
+    bool failed = true;
+    for (int nth = 1; failed; ++nth) {
+      SCOPED_TRACE("allocation " + std::to_string(nth) + " of " + line);
+      giveUp();
+      const int before = allocationsLeft();
+      wmq_errno = 0;
+      const eventRecord *record = nullptr;
+      {
+        const FailingAllocation failing(nth, FailingAllocation::work);
+        record = wmq_borrowline(line.data(), line.size());
+        failed = failing.hasFailed();
+      }
+      ASSERT_EQ(record == nullptr, failed);
+      if (failed) {
+        const int expected = nth == 1 ? WMQE_NO_MEM : expectedError(GetParam(), wmq_errdetail());
+        ASSERT_EQ(wmq_errno, expected) << wmq_errdetail();
+      }
+      giveUp();
+      ASSERT_EQ(allocationsLeft(), before);
+    }
+  }
+}
+
 // A layout's reader leaves what it has read in the record of its caller, who releases it: what release keeps
 // by design is all that stays, and it is freed behind that.
 TEST_P(EveryAllocationOfReading, LeavesARecordThatCanBeReleased) {

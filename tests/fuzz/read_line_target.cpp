@@ -1,9 +1,10 @@
 // One line, of any bytes: it is refused with a reason, or becomes a record that can be shown, written, read
-// again and released. A look at its figures alone comes to the same.
+// again and released. A look at its figures alone, and a record that is borrowed, come to the same.
 #include "fuzz/fuzz_target.h"
 #include "fuzz/record_checks.h"
 #include "fuzz/requirement.h"
 #include "support/collected_lines.h"
+#include "support/record_text.h"
 #include "support/user_directory.h"
 
 namespace wmq::testing {
@@ -16,6 +17,15 @@ static void checkFigures(const std::string &line, const eventRecord *record, int
   require(figures.type == record->type && figures.eventTime == record->eventTime, "the same header");
 }
 
+static void checkBorrowed(std::string_view line, const eventRecord *record, int error) {
+  const std::string text(line);  // with a NUL behind it
+  wmq_errno = 0;
+  const eventRecord *const borrowed = wmq_borrowline(text.data(), text.size());
+  require((borrowed == nullptr) == (record == nullptr) && wmq_errno == error,
+          "borrowing fails as parsing does");
+  if (record != nullptr) require(jsonOf(*borrowed) == jsonOf(*record), "the same record is borrowed");
+}
+
 void tryInput(std::string_view input) {
   static const UserDirectory users({{0, "root"}, {2, "two"}, {1001, "anna"}});
   if (isHuge(input)) return;
@@ -23,6 +33,7 @@ void tryInput(std::string_view input) {
   const int error = record == nullptr ? wmq_errno : 0;
   if (record == nullptr) checkRefusal(error, wmq_errdetail());
   checkFigures(std::string(input.substr(0, input.find('\0'))), record.get(), error);
+  checkBorrowed(input.substr(0, input.find('\0')), record.get(), error);
   if (record == nullptr) return;
   checkRecordOfLine(*record);
   checkRelease(std::move(record));

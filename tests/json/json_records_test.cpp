@@ -54,6 +54,30 @@ std::vector<std::int32_t> typesWithLog() {
   return types;
 }
 
+TEST(JsonRecords, GatherInOneText) {
+  eventRecord record{};
+  record.type = EVENT_MBD_DIE;
+  char *buffer = nullptr;
+  std::size_t capacity = 0;
+  std::size_t length = 0;
+  std::string expected;
+  for (int pretty : {0, 1, 0}) {
+    record.eventTime += 1;
+    const ssize_t added = wmq_appendjson(&record, pretty, &buffer, &capacity, &length);
+    EXPECT_EQ(static_cast<std::size_t>(added), jsonOf(record, pretty).size());
+    expected += jsonOf(record, pretty);
+    EXPECT_EQ(length, expected.size());
+    EXPECT_EQ(buffer, expected);
+  }
+  record.type = 99999;
+  EXPECT_EQ(wmq_appendjson(&record, 0, &buffer, &capacity, &length), -1);
+  EXPECT_EQ(wmq_errno, WMQE_BAD_EVENT);
+  EXPECT_EQ(std::string(buffer, length), expected);
+  EXPECT_EQ(wmq_appendjson(&record, 0, &buffer, &capacity, nullptr), -1);
+  EXPECT_EQ(wmq_errno, WMQE_BAD_ARG);
+  std::free(buffer);
+}
+
 // ------------------------------------------------------------------------------ the envelope
 
 TEST(JsonRecords, BeginWithTypeCodeVersionAndTime) {

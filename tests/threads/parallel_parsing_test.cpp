@@ -124,6 +124,22 @@ TEST_F(ParsingInSeveralThreads, GivesSixteenThreadsTheRecordsOfAllTypesThatOneGe
     for (const size_t index : indices) ADD_FAILURE() << lines[index];
 }
 
+// What a thread borrows lasts while others borrow, and goes when the thread ends.
+TEST_F(ParsingInSeveralThreads, LendsEachItsOwnRecord) {
+  const std::vector<std::string> lines = mixedLines(1400);
+  std::vector<std::string> expected;
+  for (const std::string &line : lines) expected.push_back(shownOutcomeOf(line));
+  std::vector<int> wrong(4);
+  inThreads(4, [&](int thread) {
+    for (size_t i = 0; i < lines.size(); ++i) {
+      const size_t at = (i + static_cast<size_t>(thread) * 5) % lines.size();
+      const eventRecord *const record = wmq_borrowline(lines[at].data(), lines[at].size());
+      if (record != nullptr && jsonOf(*record) != expected[at]) ++wrong[static_cast<size_t>(thread)];
+    }
+  });
+  EXPECT_EQ(wrong, (std::vector<int>{0, 0, 0, 0}));
+}
+
 TEST_F(ParsingInSeveralThreads, GoesOnBesideAStreamInUse) {
   const TemporaryDirectory directory;
   std::string path = directory / "s";
