@@ -94,6 +94,21 @@ bool takeHeader(Reader &io, Header &header, float &lineVersion) {
   return true;
 }
 
+// Nearly all headers end long before this: the end of a long line need not be known then. Returns the error
+// of a malformed one.
+int findHeader(const char *line, Header &header) {
+  constexpr size_t usualMost = 128;
+  float lineVersion = 0;
+  const size_t length = strnlen(line, usualMost);
+  Reader io = headerReader(line, length);
+  const bool found = takeHeader(io, header, lineVersion);
+  if (length < usualMost || (found && io.cursor < io.end)) return io.error;
+  header = {};
+  io = headerReader(line, std::strlen(line));
+  takeHeader(io, header, lineVersion);
+  return io.error;
+}
+
 // Nobody will ever hold this record: what release keeps goes too.
 eventRecord *discard(eventRecord *record) {
   wmq_freekept(record);
@@ -236,11 +251,9 @@ int wmq_peekline(const char *line, wmqLineHeader *header) {
     wmq_errno = WMQE_BAD_ARG;
     return -1;
   }
-  wmq::Reader io = wmq::headerReader(line, std::strlen(line));
   wmq::Header found;
-  float lineVersion = 0;
-  if (!wmq::takeHeader(io, found, lineVersion)) {
-    wmq_errno = io.error;
+  if (const int error = wmq::findHeader(line, found); error != 0) {
+    wmq_errno = error;
     return -1;
   }
   header->type = found.type != nullptr ? found.type->code : -1;

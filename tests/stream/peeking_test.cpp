@@ -62,6 +62,18 @@ TEST_F(PeekingAtALine, DoesNotCareForTheFields) {
   expectHeader("\"JOB_NEW\" \"10.1\" 5 rubbish \"\xff", EVENT_JOB_NEW, "10.1", 5);
 }
 
+TEST_F(PeekingAtALine, FindsAHeaderHoweverManyBlanksStandInIt) {
+  for (size_t blanks = 1; blanks <= 300; ++blanks) {
+    const std::string gap(blanks, ' ');
+    const std::string rest = " 42 " + std::string(200, 'x');
+    expectHeader("\"LOG_SWITCH\" \"10.1\"" + gap + "1700000000" + rest, EVENT_LOG_SWITCH, "10.1", 1700000000);
+    expectHeader("\"LOG_SWITCH\"" + gap + "\"10.1\" 1700000000" + rest, EVENT_LOG_SWITCH, "10.1", 1700000000);
+    expectHeader("\"LOG_SWITCH\" \"10.1\"" + gap + "1700000000", EVENT_LOG_SWITCH, "10.1", 1700000000);
+    expectRefused("\"LOG_SWITCH\" \"10.1\"" + gap + "x" + rest);
+    expectRefused("\"LOG_SWITCH\" \"10.1       " + gap + "\" 1700000000" + rest + std::string(blanks, '"'));
+  }
+}
+
 TEST_F(PeekingAtALine, FillsInTheHeaderOfATypeThatHasNoName) {
   const Said said = peek("\"NO_SUCH_EVENT\" \"8.5\" 12 3 4");
   EXPECT_EQ(said.result, -1);
