@@ -7,15 +7,8 @@
 #include <malloc.h>
 #endif
 
+#include "companion/checked_memory.h"
 #include "companion/thread_key.h"
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define WMQ_CHECKED_MEMORY
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || __has_feature(memory_sanitizer)
-#define WMQ_CHECKED_MEMORY
-#endif
-#endif
 
 namespace wmq {
 

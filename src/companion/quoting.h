@@ -11,6 +11,7 @@
 #endif
 
 #include "companion/byte_groups.h"
+#include "companion/checked_memory.h"
 
 namespace wmq {
 
@@ -53,7 +54,7 @@ inline unsigned endsIn(__m128i group) {
 
 // A group at a multiple of its size may be loaded where only its beginning belongs to a text: it lies in one
 // page, and what stands behind the text is not looked at. Sanitizers cannot know.
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#ifndef WMQ_CHECKED_MEMORY
 #define WMQ_LOADS_GROUPS
 #endif
 #endif

@@ -12,6 +12,7 @@
 #include <random>
 #include <sstream>
 
+#include "companion/checked_memory.h"
 #include "support/scripted_clock.h"
 #include "support/side_stream_fixture.h"
 #include "support/text_files.h"
@@ -25,7 +26,7 @@ const std::string kEndLine = "\"END_OF_STREAM\" \"10.1\" 1700000500\n";
 
 // A fork of an instrumented process takes a hundred times as long, and so does all that it does: there only
 // every seventh crash is tried.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef WMQ_CHECKED_MEMORY
 constexpr int kStep = 7;
 #else
 constexpr int kStep = 1;

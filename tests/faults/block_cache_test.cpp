@@ -10,13 +10,14 @@
 #include <string>
 #include <vector>
 
+#include "companion/checked_memory.h"
 #include "support/failing_allocations.h"
 
 namespace wmq::testing {
 namespace {
 
 bool memoryIsChecked() {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__) || !defined(__GLIBC__)
+#if defined(WMQ_CHECKED_MEMORY) || !defined(__GLIBC__)
   return true;
 #else
   const char *const preloaded = std::getenv("LD_PRELOAD");

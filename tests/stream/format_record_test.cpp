@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
 #include "stream/expected_types.h"
@@ -53,6 +54,33 @@ class FormattingARecord : public StreamTest {
     return outcome;
   }
 };
+
+// A text of any length, wherever it lies, with an escape at any place or none, and quotes right behind it.
+TEST_F(FormattingARecord, QuotesTextsWhereverTheyLieAndWhateverStandsBehindThem) {
+  constexpr size_t longest = 40;
+  alignas(16) char memory[16 + longest + 17];
+  for (size_t offset : {0, 1, 8, 15}) {
+    for (size_t length = 0; length <= longest; ++length) {
+      for (size_t place = 0; place <= length; ++place) {
+        for (const char special : {'"', '\n'}) {
+          std::memset(memory, '"', sizeof memory);
+          char *const text = memory + offset;
+          std::memset(text, 'x', length);
+          text[length] = '\0';
+          std::string quoted(length, 'x');
+          if (place < length) {
+            text[place] = special;
+            quoted.replace(place, 1, special == '"' ? "\"\"" : "\"n");
+          }
+          eventRecord record = bareRecord(EVENT_JOB_SIGNAL);
+          record.eventLog.jobSignalLog.signalStr = text;
+          EXPECT_NE(formatted(record).text.find(" \"" + quoted + "\" "), std::string::npos)
+              << offset << ' ' << length << ' ' << place << ' ' << formatted(record).text;
+        }
+      }
+    }
+  }
+}
 
 TEST_F(FormattingARecord, GivesTheBytesResultAndNumberOfWritingForEveryCode) {
   for (const ExpectedType &type : kExpectedTypes) {

@@ -6,8 +6,9 @@
 #include <cstdlib>
 
 #include "companion/block_cache.h"
+#include "companion/checked_memory.h"
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef WMQ_CHECKED_MEMORY
 #define WMQ_TESTS_BELOW(function) __interceptor_##function
 #elif defined(__has_feature)
 #if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
