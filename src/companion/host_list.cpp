@@ -28,7 +28,7 @@ bool looksCompressed(const char *name) {
 int32_t runLength(int32_t first, int32_t count, char *const *hosts) {
   const char *const name = textOrEmpty(hosts[first]);
   int32_t next = first + 1;
-  while (next < count && std::strcmp(textOrEmpty(hosts[next]), name) == 0) ++next;
+  while (next < count && areSame(name, textOrEmpty(hosts[next]))) ++next;
   return next - first;
 }
 
@@ -38,9 +38,12 @@ int32_t numRuns(int32_t count, char *const *hosts) {
   return runs;
 }
 
-// What stands before a name in the compressed list: nothing, or "N*".
+// Whether nothing stands before a name in the compressed list.
+bool standsAlone(const char *name, int32_t times) { return times == 1 && !looksCompressed(name); }
+
+// What stands before it: nothing, or "N*".
 char *multiplierInto(char *out, const char *name, int32_t times) {
-  if (times == 1 && !looksCompressed(name)) return out;
+  if (standsAlone(name, times)) return out;
   out = formatInt32(out, times);
   *out++ = '*';
   return out;
@@ -165,7 +168,7 @@ int expandHosts(int32_t &count, char **&hosts, int64_t limit) {
 
 size_t hostListRoom(int32_t count, char *const *hosts) {
   constexpr size_t countField = 12;
-  constexpr size_t besideName = 3 + 11;  // blank, quotes, multiplier
+  constexpr size_t besideName = 3 + groupSize;  // blank, quotes, multiplier or what is written behind a name
   size_t room = countField;
   for (int32_t i = 0; i < count; ++i) room += 2 * std::strlen(textOrEmpty(hosts[i])) + besideName;
   return room;
@@ -185,8 +188,13 @@ char *hostNamesInto(char *out, int32_t count, char *const *hosts) {
     const int32_t times = runLength(at, count, hosts);
     at += times;
 
-    // The multiplier goes inside the quotes, where the opening quote of the name has just been written.
     *out++ = ' ';
+    if (standsAlone(name, times)) {
+      char *const end = shortQuotedInto(out, name);
+      out = end != nullptr ? end : quotedInto(out, name, std::strlen(name));
+      continue;
+    }
+    // The multiplier goes inside the quotes, where the opening quote of the name has just been written.
     char *const opening = out;
     char *const nameStart = multiplierInto(opening + 1, name, times);
     out = quotedInto(nameStart - 1, name, std::strlen(name));

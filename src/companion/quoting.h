@@ -4,6 +4,7 @@
 #define WMQ_COMPANION_QUOTING_H
 
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 
 #ifdef __SSE2__
@@ -77,6 +78,42 @@ inline const char *findQuote(const char *text, const char *end) {
 // Writes `text` in double quotes, without a blank before it and without a NUL, and returns the end. `out` has
 // room for 2 * length + 2 bytes; all of them may be overwritten.
 char *quotedInto(char *out, const char *text, size_t length);
+
+// The same for a text as most are, which ends in the group in which it begins and needs no escape: `out` has
+// room for groupSize + 2 bytes. Null for any other, of which nothing is written that means anything.
+inline char *shortQuotedInto(char *out, const char *text) {
+#ifdef WMQ_LOADS_GROUPS
+  if (reinterpret_cast<uintptr_t>(text) % groupSize != 0) return nullptr;
+  const __m128i group = loadGroup(text);
+  const unsigned ends = endsIn(group);
+  if (ends == 0) return nullptr;
+  const auto length = static_cast<unsigned>(__builtin_ctz(ends));
+  const unsigned escapes = escapesIn(group) << (groupSize - length);  // those behind the text leave the mask
+  if ((escapes & groupMask) != 0) return nullptr;
+  *out++ = '"';
+  storeGroup(out, group);
+  out[length] = '"';
+  return out + length + 1;
+#else
+  (void)out, (void)text;
+  return nullptr;
+#endif
+}
+
+// Whether two texts are the same.
+inline bool areSame(const char *left, const char *right) {
+#ifdef WMQ_LOADS_GROUPS
+  if ((reinterpret_cast<uintptr_t>(left) | reinterpret_cast<uintptr_t>(right)) % groupSize == 0) {
+    const __m128i group = loadGroup(left);
+    if (const unsigned ends = endsIn(group); ends != 0) {
+      const auto equal = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(group, loadGroup(right))));
+      const unsigned unequal = ~equal << (groupSize - 1 - static_cast<unsigned>(__builtin_ctz(ends)));
+      return (unequal & groupMask) == 0;
+    }
+  }
+#endif
+  return std::strcmp(left, right) == 0;
+}
 
 // Finds the first double quote from `text` on and the end of the string that it opens. Returns the position
 // behind the closing quote, or null when one of the two is missing. `*content` is the first byte inside,

@@ -1,3 +1,4 @@
+#include "companion/quoting.h"
 #include "json/json_layout.h"
 #include "json/json_member.h"
 
@@ -114,7 +115,7 @@ static std::int64_t numEqual(const char *text, const char *elements, std::int64_
   for (; equal < count; ++equal, elements += sizeof text) {
     const char *const other = load<const char *>(elements);
     if (other == text) continue;
-    if (other == nullptr || text == nullptr || std::strcmp(other, text) != 0) break;
+    if (other == nullptr || text == nullptr || !areSame(text, other)) break;
   }
   return equal;
 }

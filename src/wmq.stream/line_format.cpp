@@ -36,12 +36,11 @@ bool hasFields(const EventType &type) { return type.body == Body::fields || type
 void putHeader(Writer &io, const EventType &type, int32_t eventTime) {
   constexpr std::string_view version = "\" \"" WMQ_FORMAT_VERSION "\"";
   nameType(type.name);
-  const size_t nameLength = std::strlen(type.name);
-  char *out = room(io, 1 + nameLength + version.size() + kIntegerRoom);
+  char *out = room(io, 1 + type.nameLength + version.size() + kIntegerRoom);
   if (out == nullptr) return;
   *out++ = '"';
-  copyBytes(out, type.name, nameLength);
-  out += nameLength;
+  copyBytes(out, type.name, type.nameLength);
+  out += type.nameLength;
   std::memcpy(out, version.data(), version.size());
   io.size = static_cast<size_t>(integerBehindBlank(out + version.size(), eventTime) - io.text);
 }

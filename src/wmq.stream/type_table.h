@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 #include "wmq.stream/codec.h"
 
@@ -24,6 +25,14 @@ struct EventType {
   Body body;
   const char *name;
   const RecordCodec *codec;
+  size_t nameLength;
+
+  constexpr EventType(int32_t number, Body what, const char *text, const RecordCodec *fields)
+      : code(number),
+        body(what),
+        name(text),
+        codec(fields),
+        nameLength(std::string_view(text ? text : "").size()) {}
 };
 
 // The row of a code; one with Body::unknown for a code that has none.

@@ -113,7 +113,7 @@ void putQuotedFixed(Writer &io, double value, int precision) {
   io.size = static_cast<size_t>(out - io.text);
 }
 
-static void putLongText(Writer &io, const char *text) {
+static void putAnyText(Writer &io, const char *text) {
   const size_t length = std::strlen(text);
   char *out = room(io, 2 * length + 3);
   if (out == nullptr) return;
@@ -124,26 +124,12 @@ static void putLongText(Writer &io, const char *text) {
 void putQuoted(Writer &io, const char *text) {
   alignas(groupSize) static constexpr char nothing[groupSize] = {};
   if (text == nullptr) text = nothing;
-#ifdef WMQ_LOADS_GROUPS
-  // Most texts end in one group and need no escape.
-  if (reinterpret_cast<uintptr_t>(text) % groupSize == 0 && io.size + groupSize + 3 <= io.end) {
-    const __m128i group = loadGroup(text);
-    if (const unsigned ends = endsIn(group); ends != 0) {
-      const auto length = static_cast<unsigned>(__builtin_ctz(ends));
-      const unsigned escapes = escapesIn(group)
-                               << (groupSize - length);  // those behind the text leave the mask
-      if ((escapes & groupMask) == 0) {
-        char *const out = io.text + io.size;
-        std::memcpy(out, " \"", 2);
-        storeGroup(out + 2, group);
-        out[2 + length] = '"';
-        io.size += length + 3;
-        return;
-      }
-    }
-  }
-#endif
-  putLongText(io, text);
+  if (io.size + groupSize + 3 > io.end) return putAnyText(io, text);
+  char *const out = io.text + io.size;
+  char *const end = shortQuotedInto(out + 1, text);
+  if (end == nullptr) return putAnyText(io, text);
+  *out = ' ';
+  io.size = static_cast<size_t>(end - io.text);
 }
 
 bool arrayGiven(Writer &io, int64_t count, const void *array, const char *field) {
