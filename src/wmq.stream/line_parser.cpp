@@ -26,8 +26,8 @@ struct Header {
   char typeName[kTypeNameSize];
   size_t typeNameLength;
   char version[16] = {};  // longer than it needs, for whole groups of bytes
-  int32_t eventTime;
-  const EventType *type;  // null for a name that no type has
+  int32_t eventTime = 0;
+  const EventType *type = nullptr;  // null for a name that no type has
 };
 
 Reader headerReader(const char *line, size_t length) {

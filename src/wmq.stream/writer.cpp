@@ -124,8 +124,8 @@ static void putAnyText(Writer &io, const char *text) {
 void putQuoted(Writer &io, const char *text) {
   alignas(groupSize) static constexpr char nothing[groupSize] = {};
   if (text == nullptr) text = nothing;
-  if (io.size + groupSize + 3 > io.end) return putAnyText(io, text);
-  char *const out = io.text + io.size;
+  char *const out = room(io, groupSize + 3);
+  if (out == nullptr) return;
   char *const end = shortQuotedInto(out + 1, text);
   if (end == nullptr) return putAnyText(io, text);
   *out = ' ';
