@@ -120,11 +120,11 @@ WMQ_API struct eventRecord *wmq_readstreamline(const char *line);
 // A type without fields (29, 30) is returned only if wmq_errno was 0 before.
 WMQ_API struct eventRecord *wmq_readstreamlineMT(const char *line);
 
-// The same for those who look at a record and are done with it, at a fraction of the cost: the record and all
-// that it points to belong to the library, and last until the thread calls this again or ends. Nothing of it
-// may be changed, released or kept. Equal names of a list of hosts may be one text, and a list that is the
-// copy of another may be that list. The line has `length` bytes, behind which stands a NUL; one within it is
-// malformed (WMQE_BAD_FORMAT).
+// The same for those who look at a record and are done with it, which costs less, and much less for long
+// lists of equal hosts: the record and all that it points to belong to the library, and last until the
+// thread calls this again or ends. Nothing of it may be changed, released or kept. Equal names of a list of
+// hosts may be one text, and a list that is the copy of another may be that list. The line has `length`
+// bytes, behind which stands a NUL; one within it is malformed (WMQE_BAD_FORMAT).
 WMQ_API const struct eventRecord *wmq_borrowline(const char *line, size_t length);
 
 // What the header of a line says.

@@ -57,6 +57,32 @@ rc::Gen<std::string> textWithManyEscapes() {
       {{2, rc::gen::element('"', '\n', 'n', '\\', ' ')}, {3, rc::gen::inRange<char>(1, 127)}}));
 }
 
+// Texts of all short lengths, at the beginning of a group and elsewhere, that differ at one place or end
+// there.
+TEST(TextsAreTheSame, WhenNoByteAndNoLengthDiffers) {
+  alignas(16) char left[64];
+  alignas(16) char right[64];
+  for (const size_t offset : {0, 3}) {
+    for (size_t length = 0; length <= 40; ++length) {
+      std::memset(left, 'l', sizeof left);
+      std::memset(right, 'r', sizeof right);
+      for (char *text : {left, right + offset}) {
+        std::memset(text, 'x', length);
+        text[length] = '\0';
+      }
+      EXPECT_TRUE(wmq::areSame(left, right + offset)) << length;
+      for (size_t place = 0; place < length; ++place) {
+        for (const char other : {'y', '\0'}) {
+          right[offset + place] = other;
+          EXPECT_FALSE(wmq::areSame(left, right + offset)) << length << ' ' << place;
+          EXPECT_FALSE(wmq::areSame(right + offset, left)) << length << ' ' << place;
+        }
+        right[offset + place] = 'x';
+      }
+    }
+  }
+}
+
 TEST(QuotedStrings, DoubleADoubleQuoteAndWriteALineEndAsQuoteAndLetter) {
   EXPECT_EQ(quotedForm(""), R"("")");
   EXPECT_EQ(quotedForm("plain"), R"("plain")");

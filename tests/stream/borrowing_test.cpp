@@ -7,6 +7,7 @@
 
 #include "companion/block_cache.h"
 #include "support/collected_lines.h"
+#include "support/damaged_line.h"
 #include "support/record_text.h"
 #include "support/small_records.h"
 #include "support/user_directory.h"
@@ -57,11 +58,7 @@ TEST_F(BorrowedRecords, AreThoseThatParsingGivesForEveryBeginningOfALine) {
 TEST_F(BorrowedRecords, AreThoseThatParsingGivesForDamagedLines) {
   const std::vector<std::string> lines = goldenLines();
   EXPECT_TRUE(rc::check([&] {
-    std::string line = *rc::gen::elementOf(lines);
-    for (int change = *rc::gen::inRange(0, 4); change > 0 && !line.empty(); --change) {
-      const auto at = *rc::gen::inRange<size_t>(0, line.size());
-      line[at] = *rc::gen::element('"', ' ', '0', '9', '*', '-', 'n', ';');
-    }
+    const std::string line = damagedLine(lines);
     RC_ASSERT(borrowedOutcome(line) == parsedOutcome(line));
   }));
 }
@@ -104,12 +101,10 @@ TEST_F(BorrowedRecords, GiveBackTheMemoryOfLongOnes) {
   if (!keepsBlocks()) GTEST_SKIP() << "each block stands alone where memory is checked";
   const std::string longLine = "\"JOB_START\" \"2.1\" 5 1 0 0 0 1.0 1 \"1000000*a\" \"\" \"\"";
   ASSERT_NE(borrowed(longLine), nullptr) << wmq_errdetail();
-  const size_t longest = wmq::borrowed.wanted;
   ASSERT_NE(borrowed(kStart), nullptr);
   EXPECT_GT(wmq::borrowed.wanted, size_t{8} * 1000000);
   for (int i = 0; i < 6000; ++i) ASSERT_NE(borrowed(kStart), nullptr);
   EXPECT_LT(static_cast<size_t>(wmq::borrowed.end - wmq::borrowed.next), size_t{1} << 20);
-  EXPECT_LE(longest, wmq::borrowed.wanted);
 }
 
 TEST_F(BorrowedRecords, OfOneLengthUseTheSameMemoryAgain) {

@@ -7,7 +7,7 @@
 #include <string>
 #include <thread>
 
-#include "support/golden_file.h"
+#include "support/collected_lines.h"
 #include "support/small_records.h"
 
 namespace wmq::testing {
@@ -143,10 +143,7 @@ TEST(Peeking, AgreesWithParsingOnLinesMadeOfPiecesOfHeaders) {
 }
 
 TEST(Peeking, AgreesWithParsingOnDamagedLines) {
-  std::vector<std::string> lines;
-  for (const std::string &path : goldenFiles())
-    for (const GoldenCase &golden : readGoldenFile(path))
-      if (golden.read) lines.push_back(*golden.read);
+  const std::vector<std::string> lines = goldenLines();
   EXPECT_TRUE(rc::check([&] {
     std::string line = *rc::gen::elementOf(lines);
     const size_t header = std::min<size_t>(line.size(), 50);

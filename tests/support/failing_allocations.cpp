@@ -10,12 +10,7 @@
 
 #ifdef WMQ_CHECKED_MEMORY
 #define WMQ_TESTS_BELOW(function) __interceptor_##function
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define WMQ_TESTS_BELOW(function) __interceptor_##function
-#endif
-#endif
-#ifndef WMQ_TESTS_BELOW
+#else
 #define WMQ_TESTS_BELOW(function) __libc_##function
 #endif
 

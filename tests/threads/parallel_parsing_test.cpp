@@ -134,7 +134,9 @@ TEST_F(ParsingInSeveralThreads, LendsEachItsOwnRecord) {
     for (size_t i = 0; i < lines.size(); ++i) {
       const size_t at = (i + static_cast<size_t>(thread) * 5) % lines.size();
       const eventRecord *const record = wmq_borrowline(lines[at].data(), lines[at].size());
-      if (record != nullptr && jsonOf(*record) != expected[at]) ++wrong[static_cast<size_t>(thread)];
+      const std::string outcome =
+          record != nullptr ? jsonOf(*record) : std::to_string(wmq_errno) + ' ' + wmq_errdetail();
+      if (outcome != expected[at]) ++wrong[static_cast<size_t>(thread)];
     }
   });
   EXPECT_EQ(wrong, (std::vector<int>{0, 0, 0, 0}));
