@@ -118,7 +118,6 @@ int decodeFiles(const DecodeOptions &options) {
   Output output;
   faults.beforePrinting([&] { output.flush(); });
   LineFeed feed(options.files);
-  if (options.threads == 1) feed.beforeWaiting([&] { output.flush(); });
   Pipeline<DecodePart>(options.threads,
                        {.fill = [&](DecodePart &part) { return feed.fill(part); },
                         .work = [&](DecodePart &part) { decodePart(part, options); },

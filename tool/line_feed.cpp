@@ -11,7 +11,6 @@ bool LineFeed::fill(LinePart &part) {
   if (files.empty()) return false;
   File &file = files.front();
   if (!file.opened) file.opened = std::make_shared<Blocks>(file.name);
-  if (onWait) file.opened->source().beforeWaiting(onWait);
   part.source = file.opened;
   if (!part.source->next(part.block)) files.pop_front();
   part.bytesTaken = part.source->source().bytesTaken();

@@ -45,15 +45,11 @@ class LineFeed {
   };
   explicit LineFeed(std::deque<File> filesInOrder) : files(std::move(filesInOrder)) {}
 
-  // Called before a read that has to wait.
-  void beforeWaiting(std::function<void()> action) { onWait = std::move(action); }
-
   // Gets the next lines, or the end of a file; false when all files are through.
   bool fill(LinePart &part);
 
  private:
   std::deque<File> files;
-  std::function<void()> onWait;
 };
 
 // Reports what is wrong in parts that come in their order.

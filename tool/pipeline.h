@@ -9,6 +9,7 @@
 #include <memory>
 #include <mutex>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace wmq::tool {
@@ -17,15 +18,16 @@ namespace wmq::tool {
 unsigned availableThreads();
 
 // What is done with the parts of the work, each of which is a Part: the same few are used again and again.
+// Any thread may come to take any step.
 template <typename Part>
 struct Steps {
-  std::function<bool(Part &)> fill;  // gets the next part, on any thread, one at a time; false: there is none
-  std::function<void(Part &)> work;  // on any thread, several at once
-  std::function<bool(Part &)> use;   // on the calling thread, in order; false ends it all
-  std::function<void()> idle;        // there, before it waits for a part
+  std::function<bool(Part &)> fill;  // gets the next part, one at a time; false: there is none
+  std::function<void(Part &)> work;  // several at once
+  std::function<bool(Part &)> use;   // one at a time, in order; false ends it all
+  std::function<void()> idle;        // as `use`, when no part is ready to be used
 };
 
-// With one thread no other is started, and `idle` is left to `fill`.
+// The calling thread is one of those that work: as many threads as may run have no other to make room for.
 template <typename Part>
 class Pipeline {
  public:
@@ -33,16 +35,13 @@ class Pipeline {
       : steps(std::move(theSteps)), workers(numThreads), slots(numThreads > 1 ? 2 * numThreads + 2 : 1) {}
 
   void run() {
-    if (workers <= 1) return runAlone();
     std::vector<std::thread> threads;
     try {
-      for (unsigned i = 0; i < workers; ++i)
-        threads.emplace_back([this] { guarded([this] { workOnAll(); }); });
-      guarded([this] { useAll(); });
+      while (threads.size() + 1 < workers) threads.emplace_back([this] { guarded([this] { workOnAll(); }); });
+      guarded([this] { workOnAll(); });
     } catch (...) {
       fail();
     }
-    stop();
     for (std::thread &thread : threads) thread.join();
     if (failure) std::rethrow_exception(failure);
   }
@@ -54,28 +53,21 @@ class Pipeline {
     State state = State::free;
   };
 
-  void runAlone() {
-    Part &part = slots[0].part;
-    while (steps.fill(part)) {
-      steps.work(part);
-      if (!steps.use(part)) return;
-    }
-  }
-
   Slot &slotOf(uint64_t number) { return slots[number % slots.size()]; }
 
   // Gets the next part, when its slot is free; null when there is none. Part by part: the input is one.
   Slot *fillNext() {
     const std::lock_guard filling(fillMutex);
+    if (allFilled) return nullptr;
     Slot &slot = slotOf(numFilled);
     {
       std::unique_lock lock(mutex);
-      freed.wait(lock, [&] { return stopped || numFilled >= numParts || slot.state == State::free; });
-      if (stopped || numFilled >= numParts) return nullptr;
+      freed.wait(lock, [&] { return stopped || slot.state == State::free; });
+      if (stopped) return nullptr;
       slot.state = State::taken;
     }
     if (!steps.fill(slot.part)) {
-      end(numFilled);
+      allFilled = true;
       return nullptr;
     }
     ++numFilled;
@@ -85,51 +77,34 @@ class Pipeline {
   void workOnAll() {
     while (Slot *const slot = fillNext()) {
       steps.work(slot->part);
-      {
-        const std::lock_guard lock(mutex);
-        slot->state = State::done;
-      }
-      done.notify_one();
+      std::unique_lock lock(mutex);
+      slot->state = State::done;
+      if (!inUse) useReady(lock);
     }
   }
 
-  void useAll() {
-    for (uint64_t number = 0;; ++number) {
-      Slot &slot = slotOf(number);
-      {
-        std::unique_lock lock(mutex);
-        const auto isReady = [&] { return stopped || number >= numParts || slot.state == State::done; };
-        if (!isReady()) {
-          lock.unlock();
-          steps.idle();
-          lock.lock();
-        }
-        done.wait(lock, isReady);
-        if (stopped || number >= numParts) return;
-      }
-      if (!steps.use(slot.part)) return;
-      {
-        const std::lock_guard lock(mutex);
-        slot.state = State::free;
-      }
-      freed.notify_one();
+  // Whoever brings the part whose turn it is uses it, and those behind it that others bring meanwhile.
+  void useReady(std::unique_lock<std::mutex> &lock) {
+    inUse = true;
+    while (!stopped && slotOf(numUsed).state == State::done) {
+      do {
+        useNext(lock);
+      } while (!stopped && slotOf(numUsed).state == State::done);
+      lock.unlock();
+      steps.idle();
+      lock.lock();
     }
+    inUse = false;
   }
 
-  void end(uint64_t number) {
-    {
-      const std::lock_guard lock(mutex);
-      numParts = number;
-    }
-    done.notify_one();
-  }
-
-  void stop() {
-    {
-      const std::lock_guard lock(mutex);
-      stopped = true;
-    }
-    done.notify_one();
+  void useNext(std::unique_lock<std::mutex> &lock) {
+    Slot &slot = slotOf(numUsed);
+    lock.unlock();
+    const bool goOn = steps.use(slot.part);
+    lock.lock();
+    slot.state = State::free;
+    ++numUsed;
+    stopped |= !goOn;
     freed.notify_one();
   }
 
@@ -146,8 +121,9 @@ class Pipeline {
     {
       const std::lock_guard lock(mutex);
       if (!failure) failure = std::current_exception();
+      stopped = true;
     }
-    stop();
+    freed.notify_one();
   }
 
   const Steps<Part> steps;
@@ -156,11 +132,12 @@ class Pipeline {
 
   std::mutex fillMutex;
   uint64_t numFilled = 0;
+  bool allFilled = false;
 
-  std::mutex mutex;                // of all that follows, and of the states
-  std::condition_variable freed;   // for whoever fills
-  std::condition_variable done;    // for whoever uses
-  uint64_t numParts = UINT64_MAX;  // once the last one is known
+  std::mutex mutex;               // of all that follows, and of the states
+  std::condition_variable freed;  // for whoever fills
+  uint64_t numUsed = 0;
+  bool inUse = false;
   bool stopped = false;
   std::exception_ptr failure;
 };

@@ -3,7 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <mutex>
+#include <set>
 #include <stdexcept>
+#include <thread>
 
 namespace wmq::tool {
 namespace {
@@ -45,6 +48,36 @@ INSTANTIATE_TEST_SUITE_P(Among, SharingWork, ::testing::Values(1, 2, 3, 16),
 TEST_P(SharingWork, GivesResultsInTheOrderOfTheParts) {
   run(squaring(5000));
   EXPECT_EQ(used, 5000);
+}
+
+TEST_P(SharingWork, TakesNoMoreThreadsThanItMay) {
+  Steps<Part> steps = squaring(5000);
+  std::mutex mutex;
+  std::set<std::thread::id> threads;
+  steps.work = [&, work = steps.work](Part &part) {
+    const std::lock_guard lock(mutex);
+    threads.insert(std::this_thread::get_id());
+    work(part);
+  };
+  run(steps);
+  EXPECT_LE(threads.size(), GetParam());
+}
+
+TEST_P(SharingWork, IsIdleOnceAllThatIsReadyHasBeenUsed) {
+  Steps<Part> steps = squaring(100);
+  std::atomic<int> usedBeforeIdle = 0;
+  steps.idle = [&] {
+    usedBeforeIdle = used;
+    usedBeforeIdle.notify_one();
+  };
+  // An input that brings nothing more until all before has come out.
+  steps.fill = [&, fill = steps.fill](Part &part) {
+    if (filled == 50)
+      for (int seen = usedBeforeIdle; seen != 50; seen = usedBeforeIdle) usedBeforeIdle.wait(seen);
+    return fill(part);
+  };
+  run(steps);
+  EXPECT_EQ(usedBeforeIdle, 100);
 }
 
 TEST_P(SharingWork, OfNothingEnds) {
