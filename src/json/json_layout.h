@@ -5,16 +5,17 @@
 #include "json/json_fault.h"
 #include "json/json_output.h"
 #include "json/json_scratch.h"
+#include "json/writing_plan.h"
 #include "wmq/schema.h"
 
 namespace wmq {
 
 // Writes the structure at `base` as an object. False when memory runs out.
 template <typename Writer>
-bool writeLayout(Writer &writer, const wmqLayout &layout, const void *base);
+bool writeStructure(Writer &writer, const WritingPlan &plan, const void *base);
 
-extern template bool writeLayout(LineWriter &, const wmqLayout &, const void *);
-extern template bool writeLayout(IndentingWriter &, const wmqLayout &, const void *);
+extern template bool writeStructure(LineWriter &, const WritingPlan &, const void *);
+extern template bool writeStructure(IndentingWriter &, const WritingPlan &, const void *);
 
 // Reads the object that begins at `token` into the zero-filled structure at `base`. False with a fault told;
 // what has been allocated by then is in the structure, which can be released at every moment.

@@ -25,6 +25,9 @@
 #include "companion/byte_groups.h"
 #include "companion/decimal_digits.h"
 #include "companion/short_decimal.h"
+#include "json/json_member.h"
+#include "json/json_text.h"
+#include "json/writing_plan.h"
 
 namespace wmq {
 
@@ -85,20 +88,50 @@ struct LevelMemory {
   static void Free(void *) {}
 };
 
+template <std::size_t Size>
+char *literalInto(char *out, const char (&literal)[Size]) {
+  std::memcpy(out, literal, Size - 1);
+  return out + Size - 1;
+}
+
 // The end of the shortest decimal: from 100,000 on, notation with an exponent may be shorter. Beyond the
-// integers that the type holds exactly, plain notation would show digits that the value does not have.
-template <typename T>
-char *shortest(char *first, char *last, T value) {
-  if constexpr (std::is_floating_point_v<T>) {
-    if (std::fabs(value) < 100'000) {
-      if (char *const end = formatShort(first, value)) return end;
+// integers that the type holds exactly, plain notation would show digits that the value does not have. What
+// is no number is shown as a text.
+template <typename Real>
+char *shortestInto(char *first, Real value) {
+  constexpr std::size_t longest = 32;
+  if (std::fabs(value) < 100'000) {
+    if (char *const end = formatShort(first, value)) return end;
+  }
+  if (std::isnan(value)) return literalInto(first, "\"nan\"");
+  if (std::isinf(value)) return value > 0 ? literalInto(first, "\"inf\"") : literalInto(first, "\"-inf\"");
+  constexpr Real exact = static_cast<Real>(std::uint64_t{1} << std::numeric_limits<Real>::digits);
+  char *const last = first + longest;
+  if (std::fabs(value) > exact) return std::to_chars(first, last, value, std::chars_format::scientific).ptr;
+  return std::to_chars(first, last, value).ptr;
+}
+
+// Room for any number, and for a text that is not long.
+inline constexpr std::size_t scalarRoom = 32;
+
+// A number or a text as JSON: its end. Null for a text that takes more than one look.
+inline char *scalarInto(char *out, unsigned kind, const char *value, std::size_t size) {
+  switch (kind) {
+    case WMQ_KIND_INT32:
+      return integerInto(out, load<std::int32_t>(value));
+    case WMQ_KIND_STRING: {
+      const char *const text = load<const char *>(value);
+      if (text == nullptr) return literalInto(out, "null");
+      return *text == '\0' ? literalInto(out, "\"\"") : shortPlainInto(out, text);
     }
-    constexpr T exact = static_cast<T>(std::uint64_t{1} << std::numeric_limits<T>::digits);
-    if (std::fabs(value) > exact) return std::to_chars(first, last, value, std::chars_format::scientific).ptr;
-    return std::to_chars(first, last, value).ptr;
-  } else {
-    static_assert(sizeof(T) < 8 || std::is_signed_v<T>);
-    return integerInto(first, value);
+    case WMQ_KIND_INT64:
+      return integerInto(out, load<std::int64_t>(value));
+    case WMQ_KIND_FLOAT:
+      return shortestInto(out, load<float>(value));
+    case WMQ_KIND_DOUBLE:
+      return shortestInto(out, load<double>(value));
+    default:
+      return shortPlainInto(out, value, size);
   }
 }
 
@@ -115,17 +148,20 @@ struct OnOneLine {
   void StartArray() { out.Put('['); }
   void EndArray() { close(']'); }
 
-  // Of a member of a structure: nothing in it needs to be escaped.
-  void name(std::string_view member) {
-    char *const at = out.room(member.size() + 3);
-    if (at == nullptr) return;
-    at[0] = '"';
-    copyBytes(at + 1, member.data(), member.size());
-    std::memcpy(at + 1 + member.size(), "\":", 2);
-    out.size += member.size() + 3;
+  // The name of a member, in quotes and with its colon; WritingPlan::nameRoom bytes from its beginning on can
+  // be read.
+  void name(std::string_view quoted) {
+    if (char *const at = out.room(roomFor(quoted)))
+      out.size += static_cast<std::size_t>(nameInto(at, quoted) - at);
   }
 
-  static void begin() {}
+  // Where a value goes: room for a scalar and what stands behind it; null without memory.
+  char *place() { return out.room(scalarRoom + 1); }
+  char *placeNamed(std::string_view quoted) {
+    char *const at = out.room(roomFor(quoted) + scalarRoom + 1);
+    return at == nullptr ? nullptr : nameInto(at, quoted);
+  }
+
   static char *end(char *at) {
     *at = ',';
     return at + 1;
@@ -135,6 +171,16 @@ struct OnOneLine {
   }
 
  private:
+  static std::size_t roomFor(std::string_view quoted) {
+    return std::max(quoted.size(), WritingPlan::nameRoom);
+  }
+  // Nearly all are no longer than what is copied without a question.
+  static char *nameInto(char *at, std::string_view quoted) {
+    std::memcpy(at, quoted.data(), WritingPlan::nameRoom);
+    if (quoted.size() > WritingPlan::nameRoom) std::memcpy(at, quoted.data(), quoted.size());
+    return at + quoted.size();
+  }
+
   void close(char bracket) {
     char *const at = out.room(2);
     if (at == nullptr) return;
@@ -153,66 +199,63 @@ struct Indented : LevelMemory,
 
   explicit Indented(OutputText &where) : PrettyWriter(where, this, levels), out(where) { SetIndent(' ', 2); }
 
-  void name(std::string_view member) {
-    begin();
-    out.quote(member.data(), member.size());
+  void name(std::string_view quoted) {
+    separate();
+    out.append(quoted.data(), quoted.size() - 1);
   }
 
-  // An empty raw value gives the separators and the indentation that belong before the text.
-  void begin() { RawValue("", 0, rapidjson::kStringType); }
+  char *place() {
+    separate();
+    return out.room(scalarRoom);
+  }
+  char *placeNamed(std::string_view quoted) {
+    name(quoted);
+    return place();
+  }
+
   static char *end(char *at) { return at; }
   void finish() { out.Put('\0'); }
+
+ private:
+  // An empty raw value gives the separators and the indentation that belong before the text.
+  void separate() { RawValue("", 0, rapidjson::kStringType); }
 };
 
-// With the values that records have. `begin` and `end` say what their place asks for.
+// With the values that records have. `place` and `end` say what their place asks for.
 template <typename Punctuation>
 struct TextWriter : Punctuation {
   using Punctuation::out;
   using Punctuation::Punctuation;
 
   void text(const char *from, std::size_t bytes) {
-    Punctuation::begin();
-    out.quote(from, bytes);
-    ended();
+    if (char *const at = Punctuation::place()) text(at, from, bytes);
   }
-  void text(const char *from) {
-    if (*from == '\0')  // half of all
-      plain("\"\"");
-    else
-      text(from, std::strlen(from));
+  void text(const char *from) { text(from, std::strlen(from)); }
+
+  void null() {
+    if (char *const at = Punctuation::place()) ended(literalInto(at, "null"));
   }
 
-  void null() { plain("null"); }
-
-  // The shortest decimal that reads back to the same value of this very type.
-  template <typename T>
-  void number(T value) {
-    if constexpr (std::is_floating_point_v<T>) {
-      if (!std::isfinite(value)) {
-        text(std::isnan(value) ? "nan" : value > 0 ? "inf" : "-inf");
-        return;
-      }
-    }
-    Punctuation::begin();
-    constexpr std::size_t longest = 32;
-    if (char *const digits = out.room(longest + 1))
-      out.size +=
-          static_cast<std::size_t>(Punctuation::end(shortest(digits, digits + longest, value)) - digits);
+  // A member, or an element of an array, that is a number or a text. `at` is its place, null without memory
+  // for it.
+  void scalar(char *at, unsigned kind, const char *value, std::size_t size) {
+    if (at == nullptr) return;
+    if (char *const end = scalarInto(at, kind, value, size)) return ended(end);
+    if (kind == WMQ_KIND_CHARS) return text(at, value, strnlen(value, size));
+    const char *const from = load<const char *>(value);
+    text(at, from, std::strlen(from));
+  }
+  void scalar(unsigned kind, const char *value, std::size_t size) {
+    scalar(Punctuation::place(), kind, value, size);
   }
 
  private:
-  template <std::size_t Size>
-  void plain(const char (&value)[Size]) {
-    Punctuation::begin();
-    char *const at = out.room(Size);
-    if (at == nullptr) return;
-    std::memcpy(at, value, Size - 1);
-    out.size += static_cast<std::size_t>(Punctuation::end(at + Size - 1) - at);
+  void text(const char *at, const char *from, std::size_t bytes) {
+    out.size = static_cast<std::size_t>(at - out.text);
+    out.quote(from, bytes);
+    if (char *const end = out.room(1)) ended(end);
   }
-
-  void ended() {
-    if (char *const at = out.room(1)) out.size += static_cast<std::size_t>(Punctuation::end(at) - at);
-  }
+  void ended(char *at) { out.size = static_cast<std::size_t>(Punctuation::end(at) - out.text); }
 };
 
 using LineWriter = TextWriter<OnOneLine>;

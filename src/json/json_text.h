@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "companion/byte_groups.h"
+#include "companion/quoting.h"
 
 namespace wmq {
 
@@ -47,6 +48,41 @@ inline bool copyPlain(char *out, const char *text, std::size_t bytes) {
   bool plain = true;
   for (std::size_t at = 0; at < bytes; ++at) plain &= isPlain(out[at] = text[at]);
   return plain;
+}
+
+#ifdef __SSE2__
+// Writes a text in double quotes that ends in this group and is plain: groupSize + 2 bytes, of which those
+// behind the end that is returned mean nothing. Null for any other.
+inline char *plainGroupInto(char *out, __m128i group) {
+  const __m128i ascii = _mm_cmpgt_epi8(group, _mm_set1_epi8(0x1f));  // a byte beyond is negative
+  const __m128i escaped =
+      _mm_or_si128(_mm_cmpeq_epi8(group, _mm_set1_epi8('"')), _mm_cmpeq_epi8(group, _mm_set1_epi8('\\')));
+  const auto plain = static_cast<unsigned>(_mm_movemask_epi8(_mm_andnot_si128(escaped, ascii)));
+  const auto length = static_cast<unsigned>(std::countr_one(plain));
+  if ((endsIn(group) >> length & 1) == 0) return nullptr;
+  out[0] = '"';
+  storeGroup(out + 1, group);
+  out[length + 1] = '"';
+  return out + length + 2;
+}
+#endif
+
+// The same for a text wherever it lies; null also where a group of it cannot be looked at.
+inline char *shortPlainInto(char *out, const char *text) {
+#ifdef WMQ_LOADS_GROUPS
+  if (reinterpret_cast<std::uintptr_t>(text) % groupSize == 0) return plainGroupInto(out, loadGroup(text));
+#endif
+  (void)out, (void)text;
+  return nullptr;
+}
+
+// And for one in an array of so many bytes.
+inline char *shortPlainInto(char *out, const char *array, std::size_t size) {
+#ifdef __SSE2__
+  if (size >= groupSize) return plainGroupInto(out, loadGroup(array));
+#endif
+  (void)out, (void)array, (void)size;
+  return nullptr;
 }
 
 // The first byte in [at, end) that is not plain: a control character, a double quote, a backslash, or a byte

@@ -5,7 +5,7 @@
 namespace wmq {
 
 template <typename Writer>
-static bool writeField(Writer &writer, const wmqField &field, const char *base);
+static bool writeMember(Writer &writer, const PlannedMember &member, const char *base);
 
 template <typename Writer>
 static bool writeAffinity(Writer &writer, const affinityAlloc &allocation) {
@@ -35,9 +35,9 @@ static bool writeNetwork(Writer &writer, std::int64_t count, const networkAlloc 
 }
 
 template <typename Writer>
-static bool writeExtension(Writer &writer, const submitExt &extension) {
+static bool writeExtension(Writer &writer, const WritingPlan &plan, const submitExt &extension) {
   if (extension.pairs != nullptr && extension.numPairs >= 0)
-    return writeField(writer, submitExtLayout.fields[0], reinterpret_cast<const char *>(&extension));
+    return writeMember(writer, plan.members[0], reinterpret_cast<const char *>(&extension));
   writer.StartArray();
   writer.EndArray();
   return true;
@@ -51,62 +51,28 @@ static bool writeOwned(Writer &writer, const char *at, Write write) {
   return true;
 }
 
+// The member itself, or one element of an array.
 template <typename Writer>
-static void writeString(Writer &writer, const char *at) {
-  if (const char *const text = load<const char *>(at))
-    writer.text(text);
-  else
-    writer.null();
-}
-
-template <typename Writer>
-static bool writeRareValue(Writer &writer, const wmqField &field, const char *at);
-
-// The member itself, or one element of an array. Nearly all are of the two kinds that are looked at in place.
-template <typename Writer>
-inline bool writeValue(Writer &writer, const wmqField &field, const char *at) {
-  if (field.kind == WMQ_KIND_STRING)
-    writeString(writer, at);
-  else if (field.kind == WMQ_KIND_INT32)
-    writer.number(load<std::int32_t>(at));
-  else
-    return writeRareValue(writer, field, at);
-  return true;
-}
-
-template <typename Writer>
-static bool writeRareValue(Writer &writer, const wmqField &field, const char *at) {
-  switch (field.kind) {
-    case WMQ_KIND_INT64:
-      writer.number(load<std::int64_t>(at));
-      return true;
-    case WMQ_KIND_FLOAT:
-      writer.number(load<float>(at));
-      return true;
-    case WMQ_KIND_DOUBLE:
-      writer.number(load<double>(at));
-      return true;
-    case WMQ_KIND_CHARS:
-      writer.text(at, strnlen(at, field.size));
-      return true;
+static bool writeValue(Writer &writer, const PlannedMember &member, const char *at) {
+  switch (member.field->kind) {
     case WMQ_KIND_STRUCT:
-      return writeLayout(writer, *field.layout, at);
+      return writeStructure(writer, *member.plan, at);
     case WMQ_KIND_SUBMIT_EXT:
-      return writeOwned<submitExt>(writer, at,
-                                   [&](const auto &extension) { return writeExtension(writer, extension); });
+      return writeOwned<submitExt>(
+          writer, at, [&](const auto &extension) { return writeExtension(writer, *member.plan, extension); });
     case WMQ_KIND_NAMED_VALUES:
       return writeOwned<namedValueList>(
-          writer, at, [&](const auto &list) { return writeLayout(writer, namedValuesLayout, &list); });
+          writer, at, [&](const auto &list) { return writeStructure(writer, *member.plan, &list); });
     case WMQ_KIND_AFFINITY:
       return writeOwned<affinityAlloc>(
           writer, at, [&](const auto &allocation) { return writeAffinity(writer, allocation); });
-    case WMQ_KIND_INT32:
-    case WMQ_KIND_STRING:
     case WMQ_KIND_NETWORK:  // only whole arrays of these have a form
-      break;
+      writer.null();
+      return true;
+    default:
+      writer.scalar(member.kind, at, member.size);
+      return true;
   }
-  writer.null();
-  return true;
 }
 
 // How many texts from `elements` on, `count` of them, equal `text`.
@@ -126,7 +92,7 @@ static void writeStrings(Writer &writer, const char *elements, std::int64_t coun
   constexpr std::size_t size = sizeof(const char *);
   for (std::int64_t i = 0; i < count; ++i, elements += size) {
     const std::size_t begin = writer.out.size;
-    writeString(writer, elements);
+    writer.scalar(WMQ_KIND_STRING, elements, size);
     if (!Writer::equalsLookAlike) continue;
     const std::int64_t more = numEqual(load<const char *>(elements), elements + size, count - i - 1);
     writer.out.repeat(writer.out.size - begin, static_cast<std::size_t>(more));
@@ -136,35 +102,29 @@ static void writeStrings(Writer &writer, const char *elements, std::int64_t coun
 }
 
 template <typename Writer>
-static bool writeArray(Writer &writer, const wmqField &field, const char *elements, std::int64_t count) {
+static bool writeArray(Writer &writer, const PlannedMember &member, const char *elements,
+                       std::int64_t count) {
   writer.StartArray();
   bool written = true;
-  if (field.kind == WMQ_KIND_STRING) {
+  if (member.kind == WMQ_KIND_STRING) {
     writeStrings(writer, elements, count);
   } else {
-    for (std::int64_t i = 0; written && i < count; ++i, elements += field.size)
-      written = writeValue(writer, field, elements);
+    for (std::int64_t i = 0; written && i < count; ++i, elements += member.size)
+      written = writeValue(writer, member, elements);
   }
   writer.EndArray();
   return written;
 }
 
 template <typename Writer>
-static bool writeElements(Writer &writer, const wmqField &field, const char *base);
-
-template <typename Writer>
-static bool writeField(Writer &writer, const wmqField &field, const char *base) {
-  if (field.shape == WMQ_SHAPE_ONE) return writeValue(writer, field, base + field.offset);
-  return writeElements(writer, field, base);
-}
-
-template <typename Writer>
-static bool writeElements(Writer &writer, const wmqField &field, const char *base) {
-  const char *at = base + field.offset;
+static bool writeMember(Writer &writer, const PlannedMember &member, const char *base) {
+  const wmqField &field = *member.field;
+  const char *const at = base + member.offset;
+  if (field.shape == WMQ_SHAPE_ONE) return writeValue(writer, member, at);
   if (field.shape == WMQ_SHAPE_FIXED)
-    return writeArray(writer, field, at, static_cast<std::int64_t>(field.length));
+    return writeArray(writer, member, at, static_cast<std::int64_t>(field.length));
 
-  const char *elements = load<const char *>(at);
+  const char *const elements = load<const char *>(at);
   const std::int64_t count = loadCount(field, base);
   // With a negative count there is no array, whatever the pointer says.
   if (elements == nullptr || count < 0) {
@@ -173,23 +133,27 @@ static bool writeElements(Writer &writer, const wmqField &field, const char *bas
   }
   if (field.kind == WMQ_KIND_NETWORK)
     return writeNetwork(writer, count, reinterpret_cast<const networkAlloc *>(elements));
-  return writeArray(writer, field, elements, count);
+  return writeArray(writer, member, elements, count);
 }
 
 template <typename Writer>
-bool writeLayout(Writer &writer, const wmqLayout &layout, const void *base) {
+bool writeStructure(Writer &writer, const WritingPlan &plan, const void *base) {
+  const char *const bytes = static_cast<const char *>(base);
   writer.StartObject();
-  for (std::size_t i = 0; i < layout.numFields; ++i) {
-    const wmqField &field = layout.fields[i];
-    if (!isShown(field)) continue;
-    writer.name({field.name, field.nameLength});
-    if (!writeField(writer, field, static_cast<const char *>(base))) return false;
+  for (const PlannedMember &member : plan.members) {
+    const std::string_view name = plan.nameOf(member);
+    if (member.isScalar) {
+      writer.scalar(writer.placeNamed(name), member.kind, bytes + member.offset, member.size);
+    } else {
+      writer.name(name);
+      if (!writeMember(writer, member, bytes)) return false;
+    }
   }
   writer.EndObject();
   return !writer.out.failed;
 }
 
-template bool writeLayout(LineWriter &, const wmqLayout &, const void *);
-template bool writeLayout(IndentingWriter &, const wmqLayout &, const void *);
+template bool writeStructure(LineWriter &, const WritingPlan &, const void *);
+template bool writeStructure(IndentingWriter &, const WritingPlan &, const void *);
 
 }  // namespace wmq

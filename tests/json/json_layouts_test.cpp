@@ -17,7 +17,7 @@ template <typename Writer>
 std::string written(const Specimen &specimen) {
   OutputText out{nullptr, 0};
   Writer writer(out);
-  EXPECT_TRUE(writeLayout(writer, specimenLayout(), &specimen));
+  EXPECT_TRUE(writeStructure(writer, WritingPlan(specimenLayout()), &specimen));
   writer.finish();
   std::string text(out.text);
   std::free(out.text);
@@ -97,6 +97,26 @@ const std::string empty =
     R"("affinity":null,"numNetworks":0,"networks":null})";
 
 // ------------------------------------------------------------------------------ both ways
+
+TEST(JsonLayouts, HaveNamesOfAnyLength) {
+  for (std::size_t length = 1; length <= 70; ++length) {
+    const std::string name(length, 'n');
+    wmqField field = stated(name.c_str(), WMQ_KIND_INT32, 0, sizeof(std::int32_t));
+    wmqField second = stated("last", WMQ_KIND_STRUCT, 0, sizeof(std::int32_t));
+    const wmqLayout inner{"inner", sizeof(std::int32_t), 1, &field};
+    second.layout = &inner;
+    const wmqField fields[] = {field, second};
+    const wmqLayout layout{"named", sizeof(std::int32_t), 2, fields};
+    const WritingPlan plan(layout);
+    const std::int32_t value = -17;
+    OutputText out{nullptr, 0};
+    LineWriter writer(out);
+    EXPECT_TRUE(writeStructure(writer, plan, &value));
+    writer.finish();
+    EXPECT_EQ(std::string(out.text), "{\"" + name + "\":-17,\"last\":{\"" + name + "\":-17}}");
+    std::free(out.text);
+  }
+}
 
 TEST(JsonLayouts, ShowEveryMemberOnceInTheOrderOfTheLayout) {
   FromJson from(rich);

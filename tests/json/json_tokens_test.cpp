@@ -43,6 +43,46 @@ std::string quotedJson(const std::string &text) {
   return json;
 }
 
+// As a member of a structure, or an element of an array.
+std::string scalarJson(unsigned kind, const void *value, std::size_t size) {
+  OutputText out{nullptr, 0};
+  LineWriter writer(out);
+  writer.scalar(kind, static_cast<const char *>(value), size);
+  std::string json(out.text, out.size);
+  std::free(out.text);
+  EXPECT_EQ(json.back(), ',');
+  json.pop_back();
+  return json;
+}
+
+// Short texts are looked at as one group where they lie so that this can be done.
+TEST(JsonOutput, ShowsShortTextsAsItShowsLongOnes) {
+  for (const std::size_t offset : {0, 1, 8}) {
+    for (std::size_t length = 0; length <= 18; ++length) {
+      for (std::size_t place = 0; place <= length; ++place) {
+        for (int byte = 1; byte <= 255; ++byte) {
+          alignas(16) char memory[48];
+          std::memset(memory, '"', sizeof memory);  // behind the end nothing counts
+          char *const text = memory + offset;
+          std::memset(text, 'x', length);
+          text[length] = '\0';
+          if (place < length) text[place] = static_cast<char>(byte);
+          const std::string expected = quotedJson(std::string(text, length));
+          ASSERT_EQ(scalarJson(WMQ_KIND_STRING, &text, sizeof text), expected) << offset;
+          ASSERT_EQ(scalarJson(WMQ_KIND_CHARS, text, length + 1), expected) << offset;
+          ASSERT_EQ(scalarJson(WMQ_KIND_CHARS, text, 24), expected) << offset;
+        }
+      }
+    }
+  }
+}
+
+TEST(JsonOutput, ShowsAnArrayOfCharactersToItsEndWhereNoNulStands) {
+  const std::string full(20, 'x');
+  for (std::size_t size = 1; size <= full.size(); ++size)
+    EXPECT_EQ(scalarJson(WMQ_KIND_CHARS, full.data(), size), quotedJson(full.substr(0, size)));
+}
+
 TEST(JsonScratch, CountsTheBytesOfAllItsParts) {
   Scratch scratch{};
   EXPECT_EQ(scratch.bytes(), 0U);
