@@ -268,6 +268,7 @@ static void lineByLine(const char *path) {
     CHECK(wmq_peekline(line, &header) == 0);
     eventRecord figures;
     CHECK(wmq_checkline(line, &figures) == 0 && figures.type == header.type);
+    CHECK(wmq_checkfields(line, strlen(line), &header, &figures) == 0 && figures.type == header.type);
     eventRecord *record = wmq_readstreamlineMT(line);
     CHECK(record != NULL);
     const eventRecord *borrowed = wmq_borrowline(line, strlen(line));

@@ -11,28 +11,9 @@ namespace wmq::tool {
 namespace {
 
 // Long enough to make handing over cheap, short enough to have many at work in little memory.
-constexpr size_t blockSize = size_t{256} << 10;
+constexpr size_t blockSize = size_t{128} << 10;
 
 }  // namespace
-
-uint64_t Block::eachLine(
-    const std::function<bool(std::string_view text, uint64_t number, uint64_t bytes)> &take) {
-  char *next = bytes.data();
-  char *const end = next + size;
-  uint64_t number = 0;
-  while (next != end) {
-    auto *lineEnd = static_cast<char *>(std::memchr(next, '\n', static_cast<size_t>(end - next)));
-    const bool ended = lineEnd != nullptr;
-    if (!ended) lineEnd = end;
-    *lineEnd = '\0';
-    const auto length = static_cast<size_t>(lineEnd - next);
-    const bool goOn = take({next, length}, ++number, length + (ended ? 1 : 0));
-    if (ended) *lineEnd = '\n';
-    if (!goOn) break;
-    next = lineEnd + (ended ? 1 : 0);
-  }
-  return number;
-}
 
 Blocks::Blocks(std::string name) : file(std::move(name)), input(file) {}
 

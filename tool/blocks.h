@@ -3,6 +3,7 @@
 #define WMQ_TOOL_BLOCKS_H
 
 #include <cstdint>
+#include <cstring>
 #include <deque>
 #include <functional>
 #include <string>
@@ -20,7 +21,8 @@ class Block {
  public:
   // Hands each line to `take` without its line end, which a NUL stands for meanwhile, with its number from 1
   // and its bytes in the file, until one call returns false. Returns the number of lines handed out.
-  uint64_t eachLine(const std::function<bool(std::string_view text, uint64_t number, uint64_t bytes)> &take);
+  template <typename Take>  // bool (std::string_view text, uint64_t number, uint64_t bytes)
+  uint64_t eachLine(Take take);
 
   bool empty() const { return size == 0; }
 
@@ -30,6 +32,25 @@ class Block {
   std::vector<char> bytes;  // one more than are ever in use, for the NUL
   size_t size = 0;
 };
+
+template <typename Take>
+uint64_t Block::eachLine(Take take) {
+  char *next = bytes.data();
+  char *const end = next + size;
+  uint64_t number = 0;
+  while (next != end) {
+    auto *lineEnd = static_cast<char *>(std::memchr(next, '\n', static_cast<size_t>(end - next)));
+    const bool ended = lineEnd != nullptr;
+    if (!ended) lineEnd = end;
+    *lineEnd = '\0';
+    const auto length = static_cast<size_t>(lineEnd - next);
+    const bool goOn = take({next, length}, ++number, length + (ended ? 1 : 0));
+    if (ended) *lineEnd = '\n';
+    if (!goOn) break;
+    next = lineEnd + (ended ? 1 : 0);
+  }
+  return number;
+}
 
 class Blocks {
  public:

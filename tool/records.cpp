@@ -33,9 +33,17 @@ const eventRecord *borrowRecord(std::string_view line, Refusal &why) {
 }
 
 bool checkRecord(std::string_view line, eventRecord &record, Refusal &why) {
+  wmqLineHeader header;
+  if (wmq_peekline(line.data(), &header) == 0) return checkFields(line, header, record, why);
   if (holdsNul(line, why)) return false;
-  if (wmq_checkline(line.data(), &record) == 0) return true;
+  (void)wmq_checkline(line.data(), &record);  // tells what is wrong
   why = lastRefusal();
+  return false;
+}
+
+bool checkFields(std::string_view line, const wmqLineHeader &header, eventRecord &record, Refusal &why) {
+  if (wmq_checkfields(line.data(), line.size(), &header, &record) == 0) return true;
+  if (!holdsNul(line, why)) why = lastRefusal();
   return false;
 }
 

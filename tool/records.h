@@ -38,8 +38,11 @@ Record readRecord(std::string_view line, Refusal &why);
 // The same, which lasts until the thread asks for the next one (wmq_borrowline).
 const eventRecord *borrowRecord(std::string_view line, Refusal &why);
 
-// The same with nothing but figures in `*record` (wmq_checkline); false when the line is refused.
+// The same with nothing but figures in `record` (wmq_checkline); false when the line is refused.
 bool checkRecord(std::string_view line, eventRecord &record, Refusal &why);
+
+// And for a line that has this header.
+bool checkFields(std::string_view line, const wmqLineHeader &header, eventRecord &record, Refusal &why);
 
 // The code of a type given by its name ("JOB_NEW") or number ("1").
 std::optional<int32_t> typeFromText(std::string_view text);

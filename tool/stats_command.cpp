@@ -125,12 +125,12 @@ bool observeRecord(const HeadedText &record, uint64_t bytes, StatsPart &part, Re
   Record sample;
   eventRecord figures;
   if (counted == Counted::all) sample = readRecord(record.text, why);
-  if (counted == Counted::figures) checkRecord(record.text, figures, why);
+  if (counted == Counted::figures && record.hasHeader) checkFields(record.text, record.header, figures, why);
+  if (!record.hasHeader) checkRecord(record.text, figures, why);
   if (why.error != 0) return false;
   part.counts.addLine(record.header, bytes);
   if (sample) part.samples.push_back(std::move(sample));
-  if (counted != Counted::figures) return true;
-  if (std::optional<JobFact> fact = jobFactOf(figures)) part.facts.push_back(std::move(*fact));
+  if (counted == Counted::figures) part.facts.push_back(jobFactOf(figures));
   return true;
 }
 

@@ -1,6 +1,7 @@
 #include "stream_statistics.h"
 
 #include <algorithm>
+#include <cstring>
 #include <initializer_list>
 #include <iterator>
 
@@ -13,9 +14,12 @@ void LineCounts::addLine(const wmqLineHeader &header, uint64_t bytes) {
     ++count->records;
     count->bytes += bytes;
   }
-  if (lastVersion == nullptr || lastVersion->first != header.version)
-    lastVersion = &*versions.emplace(header.version, 0).first;
-  ++lastVersion->second;
+  static_assert(sizeof lastVersion == sizeof header.version);
+  if (ofLastVersion == nullptr || std::memcmp(lastVersion.data(), header.version, sizeof lastVersion) != 0) {
+    std::memcpy(lastVersion.data(), header.version, sizeof lastVersion);
+    ofLastVersion = &versions[header.version];
+  }
+  ++*ofLastVersion;
   if (header.type != EVENT_END_OF_STREAM) addTimes(header.eventTime, header.eventTime);
 }
 
@@ -48,7 +52,7 @@ Counted countedOf(int32_t type) {
   }
 }
 
-std::optional<JobFact> jobFactOf(const eventRecord &record) {
+JobFact jobFactOf(const eventRecord &record) {
   JobFact fact;
   fact.type = record.type;
   if (record.type == EVENT_JOB_NEW) {
@@ -60,7 +64,7 @@ std::optional<JobFact> jobFactOf(const eventRecord &record) {
   } else if (record.type == EVENT_JOB_START) {
     fact.jobId = record.eventLog.jobStartLog.jobId;
     fact.startTime = record.eventTime;
-  } else if (record.type == EVENT_JOB_FINISH) {
+  } else {
     const jobFinishLog &log = record.eventLog.jobFinishLog;
     fact.jobId = log.jobId;
     fact.submitTime = log.submitTime;
@@ -70,17 +74,15 @@ std::optional<JobFact> jobFactOf(const eventRecord &record) {
     fact.numHosts = std::max(0, log.numExHosts);
     fact.user = log.userName;
     fact.queue = log.queue;
-  } else {
-    return std::nullopt;
   }
   return fact;
 }
 
 void StreamStatistics::add(const eventRecord &record, uint64_t bytes) {
-  wmqLineHeader header{.type = record.type, .eventTime = record.eventTime, .version = {}};
+  wmqLineHeader header{.type = record.type, .eventTime = record.eventTime, .version = {}, .length = 0};
   std::copy(std::begin(record.version), std::end(record.version), header.version);
   addLine(header, bytes);
-  if (const std::optional<JobFact> fact = jobFactOf(record)) addFact(*fact);
+  if (countedOf(record.type) == Counted::figures) addFact(jobFactOf(record));
   addSample(record);
 }
 

@@ -7,7 +7,6 @@
 #include <cstdint>
 #include <functional>
 #include <map>
-#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -68,7 +67,8 @@ class LineCounts {
 
   // Where the counts of types and of the version of the line before are.
   std::array<RecordCount *, WMQ_MAX_EVENT_TYPE + 1> ofType{};
-  std::map<std::string, uint64_t, std::less<>>::value_type *lastVersion = nullptr;
+  std::array<char, sizeof(wmqLineHeader::version)> lastVersion{};
+  uint64_t *ofLastVersion = nullptr;
 };
 
 // What a record says of the life of a job.
@@ -88,8 +88,8 @@ struct JobFact {
 enum class Counted { header, figures, all };
 Counted countedOf(int32_t type);
 
-// What the figures of a record say of it; none for a record that says nothing of the kind.
-std::optional<JobFact> jobFactOf(const eventRecord &record);
+// What a record says of which figures count.
+JobFact jobFactOf(const eventRecord &record);
 
 class StreamStatistics : public LineCounts {
  public:

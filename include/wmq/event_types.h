@@ -133,10 +133,10 @@ enum {
 
 // Reason of the last failure on this thread, one of the numbers above. Operations set it when they fail, and
 // never clear it on entry. A record with fields that is parsed, written or formatted, a record that a stream
-// drops, and wmq_checkline set it to 0 when all goes well; wmq_follownext leaves 0, or the number of the bad
-// line, behind what it gives. All else leaves it as it was; functions that return a number (readJobStatus and
-// the like) never touch it. Assign 0 before a call when the value afterwards is to be trusted (the
-// header-only types succeed only if it was 0).
+// drops, wmq_checkline and wmq_checkfields set it to 0 when all goes well; wmq_follownext leaves 0, or the
+// number of the bad line, behind what it gives. All else leaves it as it was; functions that return a number
+// (readJobStatus and the like) never touch it. Assign 0 before a call when the value afterwards is to be
+// trusted (the header-only types succeed only if it was 0).
 extern WMQ_API WMQ_THREAD_LOCAL int wmq_errno;
 
 // Constant name of an error number, such as "WMQE_BAD_FORMAT"; "0" for 0, "unknown" for any other.

@@ -132,6 +132,7 @@ typedef struct wmqLineHeader {
   int32_t type;  // EVENT_ code; -1 for a type name that no type has
   int32_t eventTime;
   char version[12];  // as it stands on the line
+  size_t length;     // bytes of the header, up to where the fields begin
 } wmqLineHeader;
 
 // Looks at the header of a line and at nothing behind it: a quick way to pass over lines that are not wanted.
@@ -151,6 +152,12 @@ WMQ_API int wmq_peekline(const char *line, struct wmqLineHeader *header);
 // the line would end, WMQE_BAD_ARG when `line` or `record` is null; `*record` then holds what was read before
 // the fault.
 WMQ_API int wmq_checkline(const char *line, struct eventRecord *record);
+
+// The rest of wmq_checkline for those who have looked at the header of the line: `*header` is what
+// wmq_peekline returned 0 with for it. The line has `length` bytes, behind which stands a NUL; one within it
+// is malformed (WMQE_BAD_FORMAT). WMQE_BAD_ARG also for a header that is longer than the line.
+WMQ_API int wmq_checkfields(const char *line, size_t length, const struct wmqLineHeader *header,
+                            struct eventRecord *record);
 
 // The version of the line that this thread parsed last, 0 before the first.
 WMQ_API float wmq_lineversion(void);

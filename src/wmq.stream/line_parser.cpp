@@ -96,16 +96,18 @@ bool takeHeader(Reader &io, Header &header, float &lineVersion) {
 
 // Nearly all headers end long before this: the end of a long line need not be known then. Returns the error
 // of a malformed one.
-int findHeader(const char *line, Header &header) {
+int findHeader(const char *line, Header &header, size_t &headerLength) {
   constexpr size_t usualMost = 128;
   float lineVersion = 0;
   const size_t length = strnlen(line, usualMost);
   Reader io = headerReader(line, length);
   const bool found = takeHeader(io, header, lineVersion);
-  if (length < usualMost || (found && io.cursor < io.end)) return io.error;
-  header = {};
-  io = headerReader(line, std::strlen(line));
-  takeHeader(io, header, lineVersion);
+  if (length == usualMost && !(found && io.cursor < io.end)) {
+    header = {};
+    io = headerReader(line, std::strlen(line));
+    takeHeader(io, header, lineVersion);
+  }
+  headerLength = static_cast<size_t>(io.cursor - line);
   return io.error;
 }
 
@@ -116,16 +118,40 @@ eventRecord *discard(eventRecord *record) {
   return nullptr;
 }
 
-// Fills `record->eventLog` from the fields at the cursor. Leaves its result in wmq_errno, which header-only
-// types do not touch.
-void readEventLog(Reader &io, eventRecord *record) {
-  const EventType &type = eventType(record->type);
+// Fills `record` from its header and from the fields at the cursor. Leaves its result in wmq_errno, which
+// header-only types do not touch.
+void readRecord(Reader &io, const EventType &type, const char *versionText, int32_t eventTime,
+                eventRecord *record) {
+  std::memcpy(record->version, versionText, sizeof record->version);
+  record->eventTime = eventTime;
+  record->type = type.code;
+  nameType(type.name);
   if (type.body == Body::headerOnly) return;
   io.fields = io.cursor;
   io.version = version;
-  io.eventTime = record->eventTime;
+  io.eventTime = eventTime;
   type.codec->read(io, &record->eventLog);
   wmq_errno = resultOf(io);
+}
+
+bool holdsNul(const char *line, size_t length) { return std::memchr(line, '\0', length) != nullptr; }
+
+void refuseNul(const char *line, size_t length) {
+  Reader io = headerReader(line, length);
+  nameType(nullptr);
+  fail(io, WMQE_BAD_FORMAT, nullptr, "a line without NUL bytes");
+  wmq_errno = io.error;
+}
+
+// Lets `read` fill a record with nothing but figures. Seldom is there anything to release.
+template <typename Read>
+int checked(eventRecord *record, Read read) {
+  clear(record, sizeof *record);
+  wmq_errno = 0;
+  const unsigned arraysBefore = numZeroed;
+  read();
+  if (numZeroed != arraysBefore) releaseAllButFigures(record);
+  return wmq_errno == 0 ? 0 : -1;
 }
 
 }  // namespace
@@ -143,11 +169,7 @@ void parseInto(const char *line, size_t length, eventRecord *record, bool keepsT
     record->type = -1;
     return;
   }
-  std::memcpy(record->version, header.version, sizeof record->version);
-  record->eventTime = header.eventTime;
-  record->type = header.type->code;
-  nameType(header.type->name);
-  readEventLog(io, record);
+  readRecord(io, *header.type, header.version, header.eventTime, record);
 }
 
 // Parses a line that is known to hold no NUL.
@@ -162,11 +184,8 @@ static eventRecord *parseText(const char *line, size_t length) {
 }
 
 eventRecord *parsestreamlineMT(const char *line, size_t length) {
-  if (std::memchr(line, '\0', length) == nullptr) return parseText(line, length);
-  Reader io = headerReader(line, length);
-  nameType(nullptr);
-  fail(io, WMQE_BAD_FORMAT, nullptr, "a line without NUL bytes");
-  wmq_errno = io.error;
+  if (!holdsNul(line, length)) return parseText(line, length);
+  refuseNul(line, length);
   return nullptr;
 }
 
@@ -239,11 +258,27 @@ int wmq_checkline(const char *line, eventRecord *record) {
     wmq_errno = WMQE_BAD_ARG;
     return -1;
   }
-  wmq::clear(record, sizeof *record);
-  wmq_errno = 0;
-  wmq::parseInto(line, std::strlen(line), record, false);
-  wmq::releaseAllButFigures(record);
-  return wmq_errno == 0 ? 0 : -1;
+  return wmq::checked(record, [&] { wmq::parseInto(line, std::strlen(line), record, false); });
+}
+
+int wmq_checkfields(const char *line, size_t length, const wmqLineHeader *header, eventRecord *record) {
+  if (line == nullptr || header == nullptr || record == nullptr || header->length > length) {
+    wmq_errno = WMQE_BAD_ARG;
+    return -1;
+  }
+  return wmq::checked(record, [&] {
+    const wmq::EventType &type = wmq::eventType(header->type);
+    if (type.name == nullptr) {
+      wmq_errno = WMQE_BAD_EVENT;
+      return;
+    }
+    if (wmq::holdsNul(line, length)) return wmq::refuseNul(line, length);
+    wmq::Reader io = wmq::headerReader(line, length);
+    io.keepsTexts = false;
+    io.cursor += header->length;
+    wmq::version = wmq::versionOf(header->version);
+    wmq::readRecord(io, type, header->version, header->eventTime, record);
+  });
 }
 
 int wmq_peekline(const char *line, wmqLineHeader *header) {
@@ -252,13 +287,15 @@ int wmq_peekline(const char *line, wmqLineHeader *header) {
     return -1;
   }
   wmq::Header found;
-  if (const int error = wmq::findHeader(line, found); error != 0) {
+  size_t length = 0;
+  if (const int error = wmq::findHeader(line, found, length); error != 0) {
     wmq_errno = error;
     return -1;
   }
   header->type = found.type != nullptr ? found.type->code : -1;
   header->eventTime = found.eventTime;
   std::memcpy(header->version, found.version, sizeof header->version);
+  header->length = length;
   if (found.type != nullptr) return 0;
   wmq_errno = WMQE_BAD_EVENT;
   return -1;

@@ -5,6 +5,7 @@
 #include <iterator>
 #include <string_view>
 
+#include "companion/byte_groups.h"
 #include "records/record_codecs.h"
 #include "wmq/event_record.h"
 
@@ -172,10 +173,9 @@ const EventType &eventType(int32_t code) {
 }
 
 const EventType *eventTypeNamed(const char *name, size_t length) {
-  const std::string_view wanted(name, length);
-  for (size_t slot = slotOf(wanted); kByName[slot].code != 0; slot = (slot + 1) % kSlots) {
+  for (size_t slot = slotOf({name, length}); kByName[slot].code != 0; slot = (slot + 1) % kSlots) {
     const EventType &type = kTypes[kByName[slot].code];
-    if (wanted == std::string_view(type.name, kByName[slot].nameLength)) return &type;
+    if (kByName[slot].nameLength == length && sameBytes(name, type.name, length)) return &type;
   }
   return nullptr;
 }

@@ -1,5 +1,7 @@
 // One line, of any bytes: it is refused with a reason, or becomes a record that can be shown, written, read
 // again and released. A look at its figures alone, and a record that is borrowed, come to the same.
+#include <cstring>
+
 #include "fuzz/fuzz_target.h"
 #include "fuzz/record_checks.h"
 #include "fuzz/requirement.h"
@@ -15,6 +17,12 @@ static void checkFigures(const std::string &line, const eventRecord *record, int
   require((result == 0) == (record != nullptr) && wmq_errno == error, "figures come to what the record does");
   if (record == nullptr) return;
   require(figures.type == record->type && figures.eventTime == record->eventTime, "the same header");
+  wmqLineHeader header;
+  eventRecord rest;
+  require(wmq_peekline(line.c_str(), &header) == 0, "a record has a header");
+  require(wmq_checkfields(line.c_str(), line.size(), &header, &rest) == 0 &&
+              std::memcmp(&rest, &figures, sizeof rest) == 0,
+          "the same figures behind the header");
 }
 
 static void checkBorrowed(std::string_view line, const eventRecord *record, int error) {

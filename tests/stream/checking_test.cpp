@@ -75,6 +75,19 @@ void expectFigures(const wmqLayout &layout, const char *checked, const char *who
   }
 }
 
+// Where the header has been looked at, what remains to be checked comes to the same, to the last byte.
+void expectSameFromTheFields(const std::string &line, int result, const eventRecord &checked) {
+  const Outcome outcome = lastOutcome();
+  wmqLineHeader header;
+  if (wmq_peekline(line.c_str(), &header) != 0) return;
+  eventRecord rest;
+  std::memset(&rest, 0xAA, sizeof rest);
+  EXPECT_EQ(wmq_checkfields(line.c_str(), std::strlen(line.c_str()), &header, &rest), result);
+  EXPECT_EQ(lastOutcome(), outcome);
+  EXPECT_EQ(std::memcmp(&rest, &checked, sizeof rest), 0);
+  EXPECT_EQ(wmq_lineversion(), std::strtof(header.version, nullptr));
+}
+
 void expectAgreement(const std::string &line) {
   SCOPED_TRACE(line);
   const Parsed parsed(line);
@@ -83,6 +96,7 @@ void expectAgreement(const std::string &line) {
   const int result = wmq_checkline(line.c_str(), &checked);
   EXPECT_EQ(result, parsed.outcome.error == 0 ? 0 : -1);
   EXPECT_EQ(lastOutcome(), parsed.outcome);
+  expectSameFromTheFields(line, result, checked);
   if (parsed.record == nullptr) return;
   EXPECT_EQ(checked.type, parsed.record->type);
   EXPECT_STREQ(checked.version, parsed.record->version);
@@ -157,6 +171,36 @@ TEST(CheckingALine, RefusesNull) {
   EXPECT_EQ(wmq_errno, WMQE_BAD_ARG);
   EXPECT_EQ(wmq_checkline(kStart, nullptr), -1);
   EXPECT_EQ(wmq_errno, WMQE_BAD_ARG);
+}
+
+TEST(CheckingTheFields, RefusesWhatCannotBeAHeaderOfTheLine) {
+  const std::string line = kStart;
+  wmqLineHeader header;
+  ASSERT_EQ(wmq_peekline(kStart, &header), 0);
+  eventRecord record;
+  const auto errorOf = [&](const char *text, size_t length, const wmqLineHeader *of, eventRecord *into) {
+    wmq_errno = 0;
+    EXPECT_EQ(wmq_checkfields(text, length, of, into), -1);
+    return wmq_errno;
+  };
+  EXPECT_EQ(errorOf(nullptr, line.size(), &header, &record), WMQE_BAD_ARG);
+  EXPECT_EQ(errorOf(kStart, line.size(), nullptr, &record), WMQE_BAD_ARG);
+  EXPECT_EQ(errorOf(kStart, line.size(), &header, nullptr), WMQE_BAD_ARG);
+  EXPECT_EQ(errorOf(kStart, header.length - 1, &header, &record), WMQE_BAD_ARG);
+  for (const int32_t type : {-1, 0, 54, WMQ_MAX_EVENT_TYPE + 1, INT32_MIN}) {
+    header.type = type;
+    EXPECT_EQ(errorOf(kStart, line.size(), &header, &record), WMQE_BAD_EVENT) << type;
+  }
+}
+
+TEST(CheckingTheFields, RefusesANulWithinTheLine) {
+  const std::string line = std::string(kStart) + '\0' + "1";
+  wmqLineHeader header;
+  ASSERT_EQ(wmq_peekline(line.c_str(), &header), 0);
+  eventRecord record;
+  EXPECT_EQ(wmq_checkfields(line.data(), line.size(), &header, &record), -1);
+  EXPECT_EQ(wmq_errno, WMQE_BAD_FORMAT);
+  EXPECT_EQ(record.type, 0);
 }
 
 TEST(CheckingALine, KeepsThreadsApart) {

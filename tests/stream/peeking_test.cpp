@@ -22,7 +22,7 @@ struct Said {
 };
 
 Said peek(const std::string &line) {
-  Said said{0, 0, "", {.type = 77, .eventTime = 77, .version = "untouched"}};
+  Said said{0, 0, "", {.type = 77, .eventTime = 77, .version = "untouched", .length = 77}};
   wmq_errno = 0;
   said.result = wmq_peekline(line.c_str(), &said.header);
   said.error = wmq_errno;
@@ -39,6 +39,7 @@ class PeekingAtALine : public ::testing::Test {
     EXPECT_EQ(said.header.type, type) << line;
     EXPECT_STREQ(said.header.version, version) << line;
     EXPECT_EQ(said.header.eventTime, eventTime) << line;
+    EXPECT_EQ(said.header.length, lengthOfHeader(line)) << line;
   }
 
   void expectRefused(const std::string &line) {
@@ -48,6 +49,16 @@ class PeekingAtALine : public ::testing::Test {
     EXPECT_EQ(said.header.type, 77) << line;
     EXPECT_EQ(said.header.eventTime, 77) << line;
     EXPECT_STREQ(said.header.version, "untouched") << line;
+    EXPECT_EQ(said.header.length, 77U) << line;
+  }
+
+  // Behind two quoted tokens, a number, and the one character that follows it, if one does.
+  static size_t lengthOfHeader(const std::string &line) {
+    size_t at = 0;
+    for (int quotes = 0; quotes < 4; ++at) quotes += line[at] == '"' ? 1 : 0;
+    at = line.find_first_of("-0123456789", at);
+    at = std::min(line.find_first_not_of("-0123456789", at), line.size());
+    return at + (at < line.size() ? 1 : 0);
   }
 };
 
