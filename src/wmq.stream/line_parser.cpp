@@ -21,11 +21,10 @@ constinit eventRecord *logRec = nullptr;
 namespace {
 
 constexpr size_t kTypeNameSize = 60;
+constexpr size_t kVersionSize = sizeof(eventRecord::version);
 
 struct Header {
-  char typeName[kTypeNameSize];
-  size_t typeNameLength;
-  char version[16] = {};  // longer than it needs, for whole groups of bytes
+  char version[32] = {};  // longer than it needs, for whole groups of bytes
   int32_t eventTime = 0;
   const EventType *type = nullptr;  // null for a name that no type has
 };
@@ -34,27 +33,38 @@ Reader headerReader(const char *line, size_t length) {
   return {.line = line, .fields = line, .cursor = line, .end = line + length, .version = 0, .eventTime = 0};
 }
 
-constexpr size_t kVersionSize = sizeof(eventRecord::version);
-
-// Takes a quoted token shorter than `size`, which something must follow, and the blank behind it.
-template <size_t room>
-bool takeToken(Reader &io, char (&token)[room], size_t size, size_t &length, const char *expected) {
-  if (const PlainQuoted text = plainQuotedAt(io.cursor, io.end);
-      text.after != nullptr && text.room() <= room && text.length() < size) {
-    text.decodeInto(token);
-    length = text.length();
-    io.cursor = text.after + 1;
-    return true;
-  }
-  const Quoted text = quotedAt(io.cursor, io.end);
-  if (text.after == nullptr || text.after == io.end || text.length >= size) {
+// Of what plainQuotedAt does not take.
+[[gnu::noinline]] bool takeAnyToken(Reader &io, size_t size, Quoted &token, const char *expected) {
+  token = quotedAt(io.cursor, io.end);
+  if (token.after == nullptr || token.after == io.end || token.length >= size) {
     fail(io, WMQE_BAD_FORMAT, nullptr, expected);
     return false;
   }
-  text.decodeInto(token);
-  length = text.length;
-  io.cursor = text.after;
+  io.cursor = token.after;
   skipBlank(io);
+  return true;
+}
+
+// Takes a quoted token shorter than `size`, which something must follow, and the blank behind it.
+bool takeTypeName(Reader &io, Quoted &name) {
+  const PlainQuoted text = plainQuotedAt(io.cursor, io.end);
+  if (text.after == nullptr || text.length() >= kTypeNameSize)
+    return takeAnyToken(io, kTypeNameSize, name, "a quoted type name");
+  name = {text.after - 1 - text.length(), text.length(), text.after, false};
+  io.cursor = text.after + 1;
+  return true;
+}
+
+bool takeVersion(Reader &io, Header &header) {
+  const PlainQuoted text = plainQuotedAt(io.cursor, io.end);
+  if (text.after == nullptr || text.length() >= kVersionSize) {
+    Quoted token;
+    if (!takeAnyToken(io, kVersionSize, token, "a quoted format version")) return false;
+    token.decodeInto(header.version);
+    return true;
+  }
+  text.decodeInto(header.version);
+  io.cursor = text.after + 1;
   return true;
 }
 
@@ -75,10 +85,8 @@ float versionOf(const char *text) {
 // Leaves the cursor at the fields. `lineVersion` is touched once the version stands on the line.
 bool takeHeader(Reader &io, Header &header, float &lineVersion) {
   nameType(nullptr);
-  if (!takeToken(io, header.typeName, sizeof header.typeName, header.typeNameLength, "a quoted type name"))
-    return false;
-  size_t versionLength = 0;
-  if (!takeToken(io, header.version, kVersionSize, versionLength, "a quoted format version")) return false;
+  Quoted name;
+  if (!takeTypeName(io, name) || !takeVersion(io, header)) return false;
   lineVersion = versionOf(header.version);
   if (!(lineVersion > 0.0F)) {
     fail(io, WMQE_BAD_FORMAT, nullptr, "a format version above 0");
@@ -89,7 +97,7 @@ bool takeHeader(Reader &io, Header &header, float &lineVersion) {
     return false;
   }
   skipBlank(io);
-  header.type = eventTypeNamed(header.typeName, header.typeNameLength);
+  if (!name.escapes) header.type = eventTypeNamed(name.content, name.length);  // no type has an escape in it
   if (header.type == nullptr) noteFailure(nullptr, 0, "a known type name");
   return true;
 }

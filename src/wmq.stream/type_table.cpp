@@ -145,10 +145,9 @@ constexpr size_t kSlots = 256;
 // Three characters and the length tell most names apart.
 static constexpr size_t slotOf(std::string_view name) {
   if (name.empty()) return 0;
-  size_t hash = name.size();
-  for (const size_t place : {name.size() / 4, name.size() / 2, name.size() - 1})
-    hash = hash * 31 + static_cast<unsigned char>(name[place]);
-  return hash % kSlots;
+  const size_t length = name.size();
+  const auto byte = [name](size_t place) -> size_t { return static_cast<unsigned char>(name[place]); };
+  return (((length * 31 + byte(length / 4)) * 31 + byte(length / 2)) * 31 + byte(length - 1)) % kSlots;
 }
 
 struct NamedSlot {
