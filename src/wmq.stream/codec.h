@@ -28,7 +28,7 @@ struct Plain {
   static constexpr const char *note = "";
   static constexpr bool integer = true;
   static int64_t value(const auto &log) { return log.*M; }
-  static bool read(Reader &io, T &value) { return scan(io, value); }
+  static const char *read(const Reader &io, const char *at, T &value) { return scan(io, at, value); }
 };
 
 // A 64-bit member of which the line carries the low 32 bits, signed.
@@ -37,11 +37,11 @@ struct Low32 : Plain<M> {
   static constexpr const char *form = "%d";
   static constexpr const char *note = "low 32 bits";
   static int64_t value(const auto &log) { return static_cast<int32_t>(log.*M); }
-  static bool read(Reader &io, int64_t &value) {
+  static const char *read(const Reader &io, const char *at, int64_t &value) {
     int32_t narrow = 0;
-    if (!scan(io, narrow)) return false;
-    value = narrow;
-    return true;
+    const char *const after = scan(io, at, narrow);
+    if (after != nullptr) value = narrow;
+    return after;
   }
 };
 template <auto M>
@@ -92,7 +92,9 @@ inline constexpr OrElse<M, Value> orElse{};
 template <auto M>
 struct Low32Unsigned : Low32<M> {
   static constexpr const char *note = "low 32 bits, signed; read as an unsigned 64-bit number";
-  static bool read(Reader &io, int64_t &value) { return scanUnsigned(io, value); }
+  static const char *read(const Reader &io, const char *at, int64_t &value) {
+    return scanUnsigned(io, at, value);
+  }
 };
 template <auto M>
 inline constexpr Low32Unsigned<M> low32Unsigned{};

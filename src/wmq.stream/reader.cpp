@@ -66,21 +66,26 @@ void fail(Reader &io, int error, const char *field, const char *expected) {
   noteFailure(field, static_cast<size_t>(io.cursor - io.line), expected);
 }
 
+[[gnu::cold]] void failNumber(Reader &io, const char *at, const char *field) {
+  const char *const begin = io.cursor;
+  io.cursor = at;
+  fail(io, WMQE_BAD_FORMAT, field, "a number");
+  io.cursor = begin;
+}
+
 template <typename Integer>
-[[gnu::noinline]] static bool scanAnyInteger(Reader &io, Integer &value) {
+[[gnu::noinline]] static const char *scanAnyInteger(const char *text, Integer &value) {
   int64_t wide = 0;
-  const char *const after = scanInt64(io.cursor, wide);
-  if (after == nullptr) return false;
-  value = static_cast<Integer>(wide);
-  io.cursor = after;
-  return true;
+  const char *const after = scanInt64(text, wide);
+  if (after != nullptr) value = static_cast<Integer>(wide);
+  return after;
 }
 
 // Nearly all numbers begin right here or behind one blank. Their lengths are told by branches and not by
 // arithmetic: the processor guesses them, and is at the next field before this one is known.
 template <typename Integer>
-static bool scanInteger(Reader &io, Integer &value) {
-  const char *text = io.cursor;
+static const char *scanInteger(const Reader &io, const char *const begin, Integer &value) {
+  const char *text = begin;
   bool negative = false;
   uint64_t digits = digitValue(*text);
   if (digits > 9) {
@@ -89,7 +94,7 @@ static bool scanInteger(Reader &io, Integer &value) {
       negative = true;
       digits = digitValue(*++text);
     }
-    if (digits > 9) return scanAnyInteger(io, value);
+    if (digits > 9) return scanAnyInteger(begin, value);
   }
   const char *after = text + 1;
   if (unsigned digit = digitValue(*after); digit <= 9) {
@@ -99,31 +104,22 @@ static bool scanInteger(Reader &io, Integer &value) {
       digit = digitValue(*(after += 8));
     }
     for (; digit <= 9; digit = digitValue(*++after)) digits = digits * 10 + digit;
-    if (after - text > 18) return scanAnyInteger(io, value);
+    if (after - text > 18) return scanAnyInteger(begin, value);
   }
   const auto number = static_cast<int64_t>(digits);
   value = static_cast<Integer>(negative ? -number : number);
-  io.cursor = after;
-  return true;
+  return after;
 }
 
-bool scan(Reader &io, int64_t &value) { return scanInteger(io, value); }
-bool scan(Reader &io, int32_t &value) { return scanInteger(io, value); }
+const char *scan(const Reader &io, const char *at, int64_t &value) { return scanInteger(io, at, value); }
+const char *scan(const Reader &io, const char *at, int32_t &value) { return scanInteger(io, at, value); }
+const char *scan(const Reader &, const char *at, float &value) { return scanFloat(at, value); }
 
-bool scan(Reader &io, float &value) {
-  const char *after = scanFloat(io.cursor, value);
-  if (after == nullptr) return false;
-  io.cursor = after;
-  return true;
-}
-
-bool scanUnsigned(Reader &io, int64_t &value) {
+const char *scanUnsigned(const Reader &, const char *at, int64_t &value) {
   uint64_t bits = 0;
-  const char *after = scanUint64(io.cursor, bits);
-  if (after == nullptr) return false;
-  value = static_cast<int64_t>(bits);
-  io.cursor = after;
-  return true;
+  const char *const after = scanUint64(at, bits);
+  if (after != nullptr) value = static_cast<int64_t>(bits);
+  return after;
 }
 
 [[gnu::noinline]] static void readAnyText(Reader &io, const char *field, char *&value, size_t limit) {

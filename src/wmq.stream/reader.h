@@ -57,13 +57,27 @@ inline constexpr size_t leastBytes<char *> = 3;
 // ------------------------------------------------------------------ primitives
 
 void fail(Reader &io, int error, const char *field, const char *expected);
-inline void skipBlank(Reader &io) { io.cursor += io.skips && io.cursor < io.end; }
+inline const char *behindBlank(const Reader &io, const char *at) { return at + (io.skips && at < io.end); }
+inline void skipBlank(Reader &io) { io.cursor = behindBlank(io, io.cursor); }
 
-// Convert at the cursor and leave it right behind; false, with the cursor where it was, if nothing converts.
-bool scan(Reader &io, int64_t &value);
-bool scan(Reader &io, int32_t &value);
-bool scan(Reader &io, float &value);
-bool scanUnsigned(Reader &io, int64_t &value);  // as an unsigned number, held bit for bit
+// Convert what stands at `at`; the position right behind it, or null if nothing converts. From one number to
+// the next it stays in a register, where memory would cost more than the number.
+const char *scan(const Reader &io, const char *at, int64_t &value);
+const char *scan(const Reader &io, const char *at, int32_t &value);
+const char *scan(const Reader &io, const char *at, float &value);
+const char *scanUnsigned(const Reader &io, const char *at, int64_t &value);  // held bit for bit
+
+// The same at the cursor, which is left right behind; false, with the cursor where it was, if nothing
+// converts.
+bool scan(Reader &io, auto &value) {
+  const char *const after = scan(io, io.cursor, value);
+  if (after == nullptr) return false;
+  io.cursor = after;
+  return true;
+}
+
+// Not from the cursor, but from there on no number converts.
+void failNumber(Reader &io, const char *at, const char *field);
 
 // Nothing may have failed before.
 void readText(Reader &io, const char *field, char *&value);
@@ -123,11 +137,15 @@ template <auto F>
 void setAbsent(auto & /*log*/, Unchanged) {}
 
 template <auto F>
-bool scanForm(Reader &io, auto &log) {
+bool scanForm(Reader &io, auto &log, const char *&at) {
   using Form = NumberForm<F>;
-  if (Form::read(io, log.*Form::member)) return true;
-  fail(io, WMQE_BAD_FORMAT, nameOf<Form::member>, "a number");
-  return false;
+  const char *const after = Form::read(io, at, log.*Form::member);
+  if (after == nullptr) {
+    failNumber(io, at, nameOf<Form::member>);
+    return false;
+  }
+  at = after;
+  return true;
 }
 
 template <auto... Fs, typename Absent = int>
@@ -137,7 +155,8 @@ void numbersWithoutSkip(Reader &io, auto &log, const auto &when, const Absent &a
     (setAbsent<Fs>(log, absent), ...);
     return;
   }
-  (void)(scanForm<Fs>(io, log) && ...);
+  const char *at = io.cursor;
+  if ((scanForm<Fs>(io, log, at) && ...)) io.cursor = at;
 }
 
 // Several numbers are converted together: between them stand blanks and nothing else. The cursor goes on only
@@ -149,9 +168,8 @@ void numbers(Reader &io, auto &log, const When &when = always, const Absent &abs
     (setAbsent<Fs>(log, absent), ...);
     return;
   }
-  const char *const begin = io.cursor;
-  if ((scanForm<Fs>(io, log) && ...)) return skipBlank(io);
-  io.cursor = begin;
+  const char *at = io.cursor;
+  if ((scanForm<Fs>(io, log, at) && ...)) io.cursor = behindBlank(io, at);
 }
 
 template <auto F, typename When = Gate, typename Absent = int>
@@ -164,7 +182,8 @@ void number(Reader &io, auto &log, const When &when = always, const Absent &abse
 template <auto F>
 void numberAgainIfTextRemains(Reader &io, auto &log, const auto &when) {
   if (io.error != 0 || !isOnLine(io.version, log, when) || io.cursor == io.end) return;
-  scanForm<F>(io, log);
+  const char *at = io.cursor;
+  if (scanForm<F>(io, log, at)) io.cursor = at;
 }
 
 // A failed conversion is no error and gives 0; the cursor then stays.
@@ -172,8 +191,10 @@ template <auto F>
 void lenientNumber(Reader &io, auto &log, const auto &when) {
   if (io.error != 0) return;
   using Form = NumberForm<F>;
-  if (isOnLine(io.version, log, when) && Form::read(io, log.*Form::member)) {
-    skipBlank(io);
+  const char *const after =
+      isOnLine(io.version, log, when) ? Form::read(io, io.cursor, log.*Form::member) : nullptr;
+  if (after != nullptr) {
+    io.cursor = behindBlank(io, after);
   } else {
     log.*Form::member = 0;
   }
@@ -271,15 +292,16 @@ void newlinesToBlanks(Reader &, const auto &, const When & /*when*/ = always) {}
 
 bool scanElement(Reader &io, const char *field, auto &value) {
   if (scan(io, value)) return true;
-  fail(io, WMQE_BAD_FORMAT, field, "a number");
+  failNumber(io, io.cursor, field);
   return false;
 }
-inline void element(Reader &io, const char *field, int64_t &value) {
-  if (scanElement(io, field, value)) skipBlank(io);
+void numberElement(Reader &io, const char *field, auto &value) {
+  const char *const after = scan(io, io.cursor, value);
+  if (after == nullptr) return failNumber(io, io.cursor, field);
+  io.cursor = behindBlank(io, after);
 }
-inline void element(Reader &io, const char *field, int32_t &value) {
-  if (scanElement(io, field, value)) skipBlank(io);
-}
+inline void element(Reader &io, const char *field, int64_t &value) { numberElement(io, field, value); }
+inline void element(Reader &io, const char *field, int32_t &value) { numberElement(io, field, value); }
 void element(Reader &io, const char * /*field*/, auto &entry) { layout(io, entry); }
 
 // Releases what a half-read entry holds: the count is cut to the entries that are complete.
