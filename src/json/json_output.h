@@ -157,9 +157,22 @@ struct OnOneLine {
 
   // Where a value goes: room for a scalar and what stands behind it; null without memory.
   char *place() { return out.room(scalarRoom + 1); }
-  char *placeNamed(std::string_view quoted) {
-    char *const at = out.room(roomFor(quoted) + scalarRoom + 1);
-    return at == nullptr ? nullptr : nameInto(at, quoted);
+
+  // Members that take one look, as nearly all do, from `member` on, as far as there is room; returns the
+  // first of another kind. The place stays in a register.
+  const PlannedMember *writeSimple(const WritingPlan &plan, const PlannedMember *member, const char *base) {
+    const PlannedMember *const behind = plan.members.data() + plan.members.size();
+    char *at = out.text + out.size;
+    const char *const limit = out.text + out.capacity;
+    for (; member != behind && member->isScalar; ++member) {
+      const std::string_view name = plan.nameOf(*member);
+      if (limit - at < static_cast<std::ptrdiff_t>(roomFor(name) + scalarRoom + 1)) break;
+      char *const last = scalarInto(nameInto(at, name), member->kind, base + member->offset, member->size);
+      if (last == nullptr) break;
+      at = end(last);
+    }
+    out.size = static_cast<std::size_t>(at - out.text);
+    return member;
   }
 
   static char *end(char *at) {
@@ -208,9 +221,8 @@ struct Indented : LevelMemory,
     separate();
     return out.room(scalarRoom);
   }
-  char *placeNamed(std::string_view quoted) {
-    name(quoted);
-    return place();
+  static const PlannedMember *writeSimple(const WritingPlan &, const PlannedMember *member, const char *) {
+    return member;
   }
 
   static char *end(char *at) { return at; }
@@ -236,17 +248,14 @@ struct TextWriter : Punctuation {
     if (char *const at = Punctuation::place()) ended(literalInto(at, "null"));
   }
 
-  // A member, or an element of an array, that is a number or a text. `at` is its place, null without memory
-  // for it.
-  void scalar(char *at, unsigned kind, const char *value, std::size_t size) {
+  // A member, or an element of an array, that is a number or a text.
+  void scalar(unsigned kind, const char *value, std::size_t size) {
+    char *const at = Punctuation::place();
     if (at == nullptr) return;
     if (char *const end = scalarInto(at, kind, value, size)) return ended(end);
     if (kind == WMQ_KIND_CHARS) return text(at, value, strnlen(value, size));
     const char *const from = load<const char *>(value);
     text(at, from, std::strlen(from));
-  }
-  void scalar(unsigned kind, const char *value, std::size_t size) {
-    scalar(Punctuation::place(), kind, value, size);
   }
 
  private:

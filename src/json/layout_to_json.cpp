@@ -5,7 +5,7 @@
 namespace wmq {
 
 template <typename Writer>
-static bool writeMember(Writer &writer, const PlannedMember &member, const char *base);
+static bool writeMember(Writer &writer, const MemberParts &member, const char *base);
 
 template <typename Writer>
 static bool writeAffinity(Writer &writer, const affinityAlloc &allocation) {
@@ -37,7 +37,7 @@ static bool writeNetwork(Writer &writer, std::int64_t count, const networkAlloc 
 template <typename Writer>
 static bool writeExtension(Writer &writer, const WritingPlan &plan, const submitExt &extension) {
   if (extension.pairs != nullptr && extension.numPairs >= 0)
-    return writeMember(writer, plan.members[0], reinterpret_cast<const char *>(&extension));
+    return writeMember(writer, plan.partsOf(plan.members[0]), reinterpret_cast<const char *>(&extension));
   writer.StartArray();
   writer.EndArray();
   return true;
@@ -53,7 +53,7 @@ static bool writeOwned(Writer &writer, const char *at, Write write) {
 
 // The member itself, or one element of an array.
 template <typename Writer>
-static bool writeValue(Writer &writer, const PlannedMember &member, const char *at) {
+static bool writeValue(Writer &writer, const MemberParts &member, const char *at) {
   switch (member.field->kind) {
     case WMQ_KIND_STRUCT:
       return writeStructure(writer, *member.plan, at);
@@ -70,7 +70,7 @@ static bool writeValue(Writer &writer, const PlannedMember &member, const char *
       writer.null();
       return true;
     default:
-      writer.scalar(member.kind, at, member.size);
+      writer.scalar(member.field->kind, at, member.field->size);
       return true;
   }
 }
@@ -102,14 +102,13 @@ static void writeStrings(Writer &writer, const char *elements, std::int64_t coun
 }
 
 template <typename Writer>
-static bool writeArray(Writer &writer, const PlannedMember &member, const char *elements,
-                       std::int64_t count) {
+static bool writeArray(Writer &writer, const MemberParts &member, const char *elements, std::int64_t count) {
   writer.StartArray();
   bool written = true;
-  if (member.kind == WMQ_KIND_STRING) {
+  if (member.field->kind == WMQ_KIND_STRING) {
     writeStrings(writer, elements, count);
   } else {
-    for (std::int64_t i = 0; written && i < count; ++i, elements += member.size)
+    for (std::int64_t i = 0; written && i < count; ++i, elements += member.field->size)
       written = writeValue(writer, member, elements);
   }
   writer.EndArray();
@@ -117,9 +116,9 @@ static bool writeArray(Writer &writer, const PlannedMember &member, const char *
 }
 
 template <typename Writer>
-static bool writeMember(Writer &writer, const PlannedMember &member, const char *base) {
+static bool writeMember(Writer &writer, const MemberParts &member, const char *base) {
   const wmqField &field = *member.field;
-  const char *const at = base + member.offset;
+  const char *const at = base + field.offset;
   if (field.shape == WMQ_SHAPE_ONE) return writeValue(writer, member, at);
   if (field.shape == WMQ_SHAPE_FIXED)
     return writeArray(writer, member, at, static_cast<std::int64_t>(field.length));
@@ -139,15 +138,16 @@ static bool writeMember(Writer &writer, const PlannedMember &member, const char 
 template <typename Writer>
 bool writeStructure(Writer &writer, const WritingPlan &plan, const void *base) {
   const char *const bytes = static_cast<const char *>(base);
+  const PlannedMember *const end = plan.members.data() + plan.members.size();
   writer.StartObject();
-  for (const PlannedMember &member : plan.members) {
-    const std::string_view name = plan.nameOf(member);
-    if (member.isScalar) {
-      writer.scalar(writer.placeNamed(name), member.kind, bytes + member.offset, member.size);
-    } else {
-      writer.name(name);
-      if (!writeMember(writer, member, bytes)) return false;
-    }
+  for (const PlannedMember *member = plan.members.data();; ++member) {
+    member = writer.writeSimple(plan, member, bytes);
+    if (member == end) break;
+    writer.name(plan.nameOf(*member));
+    if (member->isScalar)
+      writer.scalar(member->kind, bytes + member->offset, member->size);
+    else if (!writeMember(writer, plan.partsOf(*member), bytes))
+      return false;
   }
   writer.EndObject();
   return !writer.out.failed;

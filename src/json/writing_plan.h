@@ -18,14 +18,18 @@ struct WritingPlan;
 
 // A member that is shown.
 struct PlannedMember {
-  const wmqField *field;
-  const WritingPlan *plan;  // of the structure that it holds, or points to; null for others
   std::uint32_t offset;
   std::uint32_t size;  // as the field's
   std::uint32_t nameAt;
   std::uint16_t nameLength;
   std::uint8_t kind;
   bool isScalar;  // one number or one text
+};
+
+// And what is asked of the others.
+struct MemberParts {
+  const wmqField *field;
+  const WritingPlan *plan;  // of the structure that it holds, or points to; null where there is none
 };
 
 struct WritingPlan {
@@ -42,13 +46,16 @@ struct WritingPlan {
     return {names.data() + member.nameAt, member.nameLength};
   }
 
+  const MemberParts &partsOf(const PlannedMember &member) const { return parts[&member - members.data()]; }
+
   std::vector<PlannedMember> members;
 
  private:
   const WritingPlan *planFor(const wmqField &field);
 
   std::string names;
-  std::deque<WritingPlan> parts;
+  std::vector<MemberParts> parts;  // of each member
+  std::deque<WritingPlan> plans;   // of parts
 };
 
 inline bool isScalar(wmqKind kind) { return kind <= WMQ_KIND_CHARS; }
