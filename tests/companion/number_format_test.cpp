@@ -64,6 +64,13 @@ TEST(IntegerFormat, IsThatOfPrintf) {
   }
 }
 
+// Short numbers and leading digits have ways of their own.
+TEST(IntegerFormat, IsThatOfPrintfForAllShortNumbersAndBehindThem) {
+  for (int64_t value = 0; value < 20000; ++value)
+    for (const int64_t rest : {int64_t{0}, int64_t{7}, int64_t{99'999'999}})
+      expectAsPrintf(rest == 0 ? -value : value * 100'000'000 + rest);
+}
+
 RC_GTEST_PROP(IntegerFormat, IsThatOfPrintfForAnyValue, (int64_t value, uint8_t shift)) {
   expectAsPrintf(value >> shift % 64);
 }
