@@ -81,6 +81,19 @@ template <typename Integer>
   return after;
 }
 
+// The digits of a number from the third one on, which is at `after`, and the position behind them. Times have
+// eight of them.
+inline const char *scanLonger(const Reader &io, const char *after, uint64_t &digits) {
+  uint32_t eight = 0;
+  if (io.end - after >= 8 && eightDigits(after, eight)) {
+    digits = digits * 100'000'000 + eight;
+    after += 8;
+  }
+  for (unsigned digit = digitValue(*after); digit <= 9; digit = digitValue(*++after))
+    digits = digits * 10 + digit;
+  return after;
+}
+
 // Nearly all numbers begin right here or behind one blank. Their lengths are told by branches and not by
 // arithmetic: the processor guesses them, and is at the next field before this one is known.
 template <typename Integer>
@@ -97,14 +110,17 @@ static const char *scanInteger(const Reader &io, const char *const begin, Intege
     if (digits > 9) return scanAnyInteger(begin, value);
   }
   const char *after = text + 1;
-  if (unsigned digit = digitValue(*after); digit <= 9) {
-    uint32_t eight = 0;
-    if (io.end - after >= 8 && eightDigits(after, eight)) {
-      digits = digits * 100'000'000 + eight;
-      digit = digitValue(*(after += 8));
+  if (const unsigned second = digitValue(*after); second <= 9) {
+    digits = digits * 10 + second;
+    if (const unsigned third = digitValue(*++after); third <= 9) {
+      if (digitValue(after[1]) > 9) {
+        digits = digits * 10 + third;
+        ++after;
+      } else {
+        after = scanLonger(io, after, digits);
+        if (after - text > 18) return scanAnyInteger(begin, value);
+      }
     }
-    for (; digit <= 9; digit = digitValue(*++after)) digits = digits * 10 + digit;
-    if (after - text > 18) return scanAnyInteger(begin, value);
   }
   const auto number = static_cast<int64_t>(digits);
   value = static_cast<Integer>(negative ? -number : number);
