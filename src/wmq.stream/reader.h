@@ -76,7 +76,7 @@ bool scan(Reader &io, auto &value) {
   return true;
 }
 
-// Not from the cursor, but from there on no number converts.
+// Fails at `at`, where no number converts. The cursor stays.
 void failNumber(Reader &io, const char *at, const char *field);
 
 // Nothing may have failed before.
