@@ -86,7 +86,7 @@ TEST(JsonOutput, ShowsAnArrayOfCharactersToItsEndWhereNoNulStands) {
 TEST(JsonScratch, CountsTheBytesOfAllItsParts) {
   Scratch scratch{};
   EXPECT_EQ(scratch.bytes(), 0U);
-  ASSERT_TRUE(scratch.text.reserve(1000) && scratch.tokens.reserve(20) && scratch.seen.reserve(300) &&
+  EXPECT_TRUE(scratch.text.reserve(1000) && scratch.tokens.reserve(20) && scratch.seen.reserve(300) &&
               scratch.knownCounts.reserve(7));
   EXPECT_EQ(scratch.bytes(), 1000 + 20 * sizeof(Token) + 300 + 7 * sizeof(std::size_t));
   scratch.release();
@@ -98,6 +98,7 @@ TEST(JsonScratch, RefusesMoreThanAnyMemoryHolds) {
   for (const std::size_t wanted : {SIZE_MAX, SIZE_MAX / sizeof(std::size_t) + 1})
     EXPECT_FALSE(numbers.reserve(wanted));
   EXPECT_EQ(numbers.bytes(), 0U);
+  numbers.release();
 }
 
 TEST(JsonOutput, FailsForGoodWhenItIsToHoldMoreThanAnyMemory) {
@@ -198,7 +199,7 @@ TEST(JsonTokens, RefuseWhatIsNotJson) {
 TEST(JsonTokens, RefuseWhatIsNestedDeeperThanAnyRecord) {
   EXPECT_EQ(faultOf(std::string(32, '[') + std::string(32, ']')), "read");
   EXPECT_EQ(faultOf(std::string(33, '[') + std::string(33, ']')), "byte 33: nested too deeply");
-  EXPECT_EQ(faultOf(std::string(10'000'000, '[')), "byte 33: nested too deeply");
+  EXPECT_EQ(faultOf(std::string(8'000'000, '[')), "byte 33: nested too deeply");
 }
 
 TEST(JsonTokens, RefuseTextOfFourGigabytes) {

@@ -5,6 +5,7 @@
 
 #include <rapidcheck.h>
 
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -89,7 +90,7 @@ inline void releaseStructure(const wmqLayout &layout, void *base) {
     for (std::int64_t k = 0; k < count; ++k)
       releaseValue(field, elements + static_cast<std::size_t>(k) * field.size);
     const bool shared = (field.flags & WMQ_FIELD_BLOCK) != 0 && !blocks.insert(field.countOffset).second;
-    if (field.shape == WMQ_SHAPE_COUNTED && !shared) std::free(elements);
+    if (field.shape == WMQ_SHAPE_COUNTED && !shared) std::free(memberAt<char *>(base, field.offset));
   }
   std::memset(base, 0, layout.size);
 }
@@ -104,8 +105,9 @@ std::string numberDifference(const void *a, const void *b) {
   T right;
   std::memcpy(&left, a, sizeof left);
   std::memcpy(&right, b, sizeof right);
+  bool same = std::memcmp(a, b, sizeof(T)) == 0;
   // A NaN's payload is not shown; the sign of a zero is.
-  const bool same = std::memcmp(a, b, sizeof(T)) == 0 || (left != left && right != right);
+  if constexpr (std::is_floating_point_v<T>) same = same || (std::isnan(left) && std::isnan(right));
   return same ? "" : ": " + std::to_string(left) + " and " + std::to_string(right);
 }
 
@@ -254,9 +256,11 @@ inline void fillValue(const wmqField &field, void *at) {
     case WMQ_KIND_STRING:
       if (!null) *static_cast<char **>(at) = copyOf(arbitraryText());
       break;
-    case WMQ_KIND_CHARS:
-      std::strcpy(static_cast<char *>(at), arbitraryText(field.size - 1).c_str());
+    case WMQ_KIND_CHARS: {
+      const std::string text = arbitraryText(field.size - 1);
+      std::memcpy(at, text.c_str(), text.size() + 1);
       break;
+    }
     case WMQ_KIND_STRUCT:
       fillStructure(*field.layout, at);
       break;

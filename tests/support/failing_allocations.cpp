@@ -85,6 +85,8 @@ void *WMQ_TESTS_BELOW(calloc)(size_t count, size_t size) noexcept;
 void *WMQ_TESTS_BELOW(realloc)(void *memory, size_t size) noexcept;
 void WMQ_TESTS_BELOW(free)(void *memory) noexcept;
 
+// The parameters have names of the C library's own in its header.
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
 void *malloc(size_t size) noexcept {
   return wmq::testing::failsNow() ? nullptr : wmq::testing::counted(WMQ_TESTS_BELOW(malloc)(size));
 }
@@ -103,5 +105,6 @@ void free(void *memory) noexcept {
   wmq::testing::left -= memory == nullptr ? 0 : 1;
   WMQ_TESTS_BELOW(free)(memory);
 }
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)
 }
 #pragma GCC visibility pop

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <barrier>
 #include <string>
 #include <thread>
@@ -25,6 +26,12 @@ std::string outcomeOf(const std::string &line) {
 std::string shownOutcomeOf(const std::string &line) {
   const OwnedRecord record = parse(line);
   return record != nullptr ? jsonOf(*record) : std::to_string(wmq_errno) + ' ' + wmq_errdetail();
+}
+
+std::vector<std::string> shownOutcomesOf(const std::vector<std::string> &lines) {
+  std::vector<std::string> outcomes(lines.size());
+  std::transform(lines.begin(), lines.end(), outcomes.begin(), shownOutcomeOf);
+  return outcomes;
 }
 
 // Lines of all types, at versions from the oldest on: those written by hand, and samples in which another
@@ -107,8 +114,7 @@ TEST_F(ParsingInSeveralThreads, GivesWhatOneThreadGives) {
 TEST_F(ParsingInSeveralThreads, GivesSixteenThreadsTheRecordsOfAllTypesThatOneGets) {
   const UserDirectory users{{{0, "root"}, {2, "two"}, {1001, "anna"}}};
   const std::vector<std::string> lines = linesOfAllTypes();
-  std::vector<std::string> expected;
-  for (const std::string &line : lines) expected.push_back(shownOutcomeOf(line));
+  const std::vector<std::string> expected = shownOutcomesOf(lines);
 
   constexpr size_t numThreads = 16;
   constexpr size_t readPerThread = 600;
@@ -127,8 +133,7 @@ TEST_F(ParsingInSeveralThreads, GivesSixteenThreadsTheRecordsOfAllTypesThatOneGe
 // What a thread borrows lasts while others borrow, and goes when the thread ends.
 TEST_F(ParsingInSeveralThreads, LendsEachItsOwnRecord) {
   const std::vector<std::string> lines = mixedLines(1400);
-  std::vector<std::string> expected;
-  for (const std::string &line : lines) expected.push_back(shownOutcomeOf(line));
+  const std::vector<std::string> expected = shownOutcomesOf(lines);
   std::vector<int> wrong(4);
   inThreads(4, [&](int thread) {
     for (size_t i = 0; i < lines.size(); ++i) {
@@ -220,6 +225,7 @@ TEST_F(ParsingInSeveralThreads, BeginsEachThreadWithoutVersionAndError) {
 
 TEST_F(ParsingInSeveralThreads, LetsARecordBeReleasedInAnother) {
   std::vector<OwnedRecord> records;
+  records.reserve(100);
   for (int i = 0; i < 100; ++i) records.push_back(parse("\"GRP_STATUS\" \"10.1\" 5 \"text\" 1 2"));
   std::thread([&records] { records.clear(); }).join();
   EXPECT_TRUE(records.empty());
