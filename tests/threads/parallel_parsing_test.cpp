@@ -84,6 +84,7 @@ class ParsingInSeveralThreads : public ::testing::Test {
   void inThreads(int count, Work work) {
     std::barrier begin(count);
     std::vector<std::thread> threads;
+    threads.reserve(static_cast<size_t>(count));
     for (int i = 0; i < count; ++i)
       threads.emplace_back([&begin, &work, i] {
         begin.arrive_and_wait();
@@ -95,8 +96,8 @@ class ParsingInSeveralThreads : public ::testing::Test {
 
 TEST_F(ParsingInSeveralThreads, GivesWhatOneThreadGives) {
   const std::vector<std::string> lines = mixedLines(1400);
-  std::vector<std::string> expected;
-  for (const std::string &line : lines) expected.push_back(outcomeOf(line));
+  std::vector<std::string> expected(lines.size());
+  std::transform(lines.begin(), lines.end(), expected.begin(), outcomeOf);
 
   std::vector<std::vector<std::string>> outcomes(4);
   inThreads(4, [&](int thread) {
