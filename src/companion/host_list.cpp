@@ -166,19 +166,26 @@ int expandHosts(int32_t &count, char **&hosts, int64_t limit) {
   return 0;
 }
 
-size_t hostListRoom(int32_t count, char *const *hosts) {
+// Long lists stay in no cache: each is gone through once here, and once when it is written.
+HostListSize hostListSize(int32_t count, char *const *hosts) {
   constexpr size_t countField = 12;
   constexpr size_t besideName = 3 + groupSize;  // blank, quotes, multiplier or what is written behind a name
-  size_t room = countField;
-  for (int32_t i = 0; i < count; ++i) room += 2 * std::strlen(textOrEmpty(hosts[i])) + besideName;
-  return room;
+  HostListSize size{countField, 0};
+  const char *last = nullptr;
+  for (int32_t i = 0; i < count; ++i) {
+    const char *const name = textOrEmpty(hosts[i]);
+    size.room += 2 * std::strlen(name) + besideName;
+    if (last == nullptr || !areSame(last, name)) ++size.runs;
+    last = name;
+  }
+  return size;
 }
 
 int32_t compressedHosts(int32_t count, char *const *hosts) { return numRuns(count, hosts); }
 
-char *hostListInto(char *out, int32_t count, char *const *hosts) {
+char *hostListInto(char *out, int32_t runs, int32_t count, char *const *hosts) {
   *out++ = ' ';
-  out = formatInt32(out, numRuns(count, hosts));
+  out = formatInt32(out, runs);
   return hostNamesInto(out, count, hosts);
 }
 
@@ -237,10 +244,11 @@ extern "C" int uncompressHostList(int *count, char ***hosts) {
 
 extern "C" int writeHostList(FILE *file, int count, char *const *hosts) {
   if (file == nullptr || count < 0 || (count > 0 && hosts == nullptr)) return -1;
-  auto *const buffer = static_cast<char *>(std::malloc(wmq::hostListRoom(count, hosts)));
+  const wmq::HostListSize size = wmq::hostListSize(count, hosts);
+  auto *const buffer = static_cast<char *>(std::malloc(size.room));
   if (buffer == nullptr) return -1;
-  const auto size = static_cast<size_t>(wmq::hostListInto(buffer, count, hosts) - buffer);
-  const bool written = std::fwrite(buffer, 1, size, file) == size;
+  const auto length = static_cast<size_t>(wmq::hostListInto(buffer, size.runs, count, hosts) - buffer);
+  const bool written = std::fwrite(buffer, 1, length, file) == length;
   std::free(buffer);
   return written ? 0 : -1;
 }

@@ -17,10 +17,14 @@ bool compressedName(const char *name, int64_t &times, const char *&plain);
 // failure nothing has changed. Null names are plain names.
 int expandHosts(int32_t &count, char **&hosts, int64_t limit);
 
-// The field that writeHostList writes, built in memory: room that is always enough, and the end of the text,
+// The field that writeHostList writes, built in memory: what is known before, and the end of the text,
 // without a NUL. `count` is not negative.
-size_t hostListRoom(int32_t count, char *const *hosts);
-char *hostListInto(char *out, int32_t count, char *const *hosts);
+struct HostListSize {
+  size_t room;  // always enough
+  int32_t runs;
+};
+HostListSize hostListSize(int32_t count, char *const *hosts);
+char *hostListInto(char *out, int32_t runs, int32_t count, char *const *hosts);
 
 // The two parts of that field: how many names are written, and the names alone.
 int32_t compressedHosts(int32_t count, char *const *hosts);

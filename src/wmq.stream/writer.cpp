@@ -145,9 +145,10 @@ static bool hostsGiven(Writer &io, int32_t count, char *const *hosts, const char
 // Compresses while writing: unlike compressHostList this needs no memory of its own and cannot fail.
 void putHosts(Writer &io, int32_t count, char *const *hosts, const char *field, bool withCount) {
   if (!hostsGiven(io, count, hosts, field)) return;
-  char *const out = room(io, hostListRoom(count, hosts));
+  const HostListSize size = hostListSize(count, hosts);
+  char *const out = room(io, size.room);
   if (out == nullptr) return;
-  char *const end = withCount ? hostListInto(out, count, hosts) : hostNamesInto(out, count, hosts);
+  char *const end = withCount ? hostListInto(out, size.runs, count, hosts) : hostNamesInto(out, count, hosts);
   io.size = static_cast<size_t>(end - io.text);
 }
 
