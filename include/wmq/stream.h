@@ -155,7 +155,8 @@ WMQ_API int wmq_checkline(const char *line, struct eventRecord *record);
 
 // The rest of wmq_checkline for those who have looked at the header of the line: `*header` is what
 // wmq_peekline returned 0 with for it. The line has `length` bytes, behind which stands a NUL; one within it
-// is malformed (WMQE_BAD_FORMAT). WMQE_BAD_ARG also for a header that is longer than the line.
+// is malformed (WMQE_BAD_FORMAT). WMQE_BAD_ARG also for a header that is longer than the line,
+// WMQE_BAD_EVENT for one with the code of no type.
 WMQ_API int wmq_checkfields(const char *line, size_t length, const struct wmqLineHeader *header,
                             struct eventRecord *record);
 

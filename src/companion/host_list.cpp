@@ -32,12 +32,6 @@ int32_t runLength(int32_t first, int32_t count, char *const *hosts) {
   return next - first;
 }
 
-int32_t numRuns(int32_t count, char *const *hosts) {
-  int32_t runs = 0;
-  for (int32_t at = 0; at < count; at += runLength(at, count, hosts)) ++runs;
-  return runs;
-}
-
 // Whether nothing stands before a name in the compressed list.
 bool standsAlone(const char *name, int32_t times) { return times == 1 && !looksCompressed(name); }
 
@@ -181,8 +175,6 @@ HostListSize hostListSize(int32_t count, char *const *hosts) {
   return size;
 }
 
-int32_t compressedHosts(int32_t count, char *const *hosts) { return numRuns(count, hosts); }
-
 char *hostListInto(char *out, int32_t runs, int32_t count, char *const *hosts) {
   *out++ = ' ';
   out = formatInt32(out, runs);
@@ -218,7 +210,7 @@ extern "C" int compressHostList(int count, char *const *hosts, int *outCount, ch
   *outHosts = nullptr;
   if (count < 1 || hosts == nullptr || !wmq::worthCompressing(count, hosts)) return 0;
 
-  const int32_t runs = wmq::numRuns(count, hosts);
+  const int32_t runs = wmq::hostListSize(count, hosts).runs;
   auto **const compressed = static_cast<char **>(std::calloc(static_cast<size_t>(runs), sizeof(char *)));
   if (compressed == nullptr) return WMQE_NO_MEM;
   int32_t at = 0;

@@ -20,14 +20,13 @@ int expandHosts(int32_t &count, char **&hosts, int64_t limit);
 // The field that writeHostList writes, built in memory: what is known before, and the end of the text,
 // without a NUL. `count` is not negative.
 struct HostListSize {
-  size_t room;  // always enough
-  int32_t runs;
+  size_t room;   // always enough
+  int32_t runs;  // of equal names: so many are written
 };
 HostListSize hostListSize(int32_t count, char *const *hosts);
 char *hostListInto(char *out, int32_t runs, int32_t count, char *const *hosts);
 
-// The two parts of that field: how many names are written, and the names alone.
-int32_t compressedHosts(int32_t count, char *const *hosts);
+// Its names alone.
 char *hostNamesInto(char *out, int32_t count, char *const *hosts);
 
 }  // namespace wmq

@@ -4,6 +4,7 @@
 
 namespace wmq {
 
+// Numbers and texts come first.
 static_assert(WMQ_KIND_INT32 < WMQ_KIND_CHARS && WMQ_KIND_STRING < WMQ_KIND_CHARS &&
               WMQ_KIND_STRUCT > WMQ_KIND_CHARS && WMQ_KIND_NETWORK > WMQ_KIND_CHARS);
 static_assert(sizeof(PlannedMember) == 16, "four of them share a cache line");
@@ -18,7 +19,7 @@ WritingPlan::WritingPlan(const wmqLayout &layout) {
                        .nameAt = static_cast<std::uint32_t>(names.size()),
                        .nameLength = static_cast<std::uint16_t>(field.nameLength + 3),
                        .kind = static_cast<std::uint8_t>(field.kind),
-                       .isScalar = field.shape == WMQ_SHAPE_ONE && wmq::isScalar(field.kind)});
+                       .isScalar = field.shape == WMQ_SHAPE_ONE && field.kind <= WMQ_KIND_CHARS});
     names.append("\"").append(field.name, field.nameLength).append("\":");
   }
   names.append(nameRoom, '\0');

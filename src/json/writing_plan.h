@@ -58,8 +58,6 @@ struct WritingPlan {
   std::deque<WritingPlan> plans;   // of parts
 };
 
-inline bool isScalar(wmqKind kind) { return kind <= WMQ_KIND_CHARS; }
-
 }  // namespace wmq
 
 #endif

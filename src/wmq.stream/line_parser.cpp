@@ -24,7 +24,7 @@ constexpr size_t kTypeNameSize = 60;
 constexpr size_t kVersionSize = sizeof(eventRecord::version);
 
 struct Header {
-  char version[32] = {};  // longer than it needs, for whole groups of bytes
+  char version[32] = {};  // longer than it needs, for texts that are copied in groups
   int32_t eventTime = 0;
   const EventType *type = nullptr;  // null for a name that no type has
 };
@@ -33,8 +33,14 @@ Reader headerReader(const char *line, size_t length) {
   return {.line = line, .fields = line, .cursor = line, .end = line + length, .version = 0, .eventTime = 0};
 }
 
-// Of what plainQuotedAt does not take.
-[[gnu::noinline]] bool takeAnyToken(Reader &io, size_t size, Quoted &token, const char *expected) {
+// Takes a quoted token shorter than `size`, which something must follow, and the blank behind it.
+bool takeToken(Reader &io, size_t size, Quoted &token, const char *expected) {
+  if (const PlainQuoted text = plainQuotedAt(io.cursor, io.end);
+      text.after != nullptr && text.length() < size) {
+    token = {text.after - 1 - text.length(), text.length(), text.after, false};
+    io.cursor = text.after + 1;
+    return true;
+  }
   token = quotedAt(io.cursor, io.end);
   if (token.after == nullptr || token.after == io.end || token.length >= size) {
     fail(io, WMQE_BAD_FORMAT, nullptr, expected);
@@ -42,29 +48,6 @@ Reader headerReader(const char *line, size_t length) {
   }
   io.cursor = token.after;
   skipBlank(io);
-  return true;
-}
-
-// Takes a quoted token shorter than `size`, which something must follow, and the blank behind it.
-bool takeTypeName(Reader &io, Quoted &name) {
-  const PlainQuoted text = plainQuotedAt(io.cursor, io.end);
-  if (text.after == nullptr || text.length() >= kTypeNameSize)
-    return takeAnyToken(io, kTypeNameSize, name, "a quoted type name");
-  name = {text.after - 1 - text.length(), text.length(), text.after, false};
-  io.cursor = text.after + 1;
-  return true;
-}
-
-bool takeVersion(Reader &io, Header &header) {
-  const PlainQuoted text = plainQuotedAt(io.cursor, io.end);
-  if (text.after == nullptr || text.length() >= kVersionSize) {
-    Quoted token;
-    if (!takeAnyToken(io, kVersionSize, token, "a quoted format version")) return false;
-    token.decodeInto(header.version);
-    return true;
-  }
-  text.decodeInto(header.version);
-  io.cursor = text.after + 1;
   return true;
 }
 
@@ -86,7 +69,11 @@ float versionOf(const char *text) {
 bool takeHeader(Reader &io, Header &header, float &lineVersion) {
   nameType(nullptr);
   Quoted name;
-  if (!takeTypeName(io, name) || !takeVersion(io, header)) return false;
+  Quoted versionText;
+  if (!takeToken(io, kTypeNameSize, name, "a quoted type name") ||
+      !takeToken(io, kVersionSize, versionText, "a quoted format version"))
+    return false;
+  versionText.decodeInto(header.version);
   lineVersion = versionOf(header.version);
   if (!(lineVersion > 0.0F)) {
     fail(io, WMQE_BAD_FORMAT, nullptr, "a format version above 0");

@@ -153,7 +153,7 @@ void putHosts(Writer &io, int32_t count, char *const *hosts, const char *field, 
 }
 
 void putCompressedCount(Writer &io, int32_t count, char *const *hosts, const char *field) {
-  if (hostsGiven(io, count, hosts, field)) putInteger(io, compressedHosts(count, hosts));
+  if (hostsGiven(io, count, hosts, field)) putInteger(io, hostListSize(count, hosts).runs);
 }
 
 void putUsage(Writer &io, const wmxRusage &usage) {
