@@ -160,37 +160,29 @@ int expandHosts(int32_t &count, char **&hosts, int64_t limit) {
   return 0;
 }
 
-// Long lists stay in no cache: each is gone through once here, and once when it is written.
-HostListSize hostListSize(int32_t count, char *const *hosts) {
-  constexpr size_t countField = 12;
+int32_t HostListWriter::endOfPart() const { return at_ + std::min(count_ - at_, hostsOfPart_); }
+
+size_t HostListWriter::roomForPart() const {
   constexpr size_t besideName = 3 + groupSize;  // blank, quotes, multiplier or what is written behind a name
-  HostListSize size{countField, 0};
-  const char *last = nullptr;
-  for (int32_t i = 0; i < count; ++i) {
-    const char *const name = textOrEmpty(hosts[i]);
-    size.room += 2 * std::strlen(name) + besideName;
-    if (last == nullptr || !areSame(last, name)) ++size.runs;
-    last = name;
-  }
-  return size;
+  const int32_t end = endOfPart();
+  size_t room = 0;
+  for (int32_t i = at_; i < end; ++i) room += 2 * std::strlen(textOrEmpty(hosts_[i])) + besideName;
+  return room;
 }
 
-char *hostListInto(char *out, int32_t runs, int32_t count, char *const *hosts) {
-  *out++ = ' ';
-  out = formatInt32(out, runs);
-  return hostNamesInto(out, count, hosts);
-}
-
-char *hostNamesInto(char *out, int32_t count, char *const *hosts) {
-  for (int32_t at = 0; at < count;) {
-    const char *const name = textOrEmpty(hosts[at]);
-    const int32_t times = runLength(at, count, hosts);
-    at += times;
+// The last run of a part may go on behind its end.
+char *HostListWriter::partInto(char *out) {
+  const int32_t end = endOfPart();
+  while (at_ < end) {
+    const char *const name = textOrEmpty(hosts_[at_]);
+    const int32_t times = runLength(at_, count_, hosts_);
+    at_ += times;
+    ++runs_;
 
     *out++ = ' ';
     if (standsAlone(name, times)) {
-      char *const end = shortQuotedInto(out, name);
-      out = end != nullptr ? end : quotedInto(out, name, std::strlen(name));
+      char *const nameEnd = shortQuotedInto(out, name);
+      out = nameEnd != nullptr ? nameEnd : quotedInto(out, name, std::strlen(name));
       continue;
     }
     // The multiplier goes inside the quotes, where the opening quote of the name has just been written.
@@ -203,6 +195,17 @@ char *hostNamesInto(char *out, int32_t count, char *const *hosts) {
   return out;
 }
 
+char *hostCountInto(char *out, int32_t runs) {
+  *out = ' ';
+  return formatInt32(out + 1, runs);
+}
+
+int32_t numRuns(int32_t count, char *const *hosts) {
+  int32_t runs = 0;
+  for (int32_t at = 0; at < count; at += runLength(at, count, hosts)) ++runs;
+  return runs;
+}
+
 }  // namespace wmq
 
 extern "C" int compressHostList(int count, char *const *hosts, int *outCount, char ***outHosts) {
@@ -210,7 +213,7 @@ extern "C" int compressHostList(int count, char *const *hosts, int *outCount, ch
   *outHosts = nullptr;
   if (count < 1 || hosts == nullptr || !wmq::worthCompressing(count, hosts)) return 0;
 
-  const int32_t runs = wmq::hostListSize(count, hosts).runs;
+  const int32_t runs = wmq::numRuns(count, hosts);
   auto **const compressed = static_cast<char **>(std::calloc(static_cast<size_t>(runs), sizeof(char *)));
   if (compressed == nullptr) return WMQE_NO_MEM;
   int32_t at = 0;
@@ -236,11 +239,18 @@ extern "C" int uncompressHostList(int *count, char ***hosts) {
 
 extern "C" int writeHostList(FILE *file, int count, char *const *hosts) {
   if (file == nullptr || count < 0 || (count > 0 && hosts == nullptr)) return -1;
-  const wmq::HostListSize size = wmq::hostListSize(count, hosts);
-  auto *const buffer = static_cast<char *>(std::malloc(size.room));
+  wmq::HostListWriter list(count, hosts, count);
+  auto *const buffer = static_cast<char *>(std::malloc(wmq::kHostCountRoom + list.roomForPart()));
   if (buffer == nullptr) return -1;
-  const auto length = static_cast<size_t>(wmq::hostListInto(buffer, size.runs, count, hosts) - buffer);
-  const bool written = std::fwrite(buffer, 1, length, file) == length;
+  char *const names = buffer + wmq::kHostCountRoom;
+  const char *const end = list.partInto(names);
+  // The number is known behind the names, and stands right before them.
+  char number[wmq::kHostCountRoom];
+  const auto numberLength = static_cast<size_t>(wmq::hostCountInto(number, list.runs()) - number);
+  char *const start = names - numberLength;
+  std::memcpy(start, number, numberLength);
+  const auto length = static_cast<size_t>(end - start);
+  const bool written = std::fwrite(start, 1, length, file) == length;
   std::free(buffer);
   return written ? 0 : -1;
 }

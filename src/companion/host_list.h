@@ -17,17 +17,37 @@ bool compressedName(const char *name, int64_t &times, const char *&plain);
 // failure nothing has changed. Null names are plain names.
 int expandHosts(int32_t &count, char **&hosts, int64_t limit);
 
-// The field that writeHostList writes, built in memory: what is known before, and the end of the text,
-// without a NUL. `count` is not negative.
-struct HostListSize {
-  size_t room;   // always enough
-  int32_t runs;  // of equal names: so many are written
-};
-HostListSize hostListSize(int32_t count, char *const *hosts);
-char *hostListInto(char *out, int32_t runs, int32_t count, char *const *hosts);
+// Writing a compressed list, part by part: a long one stays in no cache, and comes by once.
+// `count` is not negative.
+class HostListWriter {
+ public:
+  HostListWriter(int32_t count, char *const *hosts, int32_t hostsOfPart = 64)
+      : count_(count), hosts_(hosts), hostsOfPart_(hostsOfPart) {}
 
-// Its names alone.
-char *hostNamesInto(char *out, int32_t count, char *const *hosts);
+  bool atEnd() const { return at_ == count_; }
+  int32_t runs() const { return runs_; }
+
+  // Room that is always enough for the next part.
+  size_t roomForPart() const;
+  // Writes that part, each name behind a blank; returns its end.
+  char *partInto(char *out);
+
+ private:
+  int32_t endOfPart() const;
+
+  int32_t count_;
+  char *const *hosts_;
+  int32_t hostsOfPart_;
+  int32_t at_ = 0;
+  int32_t runs_ = 0;
+};
+
+// What stands before the names: their number behind a blank. At most so many bytes.
+inline constexpr size_t kHostCountRoom = 12;
+char *hostCountInto(char *out, int32_t runs);
+
+// How many names the compressed list has.
+int32_t numRuns(int32_t count, char *const *hosts);
 
 }  // namespace wmq
 

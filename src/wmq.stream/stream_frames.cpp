@@ -49,7 +49,20 @@ bool handOver(const streamFile &file, WaitingLines &lines, int &writes, size_t &
   return all;
 }
 
-// The look at the size before every 100th write, which rotates a file that is full.
+// Counts a write; true before every 100th, which looks at the size of the file first.
+bool isCheckDue(const Writing &how) {
+  if (++how.writes < kWritesPerCheck) return false;
+  how.writes = 0;
+  return true;
+}
+
+// That look, which rotates a file that is full.
+[[gnu::cold]] int check(streamFile &file) {
+  const int full = isFull(file, 0);
+  return full > 0 ? resetstream(file) : full;
+}
+
+// The same with lines that wait, which go into the file before it is rotated.
 [[gnu::cold]] int check(streamFile &file, WaitingLines &lines, int &writes, size_t &written) {
   const int full = isFull(file, lines.io.size);
   if (full <= 0) return full;
@@ -64,8 +77,7 @@ int writeRecords(streamFile &file, const Writing &how, eventRecord *const *recor
       return -1;
     }
     bool filesRemoved = false;
-    if (++how.writes == kWritesPerCheck) {
-      how.writes = 0;
+    if (isCheckDue(how)) {
       if (const int result = check(file, lines, how.writes, written); result < 0) return result;
       filesRemoved = wmq_errno == WMQE_FILES_REMOVED;
     }
@@ -97,9 +109,29 @@ int writeRecords(streamFile *file, const Writing &how, eventRecord *const *recor
   return result;
 }
 
+// With nothing that waits: behind a write to a file system little code is left in the nearest cache, and half as
+// much of it is passed here as for a batch of one.
 int writeRecord(streamFile *file, const Writing &how, eventRecord *record) {
-  size_t written = 0;
-  return writeRecords(file, how, &record, 1, written);
+  if (file == nullptr || file->fp == nullptr) return -1;
+  if (record == nullptr) {
+    wmq_errno = WMQE_BAD_ARG;
+    return -1;
+  }
+  bool filesRemoved = false;
+  if (isCheckDue(how)) {
+    if (const int result = check(*file); result < 0) return result;
+    filesRemoved = how.tellsRemoval && wmq_errno == WMQE_FILES_REMOVED;
+  }
+  Writer &io = beginLine();
+  int result = how.putLine(io, *record);
+  if (io.size > 0 && append(*file, io.text, io.size) < io.size) {
+    wmq_errno = WMQE_SYS;
+    result = -1;
+  } else if (filesRemoved && result == 0 && io.size > 0) {
+    wmq_errno = WMQE_FILES_REMOVED;
+  }
+  finishLine(io);
+  return result;
 }
 
 int writeBatch(streamFile *file, const Writing &how, eventRecord *const *records, size_t count,

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdlib>
 
+#include "companion/decimal_digits.h"
 #include "companion/host_list.h"
 #include "companion/limits.h"
 #include "companion/numbers.h"
@@ -84,8 +85,10 @@ void put(Writer &io, const char *text, size_t length) {
 }
 
 char *integerBehindBlank(char *out, int64_t value) {
-  *out = ' ';
-  return formatInt64(out + 1, value);
+  *out++ = ' ';
+  const auto magnitude = static_cast<uint64_t>(value);
+  return magnitude < kShortNumbers ? shortInto(out, static_cast<uint32_t>(magnitude))
+                                   : formatInt64(out, value);
 }
 
 void putInteger(Writer &io, int64_t value) {
@@ -142,18 +145,42 @@ static bool hostsGiven(Writer &io, int32_t count, char *const *hosts, const char
   return arrayGiven(io, count, hosts, field);
 }
 
+// The number of names is known behind them. Before them is room for it as it is when all names differ; where it
+// is shorter, they move up.
+static void putHostCount(Writer &io, size_t at, size_t reserved, int32_t runs) {
+  char number[kHostCountRoom];
+  const auto length = static_cast<size_t>(hostCountInto(number, runs) - number);
+  const size_t names = at + reserved;
+  if (length < reserved) std::memmove(io.text + at + length, io.text + names, io.size - names);
+  std::memcpy(io.text + at, number, length);
+  io.size -= reserved - length;
+}
+
 // Compresses while writing: unlike compressHostList this needs no memory of its own and cannot fail.
 void putHosts(Writer &io, int32_t count, char *const *hosts, const char *field, bool withCount) {
   if (!hostsGiven(io, count, hosts, field)) return;
-  const HostListSize size = hostListSize(count, hosts);
-  char *const out = room(io, size.room);
-  if (out == nullptr) return;
-  char *const end = withCount ? hostListInto(out, size.runs, count, hosts) : hostNamesInto(out, count, hosts);
-  io.size = static_cast<size_t>(end - io.text);
+  const size_t start = io.size;
+  size_t reserved = 0;
+  if (withCount) {
+    char *const out = room(io, kHostCountRoom);
+    if (out == nullptr) return;
+    reserved = static_cast<size_t>(hostCountInto(out, count) - out);
+    io.size += reserved;
+  }
+  HostListWriter list(count, hosts);
+  while (!list.atEnd()) {
+    char *const out = room(io, list.roomForPart());
+    if (out == nullptr) {
+      io.size = start;
+      return;
+    }
+    io.size = static_cast<size_t>(list.partInto(out) - io.text);
+  }
+  if (withCount) putHostCount(io, start, reserved, list.runs());
 }
 
 void putCompressedCount(Writer &io, int32_t count, char *const *hosts, const char *field) {
-  if (hostsGiven(io, count, hosts, field)) putInteger(io, hostListSize(count, hosts).runs);
+  if (hostsGiven(io, count, hosts, field)) putInteger(io, numRuns(count, hosts));
 }
 
 void putUsage(Writer &io, const wmxRusage &usage) {
