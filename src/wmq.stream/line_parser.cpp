@@ -30,7 +30,7 @@ struct Header {
 };
 
 Reader headerReader(const char *line, size_t length) {
-  return {.line = line, .fields = line, .cursor = line, .end = line + length, .version = 0, .eventTime = 0};
+  return {.line = line, .fields = line, .cursor = line, .end = line + length, .open = {}, .eventTime = 0};
 }
 
 // Takes a quoted token shorter than `size`, which something must follow, and the blank behind it.
@@ -123,7 +123,7 @@ void readRecord(Reader &io, const EventType &type, const char *versionText, int3
   nameType(type.name);
   if (type.body == Body::headerOnly) return;
   io.fields = io.cursor;
-  io.version = version;
+  io.open = openGatesOf(version);
   io.eventTime = eventTime;
   type.codec->read(io, &record->eventLog);
   wmq_errno = resultOf(io);
@@ -210,7 +210,7 @@ int readFields(const char *fields, const RecordCodec &codec, void *log, int32_t 
             .fields = fields,
             .cursor = fields,
             .end = fields + std::strlen(fields),
-            .version = version,
+            .open = openGatesOf(version),
             .eventTime = eventTime};
   codec.read(io, log);
   return resultOf(io);

@@ -37,6 +37,20 @@ inline bool gateOpen(Gate gate, float line) {
   return gate.kind == WMQ_GATE_AT_LEAST ? above >= -tolerance : above > tolerance;
 }
 
+// The greatest thresholds that leave the gates of a line open: looking at a gate is one comparison then.
+struct OpenGates {
+  float atLeast = -1;
+  float above = -1;
+};
+
+// Those of a line's version. Lines of one stream nearly all have the version of the line before.
+const OpenGates &openGatesOf(float version);
+
+inline bool gateOpen(Gate gate, const OpenGates &open) {
+  if (gate.kind == WMQ_GATE_ALWAYS) return true;
+  return gate.threshold <= (gate.kind == WMQ_GATE_AT_LEAST ? open.atLeast : open.above);
+}
+
 // At least one bit of a mask is set in at least one of the words.
 template <auto... Words>
 struct Bits {
@@ -115,8 +129,8 @@ bool isWritten(const auto &, const ReadWhen<P> &) {
   return true;
 }
 
-bool isOnLine(float lineVersion, const auto &log, const auto &when) {
-  return gateOpen(gateOf(when), lineVersion) && conditionHolds(log, when);
+bool isOnLine(const OpenGates &open, const auto &log, const auto &when) {
+  return gateOpen(gateOf(when), open) && conditionHolds(log, when);
 }
 
 // How a record deals with its list of index ranges.

@@ -94,36 +94,48 @@ inline const char *scanLonger(const Reader &io, const char *after, uint64_t &dig
   return after;
 }
 
-// Nearly all numbers begin right here or behind one blank. Their lengths are told by branches and not by
-// arithmetic: the processor guesses them, and is at the next field before this one is known.
-template <typename Integer>
-static const char *scanInteger(const Reader &io, const char *const begin, Integer &value) {
-  const char *text = begin;
-  bool negative = false;
-  uint64_t digits = digitValue(*text);
-  if (digits > 9) {
-    if (*text == ' ') digits = digitValue(*++text);
-    if (*text == '-') {
-      negative = true;
-      digits = digitValue(*++text);
-    }
-    if (digits > 9) return scanAnyInteger(begin, value);
-  }
+// Behind the first digit, at `text`. Lengths are told by branches and not by arithmetic: the processor guesses
+// them, and is at the next field before this one is known. Null, with no digits, for more than 18.
+static inline const char *scanDigits(const Reader &io, const char *const text, uint64_t &digits) {
   const char *after = text + 1;
   if (const unsigned second = digitValue(*after); second <= 9) {
     digits = digits * 10 + second;
     if (const unsigned third = digitValue(*++after); third <= 9) {
       if (digitValue(after[1]) > 9) {
         digits = digits * 10 + third;
-        ++after;
-      } else {
-        after = scanLonger(io, after, digits);
-        if (after - text > 18) return scanAnyInteger(begin, value);
+        return after + 1;
       }
+      after = scanLonger(io, after, digits);
+      if (after - text > 18) return nullptr;
     }
   }
-  const auto number = static_cast<int64_t>(digits);
-  value = static_cast<Integer>(negative ? -number : number);
+  return after;
+}
+
+// What does not begin with a digit, right here or behind a blank.
+template <typename Integer>
+[[gnu::noinline]] static const char *scanSigned(const Reader &io, const char *const begin, Integer &value) {
+  const char *const sign = begin + (*begin == ' ');
+  uint64_t digits = digitValue(sign[0] == '-' ? sign[1] : '-');
+  if (digits > 9) return scanAnyInteger(begin, value);
+  const char *const after = scanDigits(io, sign + 1, digits);
+  if (after == nullptr) return scanAnyInteger(begin, value);
+  value = static_cast<Integer>(-static_cast<int64_t>(digits));
+  return after;
+}
+
+template <typename Integer>
+static const char *scanInteger(const Reader &io, const char *const begin, Integer &value) {
+  const char *text = begin;
+  uint64_t digits = digitValue(*text);
+  if (digits > 9) {
+    if (*text != ' ') return scanSigned(io, begin, value);
+    digits = digitValue(*++text);
+    if (digits > 9) return scanSigned(io, begin, value);
+  }
+  const char *const after = scanDigits(io, text, digits);
+  if (after == nullptr) return scanAnyInteger(begin, value);
+  value = static_cast<Integer>(digits);
   return after;
 }
 
@@ -138,68 +150,79 @@ const char *scanUnsigned(const Reader &, const char *at, int64_t &value) {
   return after;
 }
 
-[[gnu::noinline]] static void readAnyText(Reader &io, const char *field, char *&value, size_t limit) {
-  const Quoted text = quotedAt(io.cursor, io.end);
-  if (text.after == nullptr) return fail(io, WMQE_BAD_FORMAT, field, "a quoted string");
-  if (text.length > limit) return fail(io, WMQE_BAD_FORMAT, field, "a shorter string");
+[[gnu::noinline]] static const char *readAnyText(Reader &io, const char *at, const char *field, char *&value,
+                                                 size_t limit) {
+  io.cursor = at;
+  const Quoted text = quotedAt(at, io.end);
+  if (text.after == nullptr)
+    fail(io, WMQE_BAD_FORMAT, field, "a quoted string");
+  else if (text.length > limit)
+    fail(io, WMQE_BAD_FORMAT, field, "a shorter string");
+  if (io.error != 0) return at;
   if (io.keepsTexts) {
     value = static_cast<char *>(takeBlock(bytesForText(text.length)));
-    if (value == nullptr) return fail(io, WMQE_NO_MEM, field, "memory for the string");
+    if (value == nullptr) {
+      fail(io, WMQE_NO_MEM, field, "memory for the string");
+      return at;
+    }
     text.decodeInto(value);
   }
-  io.cursor = text.after;
-  skipBlank(io);
+  return behindBlank(io, text.after);
 }
 
 // Half of all texts are empty, and mostly those of the same fields: the processor guesses them, and is at the
 // next field before the end of this one would be found.
-static bool readEmptyText(Reader &io, char *&value) {
-  if (io.cursor[0] != '"' || io.cursor[1] != '"' || io.cursor[2] != ' ') return false;
+static bool readEmptyText(const Reader &io, const char *at, char *&value) {
+  if (at[0] != '"' || at[1] != '"' || at[2] != ' ') return false;
   if (io.keepsTexts) {
     void *const block = takeGroups(0);
     if (block == nullptr) return false;
     value = static_cast<char *>(block);
     *value = '\0';
   }
-  io.cursor += 2 + io.skips;
   return true;
 }
 
-void readText(Reader &io, const char *field, char *&value) {
-  if (readEmptyText(io, value)) return;
-  const PlainQuoted text = plainQuotedAt(io.cursor, io.end);
+const char *readText(Reader &io, const char *at, const char *field, char *&value) {
+  if (readEmptyText(io, at, value)) return at + 2 + io.skips;
+  const PlainQuoted text = plainQuotedAt(at, io.end);
   static_assert(BlockCache::bytesOf(0) >= groupSize && BlockCache::bytesOf(1) >= 2 * groupSize);
-  if (text.after == nullptr) return readAnyText(io, field, value, SIZE_MAX);
+  if (text.after == nullptr) return readAnyText(io, at, field, value, SIZE_MAX);
   if (io.keepsTexts) {
     void *const block = takeGroups(text.wholeGroups);
-    if (block == nullptr) return readAnyText(io, field, value, SIZE_MAX);
+    if (block == nullptr) return readAnyText(io, at, field, value, SIZE_MAX);
     value = static_cast<char *>(block);
     text.decodeInto(value);
   }
-  io.cursor = text.after + io.skips;
+  return text.after + io.skips;
 }
 
 void readBoundedText(Reader &io, const char *field, char *&value, size_t limit) {
-  readAnyText(io, field, value, limit);
+  io.cursor = readAnyText(io, io.cursor, field, value, limit);
 }
 
-[[gnu::noinline]] static void readAnyChars(Reader &io, const char *field, char *array, size_t size,
-                                           size_t minLength) {
-  const Quoted text = quotedAt(io.cursor, io.end);
-  if (text.after == nullptr) return fail(io, WMQE_BAD_FORMAT, field, "a quoted string");
-  if (text.length < minLength) return fail(io, WMQE_BAD_FORMAT, field, "a name that is not empty");
-  if (text.length >= size) return fail(io, WMQE_BAD_FORMAT, field, "a shorter name");
+[[gnu::noinline]] static const char *readAnyChars(Reader &io, const char *at, const char *field, char *array,
+                                                  size_t size, size_t minLength) {
+  io.cursor = at;
+  const Quoted text = quotedAt(at, io.end);
+  if (text.after == nullptr)
+    fail(io, WMQE_BAD_FORMAT, field, "a quoted string");
+  else if (text.length < minLength)
+    fail(io, WMQE_BAD_FORMAT, field, "a name that is not empty");
+  else if (text.length >= size)
+    fail(io, WMQE_BAD_FORMAT, field, "a shorter name");
+  if (io.error != 0) return at;
   text.decodeInto(array);
-  io.cursor = text.after;
-  skipBlank(io);
+  return behindBlank(io, text.after);
 }
 
-void readChars(Reader &io, const char *field, char *array, size_t size, size_t minLength) {
-  const PlainQuoted text = plainQuotedAt(io.cursor, io.end);
+const char *readChars(Reader &io, const char *at, const char *field, char *array, size_t size,
+                      size_t minLength) {
+  const PlainQuoted text = plainQuotedAt(at, io.end);
   if (text.after == nullptr || text.length() < minLength || text.room() > size)
-    return readAnyChars(io, field, array, size, minLength);
+    return readAnyChars(io, at, field, array, size, minLength);
   text.decodeInto(array);
-  io.cursor = text.after + io.skips;
+  return text.after + io.skips;
 }
 
 // A text for the reader itself, which gives it back.
@@ -207,7 +230,7 @@ static char *borrowText(Reader &io, const char *field) {
   char *text = nullptr;
   const bool keepsTexts = io.keepsTexts;
   io.keepsTexts = true;
-  readText(io, field, text);
+  io.cursor = readText(io, io.cursor, field, text);
   io.keepsTexts = keepsTexts;
   return text;
 }
@@ -305,7 +328,7 @@ static void passStrings(Reader &io, const char *field, int32_t &count, int64_t *
   char *none = nullptr;
   for (int32_t i = 0; i < count; ++i) {
     const char *const begin = io.cursor;
-    readText(io, field, none);
+    io.cursor = readText(io, begin, field, none);
     if (io.error != 0) {
       count = i;
       return;
@@ -323,10 +346,12 @@ void readStrings(Reader &io, const char *field, int32_t &count, char **&array) {
     count = 0;
     return;
   }
+  const char *at = io.cursor;
   for (int32_t i = 0; i < count; ++i) {
-    readText(io, field, array[i]);
+    at = readText(io, at, field, array[i]);
     if (io.error != 0) count = i;
   }
+  io.cursor = at;
 }
 
 void copyStrings(Reader &io, const char *field, int32_t &count, char **&array, int32_t otherCount,
@@ -414,7 +439,7 @@ void readSubmitExt(Reader &io, const char *field, submitExt *&extension) {
   for (; extension->numPairs < count; ++extension->numPairs) {
     submitExtPair &pair = extension->pairs[extension->numPairs];
     element(io, field, pair.key);
-    if (io.error == 0) readText(io, field, pair.value);
+    if (io.error == 0) io.cursor = readText(io, io.cursor, field, pair.value);
     if (io.error != 0) return release(pair.value);
   }
 }
@@ -436,7 +461,7 @@ void readNamedValues(Reader &io, const char *field, namedValueList *&list) {
   }
   for (; list->count < count; ++list->count) {
     const int32_t i = list->count;
-    readText(io, field, list->names[i]);
+    io.cursor = readText(io, io.cursor, field, list->names[i]);
     if (io.error == 0) element(io, field, list->values[i]);
     if (io.error != 0) return release(list->names[i]);
   }

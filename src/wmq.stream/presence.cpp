@@ -1,0 +1,30 @@
+#include "wmq.stream/presence.h"
+
+#include <bit>
+#include <limits>
+
+namespace wmq {
+
+// A gate that is open is open at every smaller threshold. The bits of floats from 0 on are in their order.
+static float lastOpen(wmqGate kind, float version) {
+  if (!gateOpen(Gate{kind, 0}, version)) return -1;
+  uint32_t open = 0;
+  auto closed = std::bit_cast<uint32_t>(std::numeric_limits<float>::infinity());
+  while (closed - open > 1) {
+    const uint32_t middle = open + (closed - open) / 2;
+    (gateOpen(Gate{kind, std::bit_cast<float>(middle)}, version) ? open : closed) = middle;
+  }
+  return std::bit_cast<float>(open);
+}
+
+const OpenGates &openGatesOf(float version) {
+  static thread_local constinit float last = 0;
+  static thread_local constinit OpenGates open{};
+  if (version != last) {
+    last = version;
+    open = {lastOpen(WMQ_GATE_AT_LEAST, version), lastOpen(WMQ_GATE_ABOVE, version)};
+  }
+  return open;
+}
+
+}  // namespace wmq
