@@ -93,6 +93,10 @@ class KeepingAll {
   }
   ~KeepingAll() {
     if (blockCache.most == 0) return;
+    if (mostBefore == BlockCache::usualMost && blockCache.units <= BlockCache::usualMost) {
+      blockCache.most = BlockCache::usualMost;
+      return;
+    }
     const ptrdiff_t released = blockCache.units - unitsBefore;
     blockCache.most = std::max({BlockCache::usualMost, released, mostBefore - mostBefore / 1024});
     if (blockCache.units > blockCache.most) freeKeptBlocks(blockCache.most);

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "companion/borrowed_memory.h"
+#include "companion/byte_groups.h"
 #include "companion/numbers.h"
 #include "companion/quoting.h"
 #include "companion/zeroed_memory.h"
@@ -51,34 +52,74 @@ bool takeToken(Reader &io, size_t size, Quoted &token, const char *expected) {
   return true;
 }
 
-// Lines of one stream nearly all have the version of the line before.
+// The version of the line before: lines of one stream nearly all have the same, and nearly all say so in the
+// same few bytes.
+struct KnownVersion {
+  char text[kVersionSize];
+  float value;
+  // With the quotes and the blank behind it, if these are no more than eight bytes.
+  uint64_t token;
+  uint64_t tokenMask;
+  size_t tokenLength;
+};
+thread_local constinit KnownVersion known{};
+
 float versionOf(const char *text) {
-  struct Parsed {
-    char text[kVersionSize];
-    float value;
-  };
-  static thread_local constinit Parsed last{};
-  if (std::memcmp(text, last.text, sizeof last.text) != 0) {
-    std::memcpy(last.text, text, sizeof last.text);
-    last.value = static_cast<float>(parseReal(text, nullptr));
+  if (std::memcmp(text, known.text, sizeof known.text) != 0) {
+    known = {};
+    std::memcpy(known.text, text, sizeof known.text);
+    known.value = static_cast<float>(parseReal(text, nullptr));
   }
-  return last.value;
+  return known.value;
 }
 
-// Leaves the cursor at the fields. `lineVersion` is touched once the version stands on the line.
-bool takeHeader(Reader &io, Header &header, float &lineVersion) {
-  nameType(nullptr);
-  Quoted name;
-  Quoted versionText;
-  if (!takeToken(io, kTypeNameSize, name, "a quoted type name") ||
-      !takeToken(io, kVersionSize, versionText, "a quoted format version"))
-    return false;
-  versionText.decodeInto(header.version);
+bool takeKnownVersion(Reader &io, Header &header) {
+  if (known.tokenLength == 0 || io.end - io.cursor < 8) return false;
+  if ((groupAt<uint64_t>(io.cursor) & known.tokenMask) != known.token) return false;
+  std::memcpy(header.version, known.text, sizeof known.text);
+  io.cursor += known.tokenLength;
+  return true;
+}
+
+// The token that has just been taken, from `begin` to the cursor.
+void keepToken(const Reader &io, const char *begin, const Quoted &token) {
+  constexpr size_t most = sizeof known.token;
+  const auto length = static_cast<size_t>(io.cursor - begin);
+  if (known.tokenLength != 0 || *begin != '"' || token.escapes || length > most || io.cursor[-1] != ' ') return;
+  unsigned char mask[most] = {};
+  char bytes[most] = {};
+  std::memset(mask, 0xff, length);
+  std::memcpy(bytes, begin, length);
+  known.tokenMask = groupAt<uint64_t>(reinterpret_cast<const char *>(mask));
+  known.token = groupAt<uint64_t>(bytes);
+  known.tokenLength = length;
+}
+
+// `lineVersion` is touched once the version stands on the line.
+bool takeVersion(Reader &io, Header &header, float &lineVersion) {
+  if (takeKnownVersion(io, header)) {
+    lineVersion = known.value;
+    return true;
+  }
+  const char *const begin = io.cursor;
+  Quoted text;
+  if (!takeToken(io, kVersionSize, text, "a quoted format version")) return false;
+  text.decodeInto(header.version);
   lineVersion = versionOf(header.version);
   if (!(lineVersion > 0.0F)) {
     fail(io, WMQE_BAD_FORMAT, nullptr, "a format version above 0");
     return false;
   }
+  keepToken(io, begin, text);
+  return true;
+}
+
+// Leaves the cursor at the fields.
+bool takeHeader(Reader &io, Header &header, float &lineVersion) {
+  nameType(nullptr);
+  Quoted name;
+  if (!takeToken(io, kTypeNameSize, name, "a quoted type name") || !takeVersion(io, header, lineVersion))
+    return false;
   if (!scan(io, header.eventTime)) {
     fail(io, WMQE_BAD_FORMAT, nullptr, "an event time");
     return false;

@@ -29,10 +29,8 @@ void freeLogRec(eventRecord *record) {
   wmq::releaseRecord(record, {.kept = false});
 }
 
-void wmq_freekept(eventRecord *record) {
-  const wmq::KeepingAll all;
-  wmq::releaseRecord(record, {.kept = true});
-}
+// Seldom anything, and never so much that the thread would have to make room for it.
+void wmq_freekept(eventRecord *record) { wmq::releaseRecord(record, {.kept = true}); }
 
 void wmq_freelogrec(eventRecord *record) {
   const wmq::KeepingAll all;
