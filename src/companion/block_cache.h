@@ -43,8 +43,7 @@ struct BlockCache {
   enum class State : unsigned char { unknown, inUse, unused } state;
 };
 
-// Where it is must cost nothing to know.
-extern thread_local constinit BlockCache blockCache [[gnu::tls_model("initial-exec")]];
+extern thread_local constinit BlockCache blockCache;
 
 // Bytes to ask for, so that the block of a text belongs to the class with the number of its whole groups of
 // 16 bytes, and has room for one group more where it is kept.

@@ -27,8 +27,7 @@ struct BorrowedMemory {
   }
 };
 
-// Where it is must cost nothing to know.
-extern thread_local constinit BorrowedMemory borrowed [[gnu::tls_model("initial-exec")]];
+extern thread_local constinit BorrowedMemory borrowed;
 
 // From a new chunk; null when memory runs out.
 void *borrowMore(size_t bytes);

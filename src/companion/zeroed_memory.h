@@ -20,7 +20,7 @@ inline void *clear(void *memory, size_t bytes) {
 }
 
 // How often this thread has called zeroed(): whatever a record points to but texts comes from there.
-inline thread_local constinit unsigned numZeroed [[gnu::tls_model("initial-exec")]] = 0;
+inline thread_local constinit unsigned numZeroed = 0;
 
 // As calloc; `count` and `size` are above 0.
 inline void *zeroed(size_t count, size_t size) {
