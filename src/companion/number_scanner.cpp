@@ -287,7 +287,25 @@ const char *scanReal(const char *text, Real &value) {
 
 }  // namespace
 
-const char *scanFloat(const char *text, float &value) { return scanReal(text, value); }
+// A number as "%.4f" writes it, right here and with a blank behind it; null for all else.
+static const char *scanFourDecimals(const char *text, float &value) {
+  const char *const first = text;
+  uint64_t digits = 0;
+  for (unsigned digit; (digit = digitValue(*text)) <= 9; ++text) digits = digits * 10 + digit;
+  if (*text != '.' || text == first || text - first > 9) return nullptr;
+  for (int place = 1; place <= 4; ++place) {
+    const unsigned digit = digitValue(text[place]);
+    if (digit > 9) return nullptr;
+    digits = digits * 10 + digit;
+  }
+  if (text[5] != ' ') return nullptr;
+  return narrow(static_cast<double>(digits) / 1e4, value) ? text + 5 : nullptr;
+}
+
+const char *scanFloat(const char *text, float &value) {
+  if (const char *const end = scanFourDecimals(text + (*text == ' '), value)) return end;
+  return scanReal(text, value);
+}
 
 const char *scanAnyDouble(const char *text, double &value) { return scanReal(text, value); }
 

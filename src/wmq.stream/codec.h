@@ -122,7 +122,7 @@ struct NumberForm<F> : Plain<F> {
 
 // The job in another cluster that a record belongs to.
 template <typename L>
-void clusterGroup(auto &io, L &log, Gate gate = atLeast(9.1F)) {
+[[gnu::always_inline]] inline void clusterGroup(auto &io, L &log, Gate gate = atLeast(9.1F)) {
   text<&L::srcCluster>(io, log, gate);
   number<&L::srcJobId>(io, log, gate);
   text<&L::dstCluster>(io, log, gate);

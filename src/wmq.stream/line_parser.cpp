@@ -85,7 +85,8 @@ bool takeKnownVersion(Reader &io, Header &header) {
 void keepToken(const Reader &io, const char *begin, const Quoted &token) {
   constexpr size_t most = sizeof known.token;
   const auto length = static_cast<size_t>(io.cursor - begin);
-  if (known.tokenLength != 0 || *begin != '"' || token.escapes || length > most || io.cursor[-1] != ' ') return;
+  if (known.tokenLength != 0 || *begin != '"' || token.escapes || length > most || io.cursor[-1] != ' ')
+    return;
   unsigned char mask[most] = {};
   char bytes[most] = {};
   std::memset(mask, 0xff, length);
