@@ -94,8 +94,9 @@ inline const char *scanLonger(const Reader &io, const char *after, uint64_t &dig
   return after;
 }
 
-// Behind the first digit, at `text`. Lengths are told by branches and not by arithmetic: the processor guesses
-// them, and is at the next field before this one is known. Null, with no digits, for more than 18.
+// Adds the digits behind the first one, which is at `text`. Lengths are told by branches and not by
+// arithmetic: the processor guesses them, and is at the next field before this one is known. The position
+// behind them; null for more than 18.
 static inline const char *scanDigits(const Reader &io, const char *const text, uint64_t &digits) {
   const char *after = text + 1;
   if (const unsigned second = digitValue(*after); second <= 9) {

@@ -109,8 +109,8 @@ int writeRecords(streamFile *file, const Writing &how, eventRecord *const *recor
   return result;
 }
 
-// With nothing that waits: behind a write to a file system little code is left in the nearest cache, and half as
-// much of it is passed here as for a batch of one.
+// With nothing that waits: behind a write to a file system little code is left in the nearest cache, and half
+// as much of it is passed here as for a batch of one.
 int writeRecord(streamFile *file, const Writing &how, eventRecord *record) {
   if (file == nullptr || file->fp == nullptr) return -1;
   if (record == nullptr) {

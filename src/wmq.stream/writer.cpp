@@ -145,8 +145,8 @@ static bool hostsGiven(Writer &io, int32_t count, char *const *hosts, const char
   return arrayGiven(io, count, hosts, field);
 }
 
-// The number of names is known behind them. Before them is room for it as it is when all names differ; where it
-// is shorter, they move up.
+// The number of names is known behind them. Before them is room for it as it is when all names differ; where
+// it is shorter, they move up.
 static void putHostCount(Writer &io, size_t at, size_t reserved, int32_t runs) {
   char number[kHostCountRoom];
   const auto length = static_cast<size_t>(hostCountInto(number, runs) - number);

@@ -271,6 +271,28 @@ TEST(RealScan, RoundsOnceOnTheWayToAFloat) {
     expectRealsAsTheCLibrary(text);
 }
 
+// The form of processor times, and what is nearly that form.
+TEST(RealScan, AgreesOnNumbersOfAboutFourDecimals) {
+  for (const char *const before : {"", " ", "  ", "-", "+", " -", "x"})
+    for (const char *const whole :
+         {"", "0", "7", "12", "1234", "16777217", "999999999", "1234567890", "99999999999999999999", "1 "})
+      for (const char *const point : {".", "", ",", ".."})
+        for (const char *const decimals : {"", "5", "000", "0000", "0001", "9999", "12345", "1a34", "12 4"})
+          for (const char *const behind : {"", " ", "\n", "\"", "e", "e3 ", "x", ".", " 1"})
+            ASSERT_NO_FATAL_FAILURE(
+                expectRealsAsTheCLibrary(std::string(before) + whole + point + decimals + behind));
+
+  std::mt19937_64 random(3);
+  for (int i = 0; i < 300'000; ++i) {
+    const float value = floatOfBits(static_cast<uint32_t>(random()));
+    if (std::fabs(value) < 1e12F) {
+      ASSERT_NO_FATAL_FAILURE(expectRealsAsTheCLibrary(printed("%.4f ", double{value})));
+    }
+    const auto digits = static_cast<double>(random() % 10'000'000'000'000);
+    ASSERT_NO_FATAL_FAILURE(expectRealsAsTheCLibrary(printed("%.4f ", digits / 1e4)));
+  }
+}
+
 TEST(RealScan, ReadsMoreDigitsThan64BitsHold) {
   for (const char *const text : {"18446744073709551617", "1844674407370955161.7", "36893488147419103233.5",
                                  "9999999999999999999", "99999999999999999999"})

@@ -354,6 +354,13 @@ TEST(AListThatOutgrowsItsLine, IsCutWhereNoMemoryWasFound) {
   record.eventLog.jobForwardLog.numHosts = 1;
   failEachGrowth(record);
 
+  std::vector<char *> manyHosts;
+  std::string names[] = {std::string(20, 'a'), std::string(20, 'b')};
+  for (int i = 0; i < 5000; ++i) manyHosts.push_back(names[i % 2].data());
+  record.eventLog.jobForwardLog.hosts = manyHosts.data();
+  record.eventLog.jobForwardLog.numHosts = 5000;
+  failEachGrowth(record);
+
   std::vector<int64_t> ids(5000, 1'000'000);
   std::vector<int32_t> values(ids.size());
   oldRmtJobCtrlRecord control{};

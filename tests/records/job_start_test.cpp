@@ -254,6 +254,28 @@ TEST_F(JobStartWriting, CompressesItsHosts) {
   EXPECT_THAT(execHostsOf(logOf(read)), ElementsAre("a", "a", "a", "b", "a"));
 }
 
+// The number of names stands before them and is known behind them; long lists are written part by part.
+TEST_F(JobStartWriting, WritesListsOfAnyLengthWithRunsOfAnyLength) {
+  for (const int32_t count : {1, 9, 10, 63, 64, 65, 99, 100, 127, 128, 129, 999, 1000, 1001, 10'000})
+    for (const int32_t run : {1, 2, 3, 7, 63, 64, 65, 128, 1000, 10'000}) {
+      SCOPED_TRACE(std::to_string(count) + " hosts, " + std::to_string(run) + " of each");
+      std::vector<std::string> names;
+      for (int32_t i = 0; i < count; ++i) names.push_back("host" + std::to_string(i / run));
+      std::vector<char *> hosts;
+      for (std::string &name : names) hosts.push_back(name.data());
+      log.numExHosts = count;
+      log.execHosts = hosts.data();
+
+      const int32_t numRuns = (count + run - 1) / run;
+      std::string list = " " + std::to_string(numRuns);
+      for (int32_t i = 0; i < numRuns; ++i) {
+        const int32_t times = std::min(run, count - i * run);
+        list += " \"" + (times > 1 ? std::to_string(times) + "*" : "") + "host" + std::to_string(i) + "\"";
+      }
+      ASSERT_THAT(fieldsOf(record), StartsWith(" 0 0 0 0 0.0" + list + " \"\" "));
+    }
+}
+
 TEST_F(JobStartWriting, ProtectsHostsThatLookCompressed) {
   Names hosts = {"3*a", "b"};
   log.numExHosts = hosts.count();

@@ -183,6 +183,56 @@ TEST_F(ParsingAHeader, RemembersTheVersionOfTheLineParsedLast) {
   EXPECT_EQ(wmq_lineversion(), 6.2F) << "this line says none";
 }
 
+TEST_F(ParsingAHeader, TakesEachVersionForItselfWhateverTheLineBeforeSaid) {
+  struct Said {
+    const char *token;  // as it stands on the line, with what is right behind it
+    const char *version;
+    float number;
+  };
+  constexpr Said all[] = {{"\"10.1\" ", "10.1", 10.1F},
+                          {"\"10.12\" ", "10.12", 10.12F},
+                          {"\"10.123\" ", "10.123", 10.123F},
+                          {"\"10.1 \" ", "10.1 ", 10.1F},
+                          {"\"10\" ", "10", 10},
+                          {"\"1\" ", "1", 1},
+                          {"\"9.1\" ", "9.1", 9.1F},
+                          {"\"9.13\" ", "9.13", 9.13F},
+                          {"\"10.1\"\t", "10.1", 10.1F},
+                          {"\"10.1\"1", "10.1", 10.1F},
+                          {"x\"10.1\" ", "10.1", 10.1F},
+                          {" \"10.1\" ", "10.1", 10.1F},
+                          {"\"10\"\"1\" ", "10\"1", 10},
+                          {"\"10\"n1\" ", "10\n1", 10},
+                          {"\"2\"n\" ", "2\n", 2},
+                          {"\"10.1000000\" ", "10.1000000", 10.1F}};
+  for (const Said &before : all)
+    for (const Said &then : all) {
+      SCOPED_TRACE(std::string(before.token) + " and " + then.token);
+      for (const Said *said : {&before, &then, &then}) {
+        const OwnedRecord record = parse(std::string("\"JOB_VACATED\" ") + said->token + "5 and more");
+        ASSERT_NE(record, nullptr);
+        EXPECT_STREQ(record->version, said->version);
+        EXPECT_EQ(wmq_lineversion(), said->number);
+        EXPECT_EQ(record->eventTime, 5);
+        const char *const rest = record->version + std::strlen(said->version);
+        const char *const end = record->version + sizeof record->version;
+        EXPECT_TRUE(std::all_of(rest, end, [](char c) { return c == '\0'; }));
+      }
+    }
+}
+
+// The bytes of the version before are not looked for beyond the end of a line.
+TEST_F(ParsingAHeader, RefusesAVersionThatIsCutShortBehindAWholeOne) {
+  const std::string whole = "\"JOB_VACATED\" \"10.1\" 5";
+  for (size_t length = 0; length < whole.size(); ++length) {
+    expectAccepted(whole);
+    expectRefused(std::string(whole.c_str(), length));
+  }
+  expectAccepted(whole);
+  expectRefused("\"JOB_VACATED\" \"10.1\"");
+  expectRefused("\"JOB_VACATED\" \"10.1\" ");
+}
+
 TEST_F(ParsingAHeader, LetsTheVersionBeSet) {
   wmq_setlineversion(9.0F);
   EXPECT_EQ(wmq_lineversion(), 9.0F);
