@@ -5,15 +5,21 @@
 
 namespace wmq {
 
-// A gate that is open is open at every smaller threshold. The bits of floats from 0 on are in their order.
+// A gate that is open is open at every smaller threshold, so that halving finds the last one. The bits of
+// floats from 0 on are in their order.
 static float lastOpen(wmqGate kind, float version) {
   if (!gateOpen(Gate{kind, 0}, version)) return -1;
   uint32_t open = 0;
   auto closed = std::bit_cast<uint32_t>(std::numeric_limits<float>::infinity());
-  while (closed - open > 1) {
-    const uint32_t middle = open + (closed - open) / 2;
-    (gateOpen(Gate{kind, std::bit_cast<float>(middle)}, version) ? open : closed) = middle;
-  }
+  const auto look = [&](uint32_t bits) {
+    if (bits <= open || bits >= closed) return;
+    (gateOpen(Gate{kind, std::bit_cast<float>(bits)}, version) ? open : closed) = bits;
+  };
+  // It is the version, give or take its tolerance.
+  const auto itself = std::bit_cast<uint32_t>(version);
+  look(itself - 256);
+  look(itself + 256);
+  while (closed - open > 1) look(open + (closed - open) / 2);
   return std::bit_cast<float>(open);
 }
 
