@@ -354,9 +354,9 @@ TEST(AListThatOutgrowsItsLine, IsCutWhereNoMemoryWasFound) {
   record.eventLog.jobForwardLog.numHosts = 1;
   failEachGrowth(record);
 
-  std::vector<char *> manyHosts;
   std::string names[] = {std::string(20, 'a'), std::string(20, 'b')};
-  for (int i = 0; i < 5000; ++i) manyHosts.push_back(names[i % 2].data());
+  std::vector<char *> manyHosts(5000, names[0].data());
+  for (size_t i = 1; i < manyHosts.size(); i += 2) manyHosts[i] = names[1].data();
   record.eventLog.jobForwardLog.hosts = manyHosts.data();
   record.eventLog.jobForwardLog.numHosts = 5000;
   failEachGrowth(record);

@@ -260,8 +260,10 @@ TEST_F(JobStartWriting, WritesListsOfAnyLengthWithRunsOfAnyLength) {
     for (const int32_t run : {1, 2, 3, 7, 63, 64, 65, 128, 1000, 10'000}) {
       SCOPED_TRACE(std::to_string(count) + " hosts, " + std::to_string(run) + " of each");
       std::vector<std::string> names;
+      names.reserve(static_cast<size_t>(count));
       for (int32_t i = 0; i < count; ++i) names.push_back("host" + std::to_string(i / run));
       std::vector<char *> hosts;
+      hosts.reserve(names.size());
       for (std::string &name : names) hosts.push_back(name.data());
       log.numExHosts = count;
       log.execHosts = hosts.data();
