@@ -81,7 +81,8 @@ void giveBlock(void *block);
 // All, or so many that no more than `units` are left.
 void freeKeptBlocks(ptrdiff_t units = 0);
 
-// While it lives the thread keeps every short block that it releases: it surrounds the release of a record.
+// While it lives the thread keeps every short block that it releases: it surrounds the release of a record,
+// but for what release keeps.
 // Afterwards the thread keeps 1 MiB, or as much as it released meanwhile if that is more, up to 128 MiB. Of
 // what lies above 1 MiB each further record gives back a 1,024th: long records are seldom alone, and none
 // counts for ever.
@@ -92,6 +93,7 @@ class KeepingAll {
   }
   ~KeepingAll() {
     if (blockCache.most == 0) return;
+    // As nearly always: what follows would come to the same.
     if (mostBefore == BlockCache::usualMost && blockCache.units <= BlockCache::usualMost) {
       blockCache.most = BlockCache::usualMost;
       return;

@@ -50,8 +50,9 @@ inline constexpr uint64_t tenQuadrillion = uint64_t{hundredMillion} * hundredMil
   return eightDigitsInto(out, static_cast<uint32_t>(value % hundredMillion));
 }
 
-// Most numbers are below this.
-inline constexpr uint64_t kShortNumbers = 1000;
+inline constexpr uint64_t shortLimit = 1000;
+
+// `value` is below the limit, as most numbers are.
 inline char *shortInto(char *out, uint32_t value) {
   if (value >= 10) {
     uint32_t tens = value * 103 >> 10;
@@ -70,13 +71,13 @@ inline char *shortInto(char *out, uint32_t value) {
 
 inline char *unsignedInto(char *out, uint64_t value) {
   if constexpr (std::endian::native != std::endian::little) return std::to_chars(out, out + 20, value).ptr;
-  if (value < kShortNumbers) return shortInto(out, static_cast<uint32_t>(value));
+  if (value < shortLimit) return shortInto(out, static_cast<uint32_t>(value));
   if (value < hundredMillion) return withoutZerosInto(out, static_cast<uint32_t>(value));
   if (value >= tenQuadrillion) return longestInto(out, value);
   const uint64_t high = value / hundredMillion;
   // Times of events have two digits more than eight.
-  out = high < kShortNumbers ? shortInto(out, static_cast<uint32_t>(high))
-                             : withoutZerosInto(out, static_cast<uint32_t>(high));
+  out = high < shortLimit ? shortInto(out, static_cast<uint32_t>(high))
+                          : withoutZerosInto(out, static_cast<uint32_t>(high));
   return eightDigitsInto(out, static_cast<uint32_t>(value - high * hundredMillion));
 }
 

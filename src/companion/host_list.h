@@ -21,7 +21,10 @@ int expandHosts(int32_t &count, char **&hosts, int64_t limit);
 // `count` is not negative.
 class HostListWriter {
  public:
-  HostListWriter(int32_t count, char *const *hosts, int32_t hostsOfPart = 64)
+  // So many names stay in the nearest cache from finding their room to writing them.
+  static constexpr int32_t usualPart = 64;
+
+  HostListWriter(int32_t count, char *const *hosts, int32_t hostsOfPart = usualPart)
       : count_(count), hosts_(hosts), hostsOfPart_(hostsOfPart) {}
 
   bool atEnd() const { return at_ == count_; }

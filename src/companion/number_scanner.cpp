@@ -287,7 +287,8 @@ const char *scanReal(const char *text, Real &value) {
 
 }  // namespace
 
-// A number as "%.4f" writes it, right here and with a blank behind it; null for all else.
+// Up to nine digits, a point and four more, as "%.4f" writes most numbers, right here and with a blank behind
+// them; null for all else.
 static const char *scanFourDecimals(const char *text, float &value) {
   const char *const first = text;
   uint64_t digits = 0;

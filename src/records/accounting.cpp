@@ -66,7 +66,7 @@ static void resizeHosts(auto &io, jobResizeLog &log, const Gate &when, const Com
 
 template <auto Count, auto Array, HostRule Rule>
 static void resizeHosts(Reader &io, jobResizeLog &log, const Gate &when, const Complaints &complaints) {
-  if (io.error != 0 || !isOnLine(io.open, log, when)) return;
+  if (io.error != 0 || !isOnLine(io.gates, log, when)) return;
   if constexpr (!Rule.countBefore) {
     number<Count>(io, log);
     if (io.error != 0) return complain(complaints.unconverted, log, complaints.byJobId);

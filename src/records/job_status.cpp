@@ -23,7 +23,7 @@ static void layout(auto &io, jobStatusLog &log) {
   number<&L::dcJobFlags>(io, log, atLeast(9.11F));
 
   computed<&L::numRangeJobs>(io, log, [](const Reader &reader, const L &read) {
-    return gateOpen(atLeast(10.1F), reader.open) ? read.numRangeJobs : -1;
+    return gateOpen(atLeast(10.1F), reader.gates) ? read.numRangeJobs : -1;
   });
   indexRanges<Ranges::keptBlock>(io, log, atLeast(10.1F));
   readList<&L::numAttrGroups, &L::attrGroups>(io, log, atLeast(10.1F));

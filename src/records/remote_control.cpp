@@ -18,7 +18,7 @@ int readEmbedded(char **position, R *record) {
             .fields = *position,
             .cursor = *position,
             .end = *position + std::strlen(*position),
-            .open = openGatesOf(version),
+            .gates = openGatesOf(version),
             .eventTime = 0};
   record->ctrlName2 = nullptr;
   layout(io, *record);

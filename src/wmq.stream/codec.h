@@ -120,7 +120,7 @@ struct NumberForm<F> : Plain<F> {
 
 // ---------------------------------------------------------------- shared groups
 
-// The job in another cluster that a record belongs to.
+// The job in another cluster that a record belongs to. In place: the gate is known there.
 template <typename L>
 [[gnu::always_inline]] inline void clusterGroup(auto &io, L &log, Gate gate = atLeast(9.1F)) {
   text<&L::srcCluster>(io, log, gate);

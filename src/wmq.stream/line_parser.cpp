@@ -31,7 +31,7 @@ struct Header {
 };
 
 Reader headerReader(const char *line, size_t length) {
-  return {.line = line, .fields = line, .cursor = line, .end = line + length, .open = {}, .eventTime = 0};
+  return {.line = line, .fields = line, .cursor = line, .end = line + length, .gates = {}, .eventTime = 0};
 }
 
 // Takes a quoted token shorter than `size`, which something must follow, and the blank behind it.
@@ -57,10 +57,11 @@ bool takeToken(Reader &io, size_t size, Quoted &token, const char *expected) {
 struct KnownVersion {
   char text[kVersionSize];
   float value;
-  // With the quotes and the blank behind it, if these are no more than eight bytes.
+  // As the first line that said it did, with the quotes and the blank behind it, if these are no more than
+  // eight bytes.
   uint64_t token;
   uint64_t tokenMask;
-  size_t tokenLength;
+  size_t tokenLength;  // 0: not known
 };
 thread_local constinit KnownVersion known{};
 
@@ -87,11 +88,11 @@ void keepToken(const Reader &io, const char *begin, const Quoted &token) {
   const auto length = static_cast<size_t>(io.cursor - begin);
   if (known.tokenLength != 0 || *begin != '"' || token.escapes || length > most || io.cursor[-1] != ' ')
     return;
-  unsigned char mask[most] = {};
+  char mask[most] = {};
   char bytes[most] = {};
   std::memset(mask, 0xff, length);
   std::memcpy(bytes, begin, length);
-  known.tokenMask = groupAt<uint64_t>(reinterpret_cast<const char *>(mask));
+  known.tokenMask = groupAt<uint64_t>(mask);
   known.token = groupAt<uint64_t>(bytes);
   known.tokenLength = length;
 }
@@ -165,7 +166,7 @@ void readRecord(Reader &io, const EventType &type, const char *versionText, int3
   nameType(type.name);
   if (type.body == Body::headerOnly) return;
   io.fields = io.cursor;
-  io.open = openGatesOf(version);
+  io.gates = openGatesOf(version);
   io.eventTime = eventTime;
   type.codec->read(io, &record->eventLog);
   wmq_errno = resultOf(io);
@@ -252,7 +253,7 @@ int readFields(const char *fields, const RecordCodec &codec, void *log, int32_t 
             .fields = fields,
             .cursor = fields,
             .end = fields + std::strlen(fields),
-            .open = openGatesOf(version),
+            .gates = openGatesOf(version),
             .eventTime = eventTime};
   codec.read(io, log);
   return resultOf(io);

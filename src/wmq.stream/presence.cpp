@@ -15,10 +15,11 @@ static float lastOpen(wmqGate kind, float version) {
     if (bits <= open || bits >= closed) return;
     (gateOpen(Gate{kind, std::bit_cast<float>(bits)}, version) ? open : closed) = bits;
   };
-  // It is the version, give or take its tolerance.
+  // It is the version, give or take its tolerance of 84 to 168 floats.
+  constexpr uint32_t beyondTolerance = 256;
   const auto itself = std::bit_cast<uint32_t>(version);
-  look(itself - 256);
-  look(itself + 256);
+  look(itself - beyondTolerance);
+  look(itself + beyondTolerance);
   while (closed - open > 1) look(open + (closed - open) / 2);
   return std::bit_cast<float>(open);
 }

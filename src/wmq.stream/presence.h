@@ -37,7 +37,8 @@ inline bool gateOpen(Gate gate, float line) {
   return gate.kind == WMQ_GATE_AT_LEAST ? above >= -tolerance : above > tolerance;
 }
 
-// The greatest thresholds that leave the gates of a line open: looking at a gate is one comparison then.
+// The greatest thresholds that leave the gates of a line open, -1 where none does: looking at a gate is one
+// comparison then.
 struct OpenGates {
   float atLeast = -1;
   float above = -1;

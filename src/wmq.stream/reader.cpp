@@ -115,10 +115,11 @@ static inline const char *scanDigits(const Reader &io, const char *const text, u
 
 // What does not begin with a digit, right here or behind a blank.
 template <typename Integer>
-[[gnu::noinline]] static const char *scanSigned(const Reader &io, const char *const begin, Integer &value) {
+[[gnu::noinline]] static const char *scanUnlikeDigits(const Reader &io, const char *const begin,
+                                                      Integer &value) {
   const char *const sign = begin + (*begin == ' ');
-  uint64_t digits = digitValue(sign[0] == '-' ? sign[1] : '-');
-  if (digits > 9) return scanAnyInteger(begin, value);
+  if (*sign != '-' || !isDigit(sign[1])) return scanAnyInteger(begin, value);
+  uint64_t digits = digitValue(sign[1]);
   const char *const after = scanDigits(io, sign + 1, digits);
   if (after == nullptr) return scanAnyInteger(begin, value);
   value = static_cast<Integer>(-static_cast<int64_t>(digits));
@@ -130,9 +131,9 @@ static const char *scanInteger(const Reader &io, const char *const begin, Intege
   const char *text = begin;
   uint64_t digits = digitValue(*text);
   if (digits > 9) {
-    if (*text != ' ') return scanSigned(io, begin, value);
+    if (*text != ' ') return scanUnlikeDigits(io, begin, value);
     digits = digitValue(*++text);
-    if (digits > 9) return scanSigned(io, begin, value);
+    if (digits > 9) return scanUnlikeDigits(io, begin, value);
   }
   const char *const after = scanDigits(io, text, digits);
   if (after == nullptr) return scanAnyInteger(begin, value);

@@ -29,7 +29,7 @@ struct Reader {
   const char *fields;  // behind the header
   const char *cursor;
   const char *end;  // the terminating NUL
-  OpenGates open;
+  OpenGates gates;
   int32_t eventTime;
   int error = 0;       // kStopped: the rest of the line is not read, with success
   int remembered = 0;  // an error that counts only when no other follows
@@ -79,11 +79,11 @@ bool scan(Reader &io, auto &value) {
 // Fails at `at`, where no number converts. The cursor stays.
 void failNumber(Reader &io, const char *at, const char *field);
 
-// Read what stands at `at`; the position of the next field, or `at` after a failure. Nothing may have failed
-// before.
-const char *readText(Reader &io, const char *at, const char *field, char *&value);
-const char *readChars(Reader &io, const char *at, const char *field, char *array, size_t size,
-                      size_t minLength);
+// Read what stands at `at`; the position of the next field, to which the caller moves the cursor. After a
+// failure both are `at`. Nothing may have failed before.
+[[nodiscard]] const char *readText(Reader &io, const char *at, const char *field, char *&value);
+[[nodiscard]] const char *readChars(Reader &io, const char *at, const char *field, char *array, size_t size,
+                                    size_t minLength);
 
 // The same at the cursor.
 void readBoundedText(Reader &io, const char *field, char *&value, size_t limit);
@@ -155,7 +155,7 @@ bool scanForm(Reader &io, auto &log, const char *&at) {
 template <auto... Fs, typename Absent = int>
 void numbersWithoutSkip(Reader &io, auto &log, const auto &when, const Absent &absent = 0) {
   if (io.error != 0) return;
-  if (!isOnLine(io.open, log, when)) {
+  if (!isOnLine(io.gates, log, when)) {
     (setAbsent<Fs>(log, absent), ...);
     return;
   }
@@ -168,7 +168,7 @@ void numbersWithoutSkip(Reader &io, auto &log, const auto &when, const Absent &a
 template <auto... Fs, typename When = Gate, typename Absent = int>
 void numbers(Reader &io, auto &log, const When &when = always, const Absent &absent = 0) {
   if (io.error != 0) return;
-  if (!isOnLine(io.open, log, when)) {
+  if (!isOnLine(io.gates, log, when)) {
     (setAbsent<Fs>(log, absent), ...);
     return;
   }
@@ -185,7 +185,7 @@ void number(Reader &io, auto &log, const When &when = always, const Absent &abse
 // cursor stays: a quoted string follows, and that is found wherever it begins.
 template <auto F>
 void numberAgainIfTextRemains(Reader &io, auto &log, const auto &when) {
-  if (io.error != 0 || !isOnLine(io.open, log, when) || io.cursor == io.end) return;
+  if (io.error != 0 || !isOnLine(io.gates, log, when) || io.cursor == io.end) return;
   const char *at = io.cursor;
   if (scanForm<F>(io, log, at)) io.cursor = at;
 }
@@ -196,7 +196,7 @@ void lenientNumber(Reader &io, auto &log, const auto &when) {
   if (io.error != 0) return;
   using Form = NumberForm<F>;
   const char *const after =
-      isOnLine(io.open, log, when) ? Form::read(io, io.cursor, log.*Form::member) : nullptr;
+      isOnLine(io.gates, log, when) ? Form::read(io, io.cursor, log.*Form::member) : nullptr;
   if (after != nullptr) {
     io.cursor = behindBlank(io, after);
   } else {
@@ -230,7 +230,7 @@ void setAbsentText(Reader &io, const char *field, char *&value, const char *orig
 template <auto M, typename When = Gate, typename Absent = int>
 void text(Reader &io, auto &log, const When &when = always, const Absent &absent = 0) {
   if (io.error != 0) return;
-  if (isOnLine(io.open, log, when)) {
+  if (isOnLine(io.gates, log, when)) {
     io.cursor = readText(io, io.cursor, nameOf<M>, log.*M);
   } else {
     setAbsentText(io, nameOf<M>, log.*M, absentString(log, absent));
@@ -239,26 +239,26 @@ void text(Reader &io, auto &log, const When &when = always, const Absent &absent
 
 template <auto M, typename When = Gate>
 void name(Reader &io, auto &log, const When &when = always) {
-  if (io.error == 0 && isOnLine(io.open, log, when))
+  if (io.error == 0 && isOnLine(io.gates, log, when))
     io.cursor = readChars(io, io.cursor, nameOf<M>, log.*M, sizeof(TypeOf<M>), 1);
 }
 
 template <auto M, typename When = Gate>
 void nameOrEmpty(Reader &io, auto &log, const When &when = always) {
-  if (io.error == 0 && isOnLine(io.open, log, when))
+  if (io.error == 0 && isOnLine(io.gates, log, when))
     io.cursor = readChars(io, io.cursor, nameOf<M>, log.*M, sizeof(TypeOf<M>), 0);
 }
 
 // Longer texts are cut.
 template <auto M>
 void cutText(Reader &io, auto &log, const auto &when) {
-  if (io.error == 0 && isOnLine(io.open, log, when)) readCut(io, nameOf<M>, log.*M, sizeof(TypeOf<M>));
+  if (io.error == 0 && isOnLine(io.gates, log, when)) readCut(io, nameOf<M>, log.*M, sizeof(TypeOf<M>));
 }
 
 // Longer strings are refused; a line that lacks the field leaves it as handed in.
 template <auto M>
 void boundedText(Reader &io, auto &log, const auto &when, size_t limit) {
-  if (io.error == 0 && isOnLine(io.open, log, when)) readBoundedText(io, nameOf<M>, log.*M, limit);
+  if (io.error == 0 && isOnLine(io.gates, log, when)) readBoundedText(io, nameOf<M>, log.*M, limit);
 }
 
 template <auto M>
@@ -272,7 +272,7 @@ template <auto M, auto UserId>
 void userName(Reader &io, auto &log, const char *reader, bool unknownAllowed = false) {
   static_assert(sizeof(TypeOf<M>) == WMQ_NAME_SIZE);
   if (io.error != 0) return;
-  if (gateOpen(above(4.0F), io.open)) {
+  if (gateOpen(above(4.0F), io.gates)) {
     io.cursor = readChars(io, io.cursor, nameOf<M>, log.*M, WMQ_NAME_SIZE, 1);
   } else if (unknownAllowed && log.*UserId == -1) {
     std::strcpy(log.*M, "unknown");
@@ -368,7 +368,7 @@ void parallelElements(Reader &io, auto &log, int noMemory) {
 template <auto Count, auto Array, typename When = Gate>
 void list(Reader &io, auto &log, const When &when = always, int noMemory = WMQE_NO_MEM) {
   if (io.error != 0) return;
-  if (!isOnLine(io.open, log, when)) {
+  if (!isOnLine(io.gates, log, when)) {
     log.*Count = 0;
     log.*Array = nullptr;
     return;
@@ -389,7 +389,7 @@ void unwrittenRawPairs(Reader &io, auto &log) {
 
 template <auto Count, auto Array, HostRule Rule = HostRule{}, typename When = Gate>
 void hosts(Reader &io, auto &log, const When &when = always) {
-  if (io.error != 0 || !isOnLine(io.open, log, when)) return;
+  if (io.error != 0 || !isOnLine(io.gates, log, when)) return;
   if constexpr (!Rule.countBefore) number<Count>(io, log);
   auto count = static_cast<int32_t>(std::clamp<int64_t>(log.*Count, INT32_MIN, INT32_MAX));
   readHosts(io, nameOf<Count>, nameOf<Array>, count, log.*Array, Rule);
@@ -414,7 +414,7 @@ void completeNumbers(Reader &io, auto &log) {
 template <auto Count, auto Array, auto OtherCount, auto Other>
 void hostsUnlessCopy(Reader &io, auto &log, const auto &when) {
   if (io.error != 0) return;
-  if (isOnLine(io.open, log, when)) {
+  if (isOnLine(io.gates, log, when)) {
     number<Count>(io, log);
     if (io.error != 0) log.*Count = 0;
     if (log.*Count != 0) return readExpanded(io, nameOf<Array>, log.*Count, log.*Array);
@@ -425,40 +425,40 @@ void hostsUnlessCopy(Reader &io, auto &log, const auto &when) {
 template <auto Count, auto Array, auto OtherCount, auto Other>
 void slotsOrCopy(Reader &io, auto &log, const auto &when) {
   if (io.error != 0) return;
-  if (isOnLine(io.open, log, when)) return list<Count, Array>(io, log);
+  if (isOnLine(io.gates, log, when)) return list<Count, Array>(io, log);
   copyStrings(io, nameOf<Array>, log.*Count, log.*Array, log.*OtherCount, log.*Other);
 }
 
 template <auto M, typename When = Gate>
 void usage(Reader &io, auto &log, const When &when = always) {
-  if (io.error == 0 && isOnLine(io.open, log, when)) readUsage(io, nameOf<M>, log.*M);
+  if (io.error == 0 && isOnLine(io.gates, log, when)) readUsage(io, nameOf<M>, log.*M);
 }
 
 template <auto M>
 void extension(Reader &io, auto &log, const auto &when) {
   if (io.error != 0) return;
   log.*M = nullptr;
-  if (isOnLine(io.open, log, when)) readSubmitExt(io, nameOf<M>, log.*M);
+  if (isOnLine(io.gates, log, when)) readSubmitExt(io, nameOf<M>, log.*M);
 }
 
 template <auto M>
 void namedList(Reader &io, auto &log, const auto &when) {
   if (io.error != 0) return;
   log.*M = nullptr;
-  if (isOnLine(io.open, log, when)) readNamedValues(io, nameOf<M>, log.*M);
+  if (isOnLine(io.gates, log, when)) readNamedValues(io, nameOf<M>, log.*M);
 }
 
 template <auto M>
 void affinity(Reader &io, auto &log, const auto &when) {
   if (io.error != 0) return;
   log.*M = nullptr;
-  if (isOnLine(io.open, log, when)) readAffinity(io, nameOf<M>, log.*M);
+  if (isOnLine(io.gates, log, when)) readAffinity(io, nameOf<M>, log.*M);
 }
 
 template <Ranges Rule>
 void indexRanges(Reader &io, auto &log, const auto &when) {
   if (Rule == Ranges::writtenOnly || io.error != 0) return;
-  if (isOnLine(io.open, log, when)) {
+  if (isOnLine(io.gates, log, when)) {
     readRanges(io, Rule, log.indexRangeCnt, log.indexRangeStart, log.indexRangeEnd, log.indexRangeStep);
   } else if (Rule != Ranges::arrays) {  // that one leaves them as handed in
     log.indexRangeCnt = 0;
@@ -469,7 +469,7 @@ void indexRanges(Reader &io, auto &log, const auto &when) {
 template <auto M, int From, int To, typename When = Gate>
 void limits(Reader &io, auto &log, const When &when = always, bool /*converted*/ = false) {
   if (io.error != 0) return;
-  const bool onLine = isOnLine(io.open, log, when);
+  const bool onLine = isOnLine(io.gates, log, when);
   for (int i = From; i < To && io.error == 0; ++i) {
     if (onLine) {
       element(io, nameOf<M>, (log.*M)[i]);
@@ -492,7 +492,7 @@ inline void forget(Reader &, const char *, int32_t &value) { value = 0; }
 
 template <auto... Ms>
 void forgottenUnless(Reader &io, auto &log, Gate gate) {
-  if (io.error == 0 && !gateOpen(gate, io.open)) (forget(io, nameOf<Ms>, log.*Ms), ...);
+  if (io.error == 0 && !gateOpen(gate, io.gates)) (forget(io, nameOf<Ms>, log.*Ms), ...);
 }
 
 template <auto M>
@@ -514,7 +514,7 @@ void listOffLine(Reader &, const auto &) {}
 // The cursor stays where the embedded record begins.
 template <auto M>
 void embedded(Reader &io, auto &log, const auto &when) {
-  if (io.error != 0 || !isOnLine(io.open, log, when)) return;
+  if (io.error != 0 || !isOnLine(io.gates, log, when)) return;
   const char *const begin = io.cursor;
   layout(io, log.*M);
   if (io.error == 0) io.cursor = begin;
@@ -525,7 +525,7 @@ template <auto M, int Elder, typename When>
 void fixedNumbers(Reader &io, auto &log, const When &when) {
   constexpr int all = std::extent_v<TypeOf<M>>;
   if (io.error != 0) return;
-  const int count = isOnLine(io.open, log, when) ? all : Elder;
+  const int count = isOnLine(io.gates, log, when) ? all : Elder;
   std::fill(log.*M + count, log.*M + all, 0);
   for (int i = 0; i < count && io.error == 0; ++i) element(io, nameOf<M>, (log.*M)[i]);
 }

@@ -57,16 +57,18 @@ bool isCheckDue(const Writing &how) {
 }
 
 // That look, which rotates a file that is full.
-[[gnu::cold]] int check(streamFile &file) {
+[[gnu::cold]] int rotateIfFull(streamFile &file) {
   const int full = isFull(file, 0);
   return full > 0 ? resetstream(file) : full;
 }
 
 // The same with lines that wait, which go into the file before it is rotated.
-[[gnu::cold]] int check(streamFile &file, WaitingLines &lines, int &writes, size_t &written) {
+[[gnu::cold]] int rotateIfFull(streamFile &file, WaitingLines &lines, int &writes, size_t &written) {
   const int full = isFull(file, lines.io.size);
   if (full <= 0) return full;
-  return handOver(file, lines, writes, written) ? resetstream(file) : -1;
+  if (!handOver(file, lines, writes, written)) return -1;
+  lines.writesBefore = kWritesPerCheck - 1;  // the record that the look is for is counted already
+  return resetstream(file);
 }
 
 int writeRecords(streamFile &file, const Writing &how, eventRecord *const *records, size_t count,
@@ -78,7 +80,7 @@ int writeRecords(streamFile &file, const Writing &how, eventRecord *const *recor
     }
     bool filesRemoved = false;
     if (isCheckDue(how)) {
-      if (const int result = check(file, lines, how.writes, written); result < 0) return result;
+      if (const int result = rotateIfFull(file, lines, how.writes, written); result < 0) return result;
       filesRemoved = wmq_errno == WMQE_FILES_REMOVED;
     }
     beginNextLine(lines.io);
@@ -119,7 +121,7 @@ int writeRecord(streamFile *file, const Writing &how, eventRecord *record) {
   }
   bool filesRemoved = false;
   if (isCheckDue(how)) {
-    if (const int result = check(*file); result < 0) return result;
+    if (const int result = rotateIfFull(*file); result < 0) return result;
     filesRemoved = how.tellsRemoval && wmq_errno == WMQE_FILES_REMOVED;
   }
   Writer &io = beginLine();

@@ -86,9 +86,8 @@ void put(Writer &io, const char *text, size_t length) {
 
 char *integerBehindBlank(char *out, int64_t value) {
   *out++ = ' ';
-  const auto magnitude = static_cast<uint64_t>(value);
-  return magnitude < kShortNumbers ? shortInto(out, static_cast<uint32_t>(magnitude))
-                                   : formatInt64(out, value);
+  const auto bits = static_cast<uint64_t>(value);  // those of a negative one are more than any limit
+  return bits < shortLimit ? shortInto(out, static_cast<uint32_t>(bits)) : formatInt64(out, value);
 }
 
 void putInteger(Writer &io, int64_t value) {
@@ -146,7 +145,7 @@ static bool hostsGiven(Writer &io, int32_t count, char *const *hosts, const char
 }
 
 // The number of names is known behind them. Before them is room for it as it is when all names differ; where
-// it is shorter, they move up.
+// it is shorter, they move forward to it.
 static void putHostCount(Writer &io, size_t at, size_t reserved, int32_t runs) {
   char number[kHostCountRoom];
   const auto length = static_cast<size_t>(hostCountInto(number, runs) - number);
@@ -170,9 +169,9 @@ void putHosts(Writer &io, int32_t count, char *const *hosts, const char *field, 
   HostListWriter list(count, hosts);
   while (!list.atEnd()) {
     char *const out = room(io, list.roomForPart());
-    if (out == nullptr) {
+    if (out == nullptr) {  // nothing of the list stays
       io.size = start;
-      return;
+      return noteFailure(nullptr, start - io.begin, "memory for the line");
     }
     io.size = static_cast<size_t>(list.partInto(out) - io.text);
   }

@@ -64,9 +64,36 @@ class WritingABatch : public StreamTest {
     return wmq_writestreambatch(pointers.data(), pointers.size(), &written);
   }
 
+  eventRecord longRecord() {
+    eventRecord record = bareRecord(EVENT_JOB_NEW);
+    record.eventLog.jobNewLog.jobName = longText_.data();
+    return record;
+  }
+
+  // Every 100th record looks at the size of the file; one that is lost behind the rotation counts as well.
+  void lose100thBehindItsRotation(const std::vector<std::vector<eventRecord>> &batches) {
+    ASSERT_EQ(open({.size = 1}), 0);
+    for (const std::vector<eventRecord> &records : batches) {
+      const bool last = &records == &batches.back();
+      const ResourceLimit limit(RLIMIT_FSIZE, lines(1, 110).size());
+      EXPECT_EQ(writeAll(records), last ? -1 : 0);
+      EXPECT_EQ(written, records.size() - (last ? 1 : 0));
+    }
+    EXPECT_EQ(contentOf(rotated), lines(1, 100) + kEndLine);
+    std::remove(rotated.c_str());
+
+    EXPECT_EQ(writeAll(numbered(1, 100)), 0);
+    EXPECT_THAT(namesIn(directory.path()), ElementsAre("s")) << "99 are no hundred";
+    EXPECT_EQ(writeAll(numbered(100, 101)), 0);
+    EXPECT_THAT(namesIn(directory.path()), ElementsAre("s", "s.1700000500"));
+  }
+
   size_t written = 0;
   ScriptedClock clock{1700000500};
   const std::string rotated = path + ".1700000500";
+
+ private:
+  std::string longText_ = std::string(300'000, 'x');
 };
 
 TEST_F(WritingABatch, AppendsEveryLineInOneWrite) {
@@ -85,10 +112,7 @@ TEST_F(WritingABatch, OfManyRecordsTakesBoundedMemory) {
   EXPECT_EQ(written, 3000U);
   EXPECT_EQ(contentOf(path), lines(1, 3001));
 
-  const std::string longText(300000, 'x');
-  eventRecord longRecord = bareRecord(EVENT_JOB_NEW);
-  longRecord.eventLog.jobNewLog.jobName = const_cast<char *>(longText.c_str());
-  EXPECT_EQ(writeAll(std::vector(9, longRecord)), 0);
+  EXPECT_EQ(writeAll(std::vector(9, longRecord())), 0);
   EXPECT_EQ(writeCalls, 5);
   EXPECT_EQ(written, 9U);
 }
@@ -191,6 +215,32 @@ TEST_F(WritingABatch, CountsTheRecordThatFoundTheDiskFull) {
   EXPECT_THAT(namesIn(directory.path()), ElementsAre("s"));
   EXPECT_EQ(writeAll(numbered(100, 101)), 0);
   EXPECT_EQ(contentOf(rotated), lines(1, 5) + lines(6, 100) + kEndLine);
+}
+
+TEST_F(WritingABatch, CountsTheRecordThatIsLostBehindItsRotation) {
+  lose100thBehindItsRotation({numbered(1, 100), {longRecord()}});
+}
+
+TEST_F(WritingABatch, CountsItsLastRecordThatIsLostBehindItsRotation) {
+  std::vector<eventRecord> records = numbered(1, 100);
+  records.push_back(longRecord());
+  lose100thBehindItsRotation({records});
+}
+
+TEST_F(WritingABatch, CountsTheRecordsBehindARotationUpToTheOneThatIsLost) {
+  ASSERT_EQ(open({.size = 1}), 0);
+  std::vector<eventRecord> records = numbered(1, 103);
+  records.push_back(longRecord());
+  {
+    const ResourceLimit limit(RLIMIT_FSIZE, lines(1, 110).size());
+    EXPECT_EQ(writeAll(records), -1);
+  }
+  EXPECT_EQ(written, 102U);
+  std::remove(rotated.c_str());
+  EXPECT_EQ(writeAll(numbered(104, 200)), 0);
+  EXPECT_THAT(namesIn(directory.path()), ElementsAre("s"));
+  EXPECT_EQ(writeAll(numbered(200, 201)), 0) << "the 200th, the lost one counted";
+  EXPECT_THAT(namesIn(directory.path()), ElementsAre("s", "s.1700000500"));
 }
 
 TEST_F(WritingABatch, RotatesWhereSingleWritesWould) {
