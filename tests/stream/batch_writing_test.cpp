@@ -19,6 +19,7 @@
 static int writeCalls = 0;
 
 // Stands in for the C library's: how often it is called is what a batch is about.
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
 extern "C" ssize_t write(int descriptor, const void *bytes, size_t length) {
   ++writeCalls;
   return syscall(SYS_write, descriptor, bytes, length);
@@ -40,6 +41,13 @@ eventRecord failingRecord() {
 }
 const std::string kFailedPart = "\"JOB_CLEAN\" \"10.1\" 1700000000 5 0 2";
 
+std::vector<eventRecord *> pointersTo(std::vector<eventRecord> &records) {
+  std::vector<eventRecord *> pointers;
+  pointers.reserve(records.size());
+  for (eventRecord &record : records) pointers.push_back(&record);
+  return pointers;
+}
+
 class WritingABatch : public StreamTest {
  protected:
   // LOG_SWITCH records with the numbers from `first` up to the one before `last`.
@@ -56,8 +64,7 @@ class WritingABatch : public StreamTest {
   }
 
   int writeAll(std::vector<eventRecord> records) {
-    std::vector<eventRecord *> pointers;
-    for (eventRecord &record : records) pointers.push_back(&record);
+    const std::vector<eventRecord *> pointers = pointersTo(records);
     wmq_errno = 0;
     writeCalls = 0;
     written = 77;
@@ -390,6 +397,7 @@ TEST_F(Batches, LeaveAndReturnWhatSingleCallsDo) {
     const auto numRecords = *rc::gen::inRange(1, 400);
     const auto kinds = *rc::gen::element(8, 30, 400);  // those below 5 are not plain records
     std::vector<eventRecord> records;
+    records.reserve(static_cast<size_t>(numRecords));
     for (int32_t i = 0; i < numRecords; ++i) records.push_back(recordOf(*rc::gen::inRange(0, kinds), i));
     const auto batchSize = *rc::gen::element<size_t>(1, 2, 7, 99, 100, 101, 400);
     const Limits limits{.size = *rc::gen::element(1, 1000, 3000, 100000),
@@ -413,8 +421,7 @@ class SideBatches : public SideStreamTest, public ::testing::WithParamInterface<
   SideBatches() : SideStreamTest(*GetParam()) {}
 
   int writeBatch(std::vector<eventRecord> records) {
-    std::vector<eventRecord *> pointers;
-    for (eventRecord &record : records) pointers.push_back(&record);
+    const std::vector<eventRecord *> pointers = pointersTo(records);
     wmq_errno = 0;
     return side.writeBatch(pointers.data(), pointers.size(), &written);
   }
