@@ -46,7 +46,9 @@ struct WritingPlan {
     return {names.data() + member.nameAt, member.nameLength};
   }
 
-  const MemberParts &partsOf(const PlannedMember &member) const { return parts[&member - members.data()]; }
+  const MemberParts &partsOf(const PlannedMember &member) const {
+    return parts[static_cast<size_t>(&member - members.data())];
+  }
 
   std::vector<PlannedMember> members;
 
