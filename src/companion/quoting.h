@@ -143,9 +143,10 @@ struct Quoted {
   }
 };
 
-// The same at once for strings as nearly all are: right here, and without an escape. `*end` can be read.
+// The same at once for strings as nearly all are: right here, and without an escape. `*end` can be read, and
+// may be anything: where only the beginning of a line is looked at, it is some byte of it.
 inline Quoted quotedAt(const char *text, const char *end) {
-  if (*text == '"') {
+  if (text < end && *text == '"') {
     const char *const first = text + 1;
     const char *const quote = findQuote(first, end);
     if (quote != end && !isEscape(quote[1]))

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 #include <rapidcheck.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
@@ -83,6 +85,27 @@ TEST_F(PeekingAtALine, FindsAHeaderHoweverManyBlanksStandInIt) {
     expectRefused("\"LOG_SWITCH\" \"10.1\"" + gap + "x" + rest);
     expectRefused("\"LOG_SWITCH\" \"10.1       " + gap + "\" 1700000000" + rest + std::string(blanks, '"'));
   }
+}
+
+// The first look is at the beginning of a line alone, and may end anywhere in its header.
+TEST_F(PeekingAtALine, ReadsNothingBehindALineHoweverMuchStandsBeforeItsHeader) {
+  const auto page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+  void *const pages = mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  ASSERT_NE(pages, MAP_FAILED);
+  char *const end = static_cast<char *>(pages) + page;
+  ASSERT_EQ(mprotect(end, page, PROT_NONE), 0);
+
+  const std::string whole = "\"LOG_SWITCH\" \"10.1\" 17 5 ";
+  const size_t least = whole.find("17") + 1;
+  for (size_t before = 0; before <= 140; ++before)
+    for (size_t length = 0; length <= whole.size(); ++length) {
+      const std::string line = std::string(before, 'x') + whole.substr(0, length);
+      char *const text = end - line.size() - 1;
+      std::memcpy(text, line.c_str(), line.size() + 1);
+      wmqLineHeader header{};
+      EXPECT_EQ(wmq_peekline(text, &header), length < least ? -1 : 0) << line;
+    }
+  munmap(pages, 2 * page);
 }
 
 TEST_F(PeekingAtALine, FillsInTheHeaderOfATypeThatHasNoName) {
