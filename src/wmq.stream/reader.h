@@ -28,7 +28,7 @@ struct Reader {
   const char *line;    // for positions in messages
   const char *fields;  // behind the header
   const char *cursor;
-  const char *end;  // the terminating NUL
+  const char *end;  // the terminating NUL; some byte of the line where only its header is looked for
   OpenGates gates;
   int32_t eventTime;
   int error = 0;       // kStopped: the rest of the line is not read, with success

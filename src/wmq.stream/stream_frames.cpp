@@ -97,22 +97,8 @@ int writeRecords(streamFile &file, const Writing &how, eventRecord *const *recor
 
 }  // namespace
 
-int writeRecords(streamFile *file, const Writing &how, eventRecord *const *records, size_t count,
-                 size_t &written) {
-  written = 0;
-  if (file == nullptr || file->fp == nullptr) return -1;
-  WaitingLines lines(how.writes);
-  bool anyRemoved = false;
-  int result = writeRecords(*file, how, records, count, lines, written, anyRemoved);
-  // What a record that failed came to goes into the file too.
-  if (!handOver(*file, lines, how.writes, written)) result = -1;
-  if (result == 0 && anyRemoved) wmq_errno = WMQE_FILES_REMOVED;
-  finishLine(lines.io);
-  return result;
-}
-
-// With nothing that waits: behind a write to a file system little code is left in the nearest cache, and half
-// as much of it is passed here as for a batch of one.
+// With nothing that waits: behind a write to a file system little code is left in the nearest cache, and a
+// batch of one would pass through more of it.
 int writeRecord(streamFile *file, const Writing &how, eventRecord *record) {
   if (file == nullptr || file->fp == nullptr) return -1;
   if (record == nullptr) {
@@ -141,11 +127,19 @@ int writeBatch(streamFile *file, const Writing &how, eventRecord *const *records
   size_t ignored = 0;
   size_t &whole = written != nullptr ? *written : ignored;
   whole = 0;
-  if (records == nullptr && count > 0 && file != nullptr && file->fp != nullptr) {
+  if (file == nullptr || file->fp == nullptr) return -1;
+  if (records == nullptr && count > 0) {
     wmq_errno = WMQE_BAD_ARG;
     return -1;
   }
-  return writeRecords(file, how, records, count, whole);
+  WaitingLines lines(how.writes);
+  bool anyRemoved = false;
+  int result = writeRecords(*file, how, records, count, lines, whole, anyRemoved);
+  // What a record that failed came to goes into the file too.
+  if (!handOver(*file, lines, how.writes, whole)) result = -1;
+  if (result == 0 && anyRemoved) wmq_errno = WMQE_FILES_REMOVED;
+  finishLine(lines.io);
+  return result;
 }
 
 eventRecord *readRecord(streamFile *file, int *lineNum) {

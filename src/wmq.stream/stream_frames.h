@@ -14,14 +14,12 @@ struct Writing {
   bool tellsRemoval;  // wmq_errno says whether old files were removed
 };
 
-// Appends `count` records as that many calls would, each 100th of which looks at the size before it, but
-// collects lines and hands over many in one write. Stops at the first failure. `written` is how many records,
-// from the first, have been dealt with and are in the file whole.
-int writeRecords(streamFile *file, const Writing &how, eventRecord *const *records, size_t count,
-                 size_t &written);
-
 // What the exported functions do with their arguments.
 int writeRecord(streamFile *file, const Writing &how, eventRecord *record);
+
+// Appends `count` records as that many calls would, each 100th of which looks at the size before it, but
+// collects lines and hands over many in one write. Stops at the first failure. `*written` is how many
+// records, from the first, have been dealt with and are in the file whole; `written` may be null.
 int writeBatch(streamFile *file, const Writing &how, eventRecord *const *records, size_t count,
                size_t *written);
 
