@@ -210,8 +210,7 @@ void parseInto(const char *line, size_t length, eventRecord *record, bool keepsT
   readRecord(io, *header.type, header.version, header.eventTime, record);
 }
 
-// Parses a line that is known to hold no NUL.
-static eventRecord *parseText(const char *line, size_t length) {
+eventRecord *parseText(const char *line, size_t length) {
   auto *record = static_cast<eventRecord *>(zeroed(1, sizeof(eventRecord)));
   if (record == nullptr) {
     wmq_errno = WMQE_NO_MEM;

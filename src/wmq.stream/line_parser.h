@@ -14,6 +14,9 @@ extern thread_local float version;
 // Parses a line of `length` bytes, which a NUL follows. Returns a new record, or null with wmq_errno.
 eventRecord *parsestreamlineMT(const char *line, size_t length);
 
+// The same for a line that is known to hold no NUL.
+eventRecord *parseText(const char *line, size_t length);
+
 // The same for callers to whom the line is good until there was memory to look at it: `lacked` tells that
 // there was none. Types have numbers of their own for that, which stand for bad lines, too.
 eventRecord *parseLine(const char *line, size_t length, bool &lacked);

@@ -12,12 +12,12 @@
 namespace wmq {
 namespace {
 
-constexpr size_t kFirstCapacity = size_t{64} << 10;
+constexpr size_t kFirstCapacity = size_t{128} << 10;
 
 // Makes room behind `end` for at least one byte and a NUL.
 bool makeRoom(LineSource &source) {
   if (source.begin > 0) {
-    std::memmove(source.buffer, source.buffer + source.begin, source.end - source.begin);
+    std::memmove(source.buffer, source.buffer + source.begin, source.end - source.begin + 1);  // with its NUL
     source.end -= source.begin;
     source.begin = 0;
   }
@@ -45,8 +45,22 @@ ssize_t readMore(LineSource &source, int fd) {
   if (got > 0) {
     source.nextRead += got;
     source.end += static_cast<size_t>(got);
+    source.buffer[source.end] = '\0';
   }
   return got;
+}
+
+// The next line end behind the first `searched` bytes, or null. Tells whether there is a NUL before it, or
+// before the end of the bytes; one search for both is as fast as one for the line end, and a record is parsed
+// without another.
+char *findLineEnd(const LineSource &source, size_t searched, bool &holdsNul) {
+  if (searched == source.end) return nullptr;
+  char *const from = source.buffer + searched;
+  const size_t length = source.end - searched;
+  if (char *const lineEnd = std::strchr(from, '\n'); lineEnd != nullptr) return lineEnd;
+  auto *const lineEnd = static_cast<char *>(std::memchr(from, '\n', length));
+  holdsNul |= lineEnd != nullptr || std::strlen(from) < length;
+  return lineEnd;
 }
 
 }  // namespace
@@ -54,28 +68,26 @@ ssize_t readMore(LineSource &source, int fd) {
 Line nextLine(LineSource &source, int fd) {
   wmc_errno = 0;
   size_t searched = source.begin;
+  bool holdsNul = false;
   for (;;) {
-    char *const from = source.buffer + searched;
-    auto *lineEnd =
-        source.end > searched ? static_cast<char *>(std::memchr(from, '\n', source.end - searched)) : nullptr;
+    char *const lineEnd = findLineEnd(source, searched, holdsNul);
     if (lineEnd != nullptr) {
       char *const text = source.buffer + source.begin;
       source.begin = static_cast<size_t>(lineEnd - source.buffer) + 1;
       searched = source.begin;
       if (lineEnd == text) continue;
       *lineEnd = '\0';
-      return {text, static_cast<size_t>(lineEnd - text)};
+      return {text, static_cast<size_t>(lineEnd - text), holdsNul};
     }
     const size_t seen = source.end - source.begin;
-    if (!makeRoom(source)) return {nullptr, 0};
+    if (!makeRoom(source)) return {};
     searched = seen;
     const ssize_t got = readMore(source, fd);
     if (got > 0) continue;
     // What has come of a line whose rest cannot be read waits for it: a part could be taken for the whole.
-    if (got < 0 || seen == 0) return {nullptr, 0};
+    if (got < 0 || seen == 0) return {};
     source.begin = source.end;
-    source.buffer[source.end] = '\0';
-    return {source.buffer, seen};
+    return {source.buffer, seen, holdsNul};
   }
 }
 

@@ -17,8 +17,9 @@ struct LineSource {
 };
 
 struct Line {
-  char *text;  // NUL-terminated, without its line end; stands until the next call. Null: no line
-  size_t length;
+  char *text = nullptr;  // NUL-terminated, without its line end; stands until the next call. Null: no line
+  size_t length = 0;
+  bool holdsNul = false;
 };
 
 // The next line of `fd` that has at least one character; at the end of the file what stands there without a

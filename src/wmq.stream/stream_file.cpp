@@ -362,7 +362,7 @@ int resetstream(streamFile &file) {
 Line nextRecordLine(streamFile &file) {
   if (file.fp == nullptr) {
     wmq_errno = WMQE_BAD_ARG;
-    return {nullptr, 0};
+    return {};
   }
   Line line = nextLine(file.lines, fileno(file.fp));
   if (line.text == nullptr) {

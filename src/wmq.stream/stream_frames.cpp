@@ -155,7 +155,8 @@ eventRecord *readRecord(streamFile *file, int *lineNum) {
   const Line line = nextRecordLine(*file);
   if (line.text == nullptr) return nullptr;
   dropKeptRecord();
-  return keepRecord(parsestreamlineMT(line.text, line.length));
+  return keepRecord(line.holdsNul ? parsestreamlineMT(line.text, line.length)
+                                  : parseText(line.text, line.length));
 }
 
 // What is no regular file may have no end: a FIFO would be waited for, and a device read for ever.

@@ -228,7 +228,7 @@ TEST_P(EverySystemCall, OfReadingMayFail) {
 
 // What had come of a line when reading failed is no line, and is one with the rest of it.
 TEST_P(EverySystemCall, OfReadingMayFailInTheMiddleOfALine) {
-  const std::string comment = '#' + std::string(size_t{200} << 10, 'x') + '\n';
+  const std::string comment = '#' + std::string(size_t{400} << 10, 'x') + '\n';
   makeFile(path, lineOf(1) + comment + lineOf(2));
   for (int nth = 1;; ++nth) {
     reopen();

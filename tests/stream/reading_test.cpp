@@ -176,6 +176,40 @@ TEST_F(ReadingAStream, RefusesALineThatHoldsANulByte) {
   EXPECT_EQ(readNumber(), 3);
 }
 
+// The file is read in blocks; a line whose NUL has come with the block before it is no better.
+TEST_F(ReadingAStream, RefusesALineThatHoldsANulByteWhereverABlockEnds) {
+  std::string early = logSwitchLine(1);
+  early[early.find(' ')] = '\0';
+  std::string late = logSwitchLine(2);
+  late[late.size() - 2] = '\0';
+  const size_t lines = early.size() + late.size() + logSwitchLine(3).size();
+  for (const size_t block : {64, 128, 256})
+    for (size_t before = 0; before <= lines; ++before) {
+      const std::string comment = '#' + std::string((block << 10) - 4 - before, 'x') + '\n';
+      openWith(comment + early + logSwitchLine(3) + late + logSwitchLine(4));
+      expectFailure(WMQE_BAD_FORMAT);
+      ASSERT_EQ(readNumber(), 3) << before;
+      expectFailure(WMQE_BAD_FORMAT);
+      ASSERT_EQ(readNumber(), 4) << before;
+      expectEnd();
+      wmq_closestream();
+    }
+}
+
+TEST_F(ReadingAStream, RefusesALongLineForANulByteAnywhereInIt) {
+  const std::string line = "\"GRP_STATUS\" \"10.1\" 5 \"" + std::string(500000, 'x') + "\" 1 2\n";
+  for (size_t place = 0; place < line.size() - 1; place += 49999) {
+    std::string bad = line;
+    bad[place] = '\0';
+    openWith(bad + logSwitchLine(1) + bad.substr(0, place + 1));
+    expectFailure(WMQE_BAD_FORMAT);
+    ASSERT_EQ(readNumber(), 1) << place;
+    expectFailure(WMQE_BAD_FORMAT);
+    expectEnd();
+    wmq_closestream();
+  }
+}
+
 TEST_F(ReadingAStream, SeesALineOfOnlyANulByte) {
   openWith(std::string(1, '\0') + "\n" + logSwitchLine(1));
   expectFailure(WMQE_BAD_FORMAT);
