@@ -35,13 +35,7 @@ Reader headerReader(const char *line, size_t length) {
 }
 
 // Takes a quoted token shorter than `size`, which something must follow, and the blank behind it.
-bool takeToken(Reader &io, size_t size, Quoted &token, const char *expected) {
-  if (const PlainQuoted text = plainQuotedAt(io.cursor, io.end);
-      text.after != nullptr && text.length() < size) {
-    token = {text.after - 1 - text.length(), text.length(), text.after, false};
-    io.cursor = text.after + 1;
-    return true;
-  }
+[[gnu::noinline]] bool takeToken(Reader &io, size_t size, Quoted &token, const char *expected) {
   token = quotedAt(io.cursor, io.end);
   if (token.after == nullptr || token.after == io.end || token.length >= size) {
     fail(io, WMQE_BAD_FORMAT, nullptr, expected);
@@ -49,6 +43,20 @@ bool takeToken(Reader &io, size_t size, Quoted &token, const char *expected) {
   }
   io.cursor = token.after;
   skipBlank(io);
+  return true;
+}
+
+// The type that the line names, null for a name that no type has. False where there is no name.
+bool takeType(Reader &io, const EventType *&type) {
+  if (const PlainQuoted name = plainQuotedAt(io.cursor, io.end);
+      name.after != nullptr && name.length() < kTypeNameSize) {
+    type = eventTypeNamed(io.cursor + 1, name.length());
+    io.cursor = name.after + 1;
+    return true;
+  }
+  Quoted name;
+  if (!takeToken(io, kTypeNameSize, name, "a quoted type name")) return false;
+  if (!name.escapes) type = eventTypeNamed(name.content, name.length);  // no type has an escape in it
   return true;
 }
 
@@ -119,15 +127,12 @@ bool takeVersion(Reader &io, Header &header, float &lineVersion) {
 // Leaves the cursor at the fields.
 bool takeHeader(Reader &io, Header &header, float &lineVersion) {
   nameType(nullptr);
-  Quoted name;
-  if (!takeToken(io, kTypeNameSize, name, "a quoted type name") || !takeVersion(io, header, lineVersion))
-    return false;
+  if (!takeType(io, header.type) || !takeVersion(io, header, lineVersion)) return false;
   if (!scan(io, header.eventTime)) {
     fail(io, WMQE_BAD_FORMAT, nullptr, "an event time");
     return false;
   }
   skipBlank(io);
-  if (!name.escapes) header.type = eventTypeNamed(name.content, name.length);  // no type has an escape in it
   if (header.type == nullptr) noteFailure(nullptr, 0, "a known type name");
   return true;
 }

@@ -93,7 +93,7 @@ void releaseElements(int64_t count, Element *&array) {
 template <auto Count, auto Array>
 void elements(Releaser &io, auto &log, int /*noMemory*/ = 0) {
   if (io.kept) return;
-  releaseElements(log.*Count, log.*Array);
+  if (log.*Array != nullptr) releaseElements(log.*Count, log.*Array);
   resetCount<Count>(io, log);
 }
 template <auto Count, auto Array>
@@ -103,7 +103,7 @@ void list(Releaser &io, auto &log, const auto &...) {
 template <auto Count, auto Array>
 void readList(Releaser &io, auto &log, const auto & /*when*/) {
   if (!io.kept) return;
-  releaseElements(log.*Count, log.*Array);
+  if (log.*Array != nullptr) releaseElements(log.*Count, log.*Array);
   resetCount<Count>(io, log);
 }
 template <auto Count, auto Array>
