@@ -9,23 +9,14 @@
 #include <cstdlib>
 
 #include "peers.h"
+#include "places.h"
 #include "suites.h"
 
 namespace wmq::bench {
 namespace {
 
-// Where a benchmark writes, made anew each time: nothing grows beyond one run.
-struct Place {
-  const char *name;
-  std::string path;
-};
-
-std::vector<Place> places() {
-  const char *given = std::getenv("WMQ_BENCH_DIRECTORY");
-  const std::string directory = given != nullptr ? given : "/var/tmp";
-  const std::string file = "/wmq-bench-" + std::to_string(getpid());
-  return {{"disk", directory + file}, {"shm", "/dev/shm" + file}, {"null", "/dev/null"}};
-}
+// Files are made anew each time: nothing grows beyond one run.
+std::vector<Place> places() { return {onDisk("written"), inMemory("written"), {"null", "/dev/null"}}; }
 
 class Descriptor {
  public:
