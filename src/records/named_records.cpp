@@ -172,6 +172,14 @@ static void attributes(
 
 // GPU usage is never written: before counting, the caller's count becomes 0 and the array stays.
 static void beforeWriting(Writer &, jobStatus2Log &log) { log.numGPURusages = 0; }
+static void beforeWriting(Describer &io, const jobStatus2Log &) {
+  for (wmqField &field : io.out.fields) {
+    const std::string_view name = field.name;
+    if (name != nameOf<&jobStatus2Log::numGPURusages> && name != nameOf<&jobStatus2Log::gpuRusages>) continue;
+    field.flags |= WMQ_FIELD_READ_ONLY;
+    field.note = "the caller's count becomes 0";
+  }
+}
 
 static void layout(auto &io, jobFinish2Log &log) {
   namedPairs<&jobFinish2Log::jobId>(io, log, jobFinish2LogAttrNames);

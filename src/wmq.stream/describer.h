@@ -268,7 +268,8 @@ void rawText(Describer &io, const auto &log) {
 template <auto M>
 void rawWord(Describer &io, const auto &log, size_t limit) {
   wmqField field = memberField<M>(io, log, "%s");
-  field.note = keepText(io, "a bare word of at most " + std::to_string(limit) + " bytes");
+  field.note = limit == SIZE_MAX ? "a bare word"
+                                 : keepText(io, "a bare word of at most " + std::to_string(limit) + " bytes");
   place(io, field);
 }
 

@@ -422,4 +422,58 @@ const char *putCondition(Describer &io, const char *name, Put when, bool isStrin
   return keepText(io, std::string(name) + (when == Put::positive ? " > 0" : " is not 0"));
 }
 
+static Description asPairs(const wmqLayout &entry, std::initializer_list<const char *> forms) {
+  Description out;
+  out.fields.assign(entry.fields, entry.fields + entry.numFields);
+  const char *const *form = forms.begin();
+  for (wmqField &field : out.fields) {
+    field.form = *form++;
+    field.flags &= WMQ_FIELD_COUNT;
+    field.note = field.kind == WMQ_KIND_INT64 ? "read as 32 bits" : "";
+  }
+  out.layout = {entry.name, entry.size, out.fields.size(), out.fields.data()};
+  return out;
+}
+
+// Of the extra attributes at most the first travels, under a name of its own.
+static Description hostUsageAsPairs(const char *energyForm) {
+  return asPairs(*layoutOf<hostRusageEntry>(),
+                 {R"("hu_name" "string")", R"("hu_mem" "%d")", R"("hu_swap" "%d")", R"("hu_utime" "%lld")",
+                  R"("hu_stime" "%lld")", "", energyForm});
+}
+
+const wmqLayout *hostUsagePairs(bool withEnergy) {
+  static const Description attributes[] = {asPairs(*layoutOf<struct attribute>(), {"", ""}),
+                                           asPairs(*layoutOf<struct attribute>(), {"", R"("string")"})};
+  const auto entries = [](bool energy) {
+    Description out = hostUsageAsPairs(energy ? R"("hu_energy" "string")" : "");
+    out.fields.back().note = energy ? "only a HOST_ENERGY_CONSUMPTION travels" : "do not travel";
+    out.fields.back().layout = &attributes[energy].layout;
+    return out;
+  };
+  static const Description without = entries(false);
+  static const Description with = entries(true);
+  return withEnergy ? &with.layout : &without.layout;
+}
+
+const wmqLayout *gpuPairs() {
+  static const Description pairs = asPairs(*layoutOf<keyValue>(), {"the name of a pair", "its value"});
+  static const Description gpu = [] {
+    Description out =
+        asPairs(*layoutOf<gpuRusageEntry>(), {R"("GPUhostname" "string")", R"("numGPUkvs" "%d")", "pairs"});
+    out.fields.back().layout = &pairs.layout;
+    return out;
+  }();
+  return &gpu.layout;
+}
+
+void noteNeverFound(Describer &io, const PairTable &table) {
+  for (wmqField &field : io.out.fields)
+    for (int place = 0; place < table.count; ++place) {
+      const PairTable::Entry &entry = table.entries[place];
+      if (entry.text() == field.name && search(table, field.name) != &entry)
+        field.flags |= WMQ_FIELD_WRITTEN_ONLY;
+    }
+}
+
 }  // namespace wmq

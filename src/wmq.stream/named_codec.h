@@ -367,13 +367,18 @@ template <bool WithEnergy, typename L>
 void hostUsageGroup(Releaser &io, L &log, Put) {
   elements<&L::numhRusages, &L::hostRusage>(io, log);
 }
+// The members of an entry, with the pairs that carry them.
+const wmqLayout *hostUsagePairs(bool withEnergy);
+const wmqLayout *gpuPairs();
+
 template <bool WithEnergy, typename L>
 void hostUsageGroup(Describer &io, const L &log, Put when) {
   attribute<&L::numhRusages>(io, log, when);
   io.out.fields.back().flags |= WMQ_FIELD_COUNT;
-  place(io, arrayField<&L::numhRusages, &L::hostRusage>(io, log, "numHRusageAttrs, then hu_ pairs each"));
-  io.out.fields.back().note = WithEnergy ? "of the extra attributes only HOST_ENERGY_CONSUMPTION travels"
-                                         : "extra attributes do not travel";
+  wmqField entries =
+      arrayField<&L::numhRusages, &L::hostRusage>(io, log, "\"numHRusageAttrs\" \"%d\" and pairs each");
+  entries.layout = hostUsagePairs(WithEnergy);
+  place(io, entries);
 }
 
 // The pairs of ranges and of GPUs are not among the announced ones.
@@ -395,7 +400,12 @@ void rangeGroup(Releaser &io, L &log) {
 }
 template <typename L>
 void rangeGroup(Describer &io, const L &log) {
-  indexRanges<Ranges::arrays>(io, log, always);
+  attribute<&L::indexRangeCnt>(io, log, Put::positive);
+  io.out.fields.back().flags |= WMQ_FIELD_COUNT;
+  place(io, arrayField<&L::indexRangeCnt, &L::indexRangeStart>(io, log, "\"%d\" each"));
+  io.out.fields.back().note = "start, end and step of a range stand together; not counted among the pairs";
+  placeTogether(io, arrayField<&L::indexRangeCnt, &L::indexRangeEnd>(io, log, "\"%d\" each"));
+  placeTogether(io, arrayField<&L::indexRangeCnt, &L::indexRangeStep>(io, log, "\"%d\" each"));
 }
 
 template <typename L>
@@ -417,8 +427,12 @@ void gpuGroup(Releaser &io, L &log) {
 }
 template <typename L>
 void gpuGroup(Describer &io, const L &log) {
-  placeList<&L::numGPURusages, &L::gpuRusages>(io, log, always, "\"%d\"",
-                                               "GPUhostname, numGPUkvs, raw pairs each", "null", 0);
+  attribute<&L::numGPURusages>(io, log, Put::positive);
+  io.out.fields.back().flags |= WMQ_FIELD_COUNT;
+  wmqField entries = arrayField<&L::numGPURusages, &L::gpuRusages>(io, log, "pairs each");
+  entries.layout = gpuPairs();
+  entries.note = "not counted among the pairs";
+  place(io, entries);
 }
 
 // ------------------------------------------------------------------ whole records
@@ -440,6 +454,7 @@ const PairTable &pairTable(const char *const *published) {
 
 // Something that a writer changes in the caller's record before it counts.
 void beforeWriting(Writer &, auto & /*log*/) {}
+void beforeWriting(Describer &, const auto & /*log*/) {}
 
 template <auto... Id>
 void namedPairs(Writer &io, auto &log, const char *const * /*published*/) {
@@ -468,11 +483,16 @@ void namedPairs(Releaser &io, auto &log, const char *const *) {
   attributes(io, log);
 }
 
-template <auto... Id>
-void namedPairs(Describer &io, const auto &log, const char *const *) {
+// Fields whose names the reader's search does not find.
+void noteNeverFound(Describer &io, const PairTable &table);
+
+template <auto... Id, typename L>
+void namedPairs(Describer &io, const L &log, const char *const *published) {
   (number<Id>(io, log), ...);
   ++io.position;  // the number of pairs
   attributes(io, log);
+  noteNeverFound(io, pairTable<L>(published));
+  beforeWriting(io, log);
 }
 
 }  // namespace wmq

@@ -415,6 +415,40 @@ TEST(Schema, SaysWhatGoesOneWayOnly) {
               ElementsAre("indexRangeCnt", "indexRangeStart", "indexRangeEnd", "indexRangeStep"));
 }
 
+TEST(Schema, SaysWhatPairsAreNeverFoundOrNeverWritten) {
+  EXPECT_THAT(namesWith(*wmq_schema(EVENT_JOB_STATUS2), WMQ_FIELD_WRITTEN_ONLY), ElementsAre("interactive"));
+  EXPECT_THAT(namesWith(*wmq_schema(EVENT_JOB_STATUS2), WMQ_FIELD_READ_ONLY),
+              ElementsAre("numGPURusages", "gpuRusages"));
+  for (const int32_t type : {EVENT_JOB_FINISH2, EVENT_JOB_PENDING_REASONS, EVENT_JOB_STARTLIMIT})
+    EXPECT_THAT(namesWith(*wmq_schema(type), WMQ_FIELD_WRITTEN_ONLY | WMQ_FIELD_READ_ONLY), IsEmpty())
+        << type;
+}
+
+TEST(Schema, GivesTheGroupsOfNamedRecordsAsPairs) {
+  const auto formsIn = [](const wmqLayout &layout) {
+    Names forms;
+    for (const wmqField &field : fieldsOf(layout)) forms.emplace_back(field.form);
+    return forms;
+  };
+  for (const int32_t type : {EVENT_JOB_FINISH2, EVENT_JOB_STATUS2}) {
+    EXPECT_STREQ(fieldOf(type, "indexRangeCnt").condition, "indexRangeCnt > 0");
+    EXPECT_STREQ(fieldOf(type, "indexRangeCnt").form, "\"%d\"");
+    EXPECT_STREQ(fieldOf(type, "numGPURusages").condition, "numGPURusages > 0");
+    EXPECT_THAT(formsIn(*fieldOf(type, "gpuRusages").layout),
+                ElementsAre(R"("GPUhostname" "string")", R"("numGPUkvs" "%d")", "pairs"));
+    const wmqLayout &hosts = *fieldOf(type, "hostRusage").layout;
+    const bool energy = type == EVENT_JOB_FINISH2;
+    EXPECT_THAT(formsIn(hosts), ElementsAre(R"("hu_name" "string")", R"("hu_mem" "%d")", R"("hu_swap" "%d")",
+                                            R"("hu_utime" "%lld")", R"("hu_stime" "%lld")", "",
+                                            energy ? R"("hu_energy" "string")" : ""));
+    EXPECT_THAT(formsIn(*fieldsOf(hosts).back().layout), ElementsAre("", energy ? R"("string")" : ""));
+  }
+  EXPECT_STREQ(fieldOf(EVENT_JOB_FINISH, "hostRusage").layout->fields[0].note,
+               "a bare word of at most 63 bytes");
+  EXPECT_STREQ(fieldsOf(*fieldOf(EVENT_JOB_FINISH, "hostRusage").layout).back().layout->fields[0].note,
+               "a bare word");
+}
+
 TEST(Schema, SaysWhatIsConvertedTogether) {
   const Names together = namesWith(*wmq_schema(EVENT_UNFULFILL), WMQ_FIELD_TOGETHER);
   EXPECT_THAT(together, ElementsAre("unfulfillField2", "unfulfillField3", "unfulfillField4",
