@@ -74,14 +74,14 @@ bool isCheckDue(const Writing &how) {
 int writeRecords(streamFile &file, const Writing &how, eventRecord *const *records, size_t count,
                  WaitingLines &lines, size_t &written, bool &anyRemoved) {
   for (size_t i = 0; i < count; ++i) {
-    if (records[i] == nullptr) {
-      wmq_errno = WMQE_BAD_ARG;
-      return -1;
-    }
     bool filesRemoved = false;
     if (isCheckDue(how)) {
       if (const int result = rotateIfFull(file, lines, how.writes, written); result < 0) return result;
       filesRemoved = wmq_errno == WMQE_FILES_REMOVED;
+    }
+    if (records[i] == nullptr) {
+      wmq_errno = WMQE_BAD_ARG;
+      return -1;
     }
     beginNextLine(lines.io);
     if (const int result = how.putLine(lines.io, *records[i]); result != 0) return result;
@@ -101,14 +101,14 @@ int writeRecords(streamFile &file, const Writing &how, eventRecord *const *recor
 // batch of one would pass through more of it.
 int writeRecord(streamFile *file, const Writing &how, eventRecord *record) {
   if (file == nullptr || file->fp == nullptr) return -1;
-  if (record == nullptr) {
-    wmq_errno = WMQE_BAD_ARG;
-    return -1;
-  }
   bool filesRemoved = false;
   if (isCheckDue(how)) {
     if (const int result = rotateIfFull(*file); result < 0) return result;
     filesRemoved = how.tellsRemoval && wmq_errno == WMQE_FILES_REMOVED;
+  }
+  if (record == nullptr) {
+    wmq_errno = WMQE_BAD_ARG;
+    return -1;
   }
   Writer &io = beginLine();
   int result = how.putLine(io, *record);

@@ -177,6 +177,18 @@ TEST_F(WritingABatch, StopsAtAMissingRecord) {
   EXPECT_EQ(contentOf(path), lines(1, 2));
 }
 
+TEST_F(WritingABatch, CountsAMissingRecordAsASingleWriteDoes) {
+  ASSERT_EQ(open({.size = 1}), 0);
+  eventRecord record = logSwitch(1);
+  eventRecord *const records[] = {&record, nullptr};
+  for (int call = 0; call < 49; ++call) EXPECT_EQ(wmq_writestreambatch(records, 2, nullptr), -1);
+  EXPECT_EQ(wmq_writestreambatch(records, 1, nullptr), 0);
+  EXPECT_FALSE(exists(rotated));
+  EXPECT_EQ(wmq_writestreambatch(records + 1, 1, &written), -1);
+  EXPECT_TRUE(exists(rotated));
+  EXPECT_EQ(contentOf(path), "");
+}
+
 TEST_F(WritingABatch, StopsAtARecordOfAnUnknownTypeAndKeepsThoseBeforeIt) {
   ASSERT_EQ(open(), 0);
   EXPECT_EQ(writeAll({logSwitch(1), bareRecord(60), bareRecord(31), logSwitch(2)}), -1);
