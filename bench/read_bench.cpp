@@ -111,9 +111,9 @@ class StreamFile {
   size_t size = 0;
 
  private:
-  // Has the system forget the file and read it again, in pages as large as it likes: who reads streams does so
-  // long after they were written. What has just been written bit by bit lies in small pages, and takes as long
-  // to copy as from /dev/shm, which cannot forget.
+  // Has the system forget the file and read it again, in pages as large as it likes: who reads streams does
+  // so long after they were written. What has just been written bit by bit lies in small pages, and takes as
+  // long to copy as from /dev/shm, which cannot forget.
   void readAhead() const {
     const int file = open(path.c_str(), O_RDONLY);
     if (file < 0 || fsync(file) != 0 || posix_fadvise(file, 0, 0, POSIX_FADV_DONTNEED) != 0)
