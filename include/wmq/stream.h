@@ -58,9 +58,9 @@ WMQ_API const char *wmq_streamversion(void);
 //   WMQE_BAD_EVENT                     the type has no name; nothing was written
 //   WMQE_BAD_ARG                       `record` is null
 //   WMQE_SYS                           a write failed, errno tells (ENOSPC: the disk is full); or the record
-//                                      has a negative count, a count without its array or an empty slot, or
-//                                      there is no memory for the line: wmq_errdetail tells, errno does not.
-//                                      What was written of the line stays
+//                                      has a count without its array, a negative count of hosts or an empty
+//                                      slot, or there is no memory for the line: wmq_errdetail tells, errno
+//                                      does not. What was written of the line stays
 //   WMQE_SYS, WMQE_NO_MEM or unchanged the rotation failed; nothing was written of this record. After a
 //                                      failed rename or creation only closing and opening helps
 // Types 60 to 64 are dropped with success. Types 29, 30 and 70 write a header without line end, and return 0
@@ -150,7 +150,7 @@ WMQ_API int wmq_peekline(const char *line, struct wmqLineHeader *header);
 // lists; all pointers are null, so that there is nothing to release. Any thread may call it; the kept record
 // does not change. Returns 0 with wmq_errno 0, or -1 with the wmq_errno and the details with which parsing
 // the line would end, WMQE_BAD_ARG when `line` or `record` is null; `*record` then holds what was read before
-// the fault.
+// the fault. What wmq_errno was before the call does not count, for types 29 and 30 either.
 WMQ_API int wmq_checkline(const char *line, struct eventRecord *record);
 
 // The rest of wmq_checkline for those who have looked at the header of the line: `*header` is what
