@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstring>
 #include <map>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -182,6 +183,7 @@ std::vector<const wmqLayout *> allLayouts() {
   for (const int32_t type : typesWithSchema())
     if (wmq_schema(type)->numFields > 0) collect(*wmq_schema(type), byName);
   std::vector<const wmqLayout *> layouts;
+  layouts.reserve(byName.size());
   for (const auto &[name, layout] : byName) layouts.push_back(layout);
   return layouts;
 }
@@ -323,6 +325,11 @@ wmqField fieldOf(int32_t type, const char *name) {
   return found;
 }
 
+const wmqLayout &entriesOf(const wmqField &field) {
+  if (field.layout == nullptr) throw std::invalid_argument(std::string(field.name) + " has no entries");
+  return *field.layout;
+}
+
 struct Presence {
   int32_t type;
   const char *member;
@@ -409,7 +416,7 @@ TEST(Schema, HasNoFieldToNoteABlankOfAtTheBeginning) { EXPECT_EQ(layoutOf<Bare>(
 
 TEST(Schema, SaysWhatGoesOneWayOnly) {
   EXPECT_THAT(namesWith(*wmq_schema(EVENT_JOB_STATUS), WMQ_FIELD_READ_ONLY), ElementsAre("attrGroups"));
-  EXPECT_THAT(namesWith(*fieldOf(EVENT_JOB_FINISH, "hostRusage").layout, WMQ_FIELD_READ_ONLY),
+  EXPECT_THAT(namesWith(entriesOf(fieldOf(EVENT_JOB_FINISH, "hostRusage")), WMQ_FIELD_READ_ONLY),
               ElementsAre("attrs"));
   EXPECT_THAT(namesWith(*wmq_schema(EVENT_JOB_SWITCH), WMQ_FIELD_WRITTEN_ONLY),
               ElementsAre("indexRangeCnt", "indexRangeStart", "indexRangeEnd", "indexRangeStep"));
@@ -434,26 +441,28 @@ TEST(Schema, GivesTheGroupsOfNamedRecordsAsPairs) {
     EXPECT_STREQ(fieldOf(type, "indexRangeCnt").condition, "indexRangeCnt > 0");
     EXPECT_STREQ(fieldOf(type, "indexRangeCnt").form, "\"%d\"");
     EXPECT_STREQ(fieldOf(type, "numGPURusages").condition, "numGPURusages > 0");
-    EXPECT_THAT(formsIn(*fieldOf(type, "gpuRusages").layout),
+    EXPECT_THAT(formsIn(entriesOf(fieldOf(type, "gpuRusages"))),
                 ElementsAre(R"("GPUhostname" "string")", R"("numGPUkvs" "%d")", "pairs"));
-    const wmqLayout &hosts = *fieldOf(type, "hostRusage").layout;
+    const wmqLayout &hosts = entriesOf(fieldOf(type, "hostRusage"));
     const bool energy = type == EVENT_JOB_FINISH2;
     EXPECT_THAT(formsIn(hosts), ElementsAre(R"("hu_name" "string")", R"("hu_mem" "%d")", R"("hu_swap" "%d")",
                                             R"("hu_utime" "%lld")", R"("hu_stime" "%lld")", "",
                                             energy ? R"("hu_energy" "string")" : ""));
-    EXPECT_THAT(formsIn(*fieldsOf(hosts).back().layout), ElementsAre("", energy ? R"("string")" : ""));
+    EXPECT_THAT(formsIn(entriesOf(fieldsOf(hosts).back())), ElementsAre("", energy ? R"("string")" : ""));
   }
-  EXPECT_STREQ(fieldOf(EVENT_JOB_FINISH, "hostRusage").layout->fields[0].note,
-               "a bare word of at most 63 bytes");
-  EXPECT_STREQ(fieldsOf(*fieldOf(EVENT_JOB_FINISH, "hostRusage").layout).back().layout->fields[0].note,
-               "a bare word");
+}
+
+TEST(Schema, SaysHowLongAWordMayBe) {
+  const std::vector<wmqField> entry = fieldsOf(entriesOf(fieldOf(EVENT_JOB_FINISH, "hostRusage")));
+  EXPECT_STREQ(entry.front().note, "a bare word of at most 63 bytes");
+  EXPECT_STREQ(fieldsOf(entriesOf(entry.back())).front().note, "a bare word");
 }
 
 TEST(Schema, SaysWhatIsConvertedTogether) {
   const Names together = namesWith(*wmq_schema(EVENT_UNFULFILL), WMQ_FIELD_TOGETHER);
   EXPECT_THAT(together, ElementsAre("unfulfillField2", "unfulfillField3", "unfulfillField4",
                                     "unfulfillField5", "unfulfillTime", "unfulfillField7"));
-  const Names usage = namesWith(*fieldOf(EVENT_JOB_FINISH, "wmxRusage").layout, WMQ_FIELD_TOGETHER);
+  const Names usage = namesWith(entriesOf(fieldOf(EVENT_JOB_FINISH, "wmxRusage")), WMQ_FIELD_TOGETHER);
   ASSERT_EQ(usage.size(), WMX_RUSAGE_VALUES - 1U);
   EXPECT_EQ(usage.front(), "ru_stime");
 }
