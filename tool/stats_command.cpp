@@ -134,7 +134,8 @@ bool observeRecord(const HeadedText &record, uint64_t bytes, StatsPart &part, Re
   return true;
 }
 
-void observeParts(std::string_view line, uint64_t number, uint64_t bytes, StatsPart &part) {
+void observeLine(std::string_view line, uint64_t number, uint64_t bytes, StatsPart &part) {
+  if (carriesNoRecord(line)) return part.counts.addOther();
   uint64_t bytesLeft = bytes;
   eachRecordText(line, [&](std::string_view text, bool isTorn) {
     // The line end belongs to the last one.
@@ -149,16 +150,6 @@ void observeParts(std::string_view line, uint64_t number, uint64_t bytes, StatsP
     part.counts.addMalformed();
     part.badLines.push_back({number, std::move(why)});
   });
-}
-
-// Most lines hold a single record, which shows at once; the others take a search for where records begin.
-void observeLine(std::string_view line, uint64_t number, uint64_t bytes, StatsPart &part) {
-  if (carriesNoRecord(line)) return part.counts.addOther();
-  const HeadedText record(line);
-  const bool mayBeOpen = record.hasHeader &&
-                         (wmq_leavesopen(record.header.type) != 0 || record.header.type == EVENT_JOB_STATUS2);
-  Refusal why;
-  if (mayBeOpen || !observeRecord(record, bytes, part, why)) observeParts(line, number, bytes, part);
 }
 
 void observe(StatsPart &part) {

@@ -222,6 +222,27 @@ Records that share a line count each with its own bytes, those behind the beginn
   shared:2: error 46 WMQE_BAD_FORMAT: JOB_STATUS2, field jobId at byte 22: a number
   shared:2: error 46 WMQE_BAD_FORMAT: a record that was not written to its end
   [1]
+
+So does a record behind one that was not written to its end, or lacks its line end, whatever is told of it.
+
+  $ ended=$(grep -m 1 '^"JOB_FINISH"' whole)
+  $ printf '"JOB_STATUS" "10.1" 1700000000 7 64 0 0 0.0000 0 0 0 0 0 "her%s\n' "$ended" > behind
+  $ printf '%s%s\n' "$(grep -m 1 '^"JOB_NEW"' whole)" "$ended" >> behind
+  $ wmq stats behind 2>&1 | head -n 4
+  behind:1: error 46 WMQE_BAD_FORMAT: a record that was not written to its end
+  behind:2: error 46 WMQE_BAD_FORMAT: a record that was not written to its end
+  Stream        1 file, 2 records, 550 bytes, 2 malformed lines
+  Time span     2000-04-29T09:22:10Z to 2000-04-29T09:22:10Z, 0:00:00
+  [1]
+  $ wmq decode behind 2>&1 | cut -c1-76
+  behind:1: error 46 WMQE_BAD_FORMAT: a record that was not written to its end
+  {"type":"JOB_FINISH","code":10,"version":"10.1","eventTime":957000130,"event
+  behind:2: error 46 WMQE_BAD_FORMAT: a record that was not written to its end
+  {"type":"JOB_FINISH","code":10,"version":"10.1","eventTime":957000130,"event
+  [1]
+
+Records by the hundred that share their lines are told by any number of threads.
+
   $ for n in $(seq 300); do printf '"JOB_VACATED" "10.1" 5"JOB_START" "10.1" 1'; cat whole; done > large
   $ wmq stats -j 1 large > expected 2> faults.1
   [1]
