@@ -147,8 +147,10 @@ WMQ_API const char *wmq_errname(int number);
 WMQ_API const char *wmq_strerror(int number);
 
 // What exactly the last failed reading or writing of a record on this thread stumbled over: type name,
-// field, byte position in the line (from 0) and what was expected there. "" when nothing has failed yet. The
-// text belongs to the library and stands until the next failure on this thread. Failures of files and null
+// field, byte position in the line (from 0) and what was expected there. Of a rotation, or a removal of old
+// files, that failed: "rotation: ", what could not be done, and with which file (errno tells why), at most
+// 255 bytes. "" when nothing has failed yet, or when the system did not take what was written. The text
+// belongs to the library and stands until the next failure on this thread. Other failures of files and null
 // arguments are not told here: the text is that of an earlier failure then. wmq_firstrecord and
 // wmq_follownext, which try to parse, may change it also when they succeed.
 WMQ_API const char *wmq_errdetail(void);

@@ -61,8 +61,9 @@ WMQ_API const char *wmq_streamversion(void);
 //                                      has a count without its array, a negative count of hosts or an empty
 //                                      slot, or there is no memory for the line: wmq_errdetail tells, errno
 //                                      does not. What was written of the line stays
-//   WMQE_SYS, WMQE_NO_MEM or unchanged the rotation failed; nothing was written of this record. After a
-//                                      failed rename or creation only closing and opening helps
+//   WMQE_SYS, WMQE_NO_MEM or unchanged the rotation failed, wmq_errdetail tells at what (not when unchanged);
+//                                      nothing was written of this record. After a failed rename or creation
+//                                      only closing and opening helps
 // Types 60 to 64 are dropped with success. Types 29, 30 and 70 write a header without line end, and return 0
 // only if wmq_errno was 0 before the call and the call removed no old files.
 WMQ_API int wmq_writestream(struct eventRecord *record);

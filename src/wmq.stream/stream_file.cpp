@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "companion/numbers.h"
+#include "wmq.stream/failure.h"
 
 namespace wmq {
 namespace {
@@ -39,15 +40,19 @@ void reportState(const streamFile &file, const char *label, const char *what) {
          file.maxStreamSize);
 }
 
-int failSystem() {
-  wmq_errno = WMQE_SYS;
+// What a rotation could not do, and with which file.
+int failRotation(const char *what, const char *name = "", int error = WMQE_SYS) {
+  noteRotationFailure(what, name);
+  wmq_errno = error;
   return -1;
 }
 
-int failRemoval() {
-  wmq_errno = WMQE_SYS;
+int failRemoval(const char *what, const char *name = "") {
+  failRotation(what, name);
   return -2;
 }
+
+int failList() { return failRotation("no memory for the list of old files", "", WMQE_NO_MEM); }
 
 // A file that a rotation opens belongs to nobody whom the program starts.
 void protect(FILE *fp) { fcntl(fileno(fp), F_SETFD, FD_CLOEXEC); }
@@ -82,6 +87,7 @@ DIR *openDirectory(const char *fileName, const Directory &directory) {
 struct OldFile {
   int32_t suffix;
   bool named;  // by the very text that the number is written with: only such a file can be removed by number
+  char written[24];  // that text, or as much of it as a message needs
 
   bool operator<(const OldFile &other) const {
     return std::pair(suffix, !named) < std::pair(other.suffix, !other.named);
@@ -107,15 +113,19 @@ struct OldFiles {
     const int32_t suffix = value >= kRemoved ? kRemoved : static_cast<int32_t>(value);
     char plain[24];
     *formatInt64(plain, suffix) = '\0';
-    files[count++] = {suffix, std::strcmp(text, plain) == 0};
+    OldFile &added = files[count++];
+    added = {suffix, std::strcmp(text, plain) == 0, {}};
+    std::strncpy(added.written, text, sizeof added.written - 1);
     return true;
   }
 };
 
+constexpr char kUnlisted[] = "cannot list the directory of the old files";
+
 int findOldFiles(const char *fileName, OldFiles &found) {
   const Directory directory = directoryOf(fileName);
   DIR *const listing = openDirectory(fileName, directory);
-  if (listing == nullptr) return failSystem();
+  if (listing == nullptr) return failRotation(kUnlisted);
   // Only "DIRECTORY/NAME" can equal the file name, so its last part is all that has to be compared. A bare
   // name, or one whose directory ends in a backslash, equals no such path.
   const bool comparable = !directory.none && fileName[directory.length] == '/';
@@ -126,12 +136,11 @@ int findOldFiles(const char *fileName, OldFiles &found) {
     const char *suffix = comparable ? suffixOf(entry->d_name, base) : nullptr;
     if (suffix == nullptr || !isOldFile(listing, entry->d_name)) continue;
     if (!found.add(suffix)) {
-      wmq_errno = WMQE_NO_MEM;
-      result = -1;
+      result = failList();
       break;
     }
   }
-  if (result == 0 && errno != 0) result = failSystem();
+  if (result == 0 && errno != 0) result = failRotation(kUnlisted);
   closedir(listing);
   return result;
 }
@@ -148,7 +157,7 @@ bool nameOldFile(char (&name)[sizeof path], const char *fileName, int64_t suffix
 // One pass: the file of the smallest suffix that is left. Where the number was told by a name written in
 // another way, what bears the plain name is no file that was counted (a link, a directory), if anything.
 int removeOldest(const char *fileName, const OldFile &oldest) {
-  if (!nameOldFile(path, fileName, oldest.suffix)) return failRemoval();
+  if (!nameOldFile(path, fileName, oldest.suffix)) return failRemoval("the name of an old file is too long");
   report(stream, "%s: Removing oldest stream file %s ", "deleteoldfiles()", path);
   if (!oldest.named)
     errno = ENOENT;
@@ -157,7 +166,12 @@ int removeOldest(const char *fileName, const OldFile &oldest) {
   const int reason = errno;
   report(stream, "%s: Failed to remove file %s, errno= %d", "deleteoldfiles()", path, reason);
   errno = reason;
-  return failRemoval();
+  if (oldest.named) return failRemoval("cannot remove", baseName(path));
+  char names[256];
+  std::snprintf(names, sizeof names, "%.200s.%s by the suffix %d", baseName(fileName), oldest.written,
+                oldest.suffix);
+  errno = reason;
+  return failRemoval("cannot remove", names);
 }
 
 // ---------------------------------------------------------------------- rotation
@@ -234,10 +248,7 @@ int checkstreamfilenum(const char *fileName, int32_t maxFileNum) {
   if (maxFileNum < 1 || fileName == nullptr) return -1;
   OldFiles found;
   // The limit may be any number: its list is taken in steps all the same.
-  if (!found.reserve(static_cast<size_t>(std::min(maxFileNum, 1024)))) {
-    wmq_errno = WMQE_NO_MEM;
-    return -1;
-  }
+  if (!found.reserve(static_cast<size_t>(std::min(maxFileNum, 1024)))) return failList();
   if (const int result = findOldFiles(fileName, found); result != 0) return result;
   if (found.count < static_cast<size_t>(maxFileNum)) return 0;
 
@@ -323,7 +334,8 @@ static bool nameRotated(const char *fileName, char (&rotated)[sizeof path], int6
 
 int isFull(const streamFile &file, size_t waiting) {
   struct stat status;
-  if (fstat(fileno(file.fp), &status) != 0) return failSystem();
+  if (fstat(fileno(file.fp), &status) != 0)
+    return failRotation("cannot tell the size of", baseName(file.fileName));
   return status.st_size + static_cast<off_t>(waiting) >= file.maxStreamSize ? 1 : 0;
 }
 
@@ -332,23 +344,26 @@ int resetstream(streamFile &file) {
 
   char rotated[sizeof path];
   int64_t suffix = 0;
-  if (!nameRotated(file.fileName, rotated, suffix)) return failSystem();
-  if (!writeEndOfStream(file)) return failSystem();
+  const char *const name = baseName(file.fileName);
+  if (!nameRotated(file.fileName, rotated, suffix))
+    return failRotation("cannot find a free name for an old file of", name);
+  if (!writeEndOfStream(file)) return failRotation("cannot append to", name);
   // What the system kept back until now may be refused here: on a network, the disk may be full.
   const bool closed = std::fclose(file.fp) == 0;
   file.fp = nullptr;
   resetLines(file.lines);
   file.lines.nextRead = 0;
 
-  if (!closed || std::rename(file.fileName, rotated) != 0) return failSystem();
+  if (!closed) return failRotation("cannot close", name);
+  if (std::rename(file.fileName, rotated) != 0) return failRotation("cannot rename to", baseName(rotated));
   // What somebody has put in this place meanwhile is not emptied, and a link is not followed.
   FILE *const fresh = std::fopen(file.fileName, "wx");
-  if (fresh == nullptr) return failSystem();
+  if (fresh == nullptr) return failRotation("cannot create a new", name);
   if (fchmod(fileno(fresh), kMode) != 0) {
     const int reason = errno;
     std::fclose(fresh);
     errno = reason;
-    return failSystem();
+    return failRotation("cannot set the permissions of the new", name);
   }
   protect(fresh);
   fcntl(fileno(fresh), F_SETFL, O_APPEND);

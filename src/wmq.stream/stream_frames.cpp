@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "wmq.stream/failure.h"
 #include "wmq.stream/line_parser.h"
 
 namespace wmq {
@@ -30,6 +31,7 @@ struct WaitingLines {
   const size_t *const behind = std::upper_bound(lines.ends, lines.ends + lines.count, taken);
   const auto whole = static_cast<size_t>(behind - lines.ends);
   written += whole;
+  forgetFailure();
   wmq_errno = WMQE_SYS;
   writes = static_cast<int>((static_cast<size_t>(lines.writesBefore) + whole + 1) % kWritesPerCheck);
 }
@@ -113,6 +115,7 @@ int writeRecord(streamFile *file, const Writing &how, eventRecord *record) {
   Writer &io = beginLine();
   int result = how.putLine(io, *record);
   if (io.size > 0 && append(*file, io.text, io.size) < io.size) {
+    forgetFailure();
     wmq_errno = WMQE_SYS;
     result = -1;
   } else if (filesRemoved && result == 0 && io.size > 0) {

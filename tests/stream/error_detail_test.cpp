@@ -1,9 +1,13 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <string>
 #include <thread>
 
+#include "support/scripted_clock.h"
 #include "support/stream_fixture.h"
+#include "support/text_files.h"
 
 namespace wmq::testing {
 namespace {
@@ -114,6 +118,49 @@ TEST_F(TellingWhatWasWrongInAStream, CountsBytesFromTheBeginningOfEachLine) {
   const std::string line = "\"GRP_CTRL\" \"10.1\" 1700000000 0 0 0 \"\" \"\"";
   EXPECT_EQ(wmq_errdetail(), "GRP_CTRL, field grpName at byte " + std::to_string(line.size() - 2) +
                                  ": a name that is not empty");
+}
+
+class TellingWhatARotationCouldNotDo : public StreamTest {
+ protected:
+  // What a rotation that fails leaves to tell.
+  std::string detailOfRotation() {
+    EXPECT_EQ(open({.size = 1, .oldFiles = 1}), 0);
+    EXPECT_EQ(write(1), 0);
+    advanceToCheck();
+    EXPECT_LT(write(2), 0);
+    EXPECT_EQ(wmq_errno, WMQE_SYS);
+    reason = errno;
+    return wmq_errdetail();
+  }
+
+  int reason = 0;
+};
+
+TEST_F(TellingWhatARotationCouldNotDo, NamesAnOldFileAsItStandsThereAndItsSuffix) {
+  makeFile(path + ".007");
+  EXPECT_EQ(detailOfRotation(), "rotation: cannot remove s.007 by the suffix 7");
+  EXPECT_EQ(reason, ENOENT);
+}
+
+TEST_F(TellingWhatARotationCouldNotDo, NamesTheFileThatTheStreamLost) {
+  ASSERT_EQ(open({.size = 1, .oldFiles = 1}), 0);
+  ASSERT_EQ(write(1), 0);
+  ASSERT_EQ(unlink(path.c_str()), 0);
+  ScriptedClock clock{1700000500};
+  advanceToCheck();
+  EXPECT_EQ(write(2), -1);
+  EXPECT_EQ(errno, ENOENT);
+  EXPECT_STREQ(wmq_errdetail(), "rotation: cannot rename to s.1700000500");
+}
+
+TEST_F(TellingWhatARotationCouldNotDo, IsNotToldOfAWriteThatFailsLater) {
+  makeFile(path + ".007");
+  ASSERT_NE(detailOfRotation(), "");
+  wmq_closestream();
+  ASSERT_EQ(openAs("/dev/full"), 0);
+  EXPECT_EQ(write(3), -1);
+  EXPECT_EQ(errno, ENOSPC);
+  EXPECT_STREQ(wmq_errdetail(), "");
 }
 
 }  // namespace
