@@ -5,6 +5,8 @@
 #include <cmath>
 #include <optional>
 
+#include "text.h"
+
 namespace wmq::tool {
 
 namespace {
@@ -78,8 +80,7 @@ SwfLine readJob(std::string_view line, SwfJob &job, std::string &why) {
     }
     if (!readColumn(columns[i], word, job)) {
       why = "column " + std::to_string(i + 1) + " (" + columns[i].name + ") is no number: '";
-      why += word;
-      why += "'";
+      why += excerpt(word) + "'";
       return SwfLine::bad;
     }
   }
@@ -114,6 +115,10 @@ SwfLine readHeader(std::string_view line, SwfHeader &header, std::string &why) {
   std::optional<int64_t> found = numberFrom<int64_t>(takeWord(value));
   if (!found) {
     why = "the header's " + std::string(label) + " is no number";
+    return SwfLine::bad;
+  }
+  if (*found < -1) {
+    why = "the header's " + std::string(label) + " is negative";
     return SwfLine::bad;
   }
   *number = *found;

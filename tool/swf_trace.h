@@ -12,9 +12,9 @@ namespace wmq::tool {
 
 // What the header tells, as far as it is known yet.
 struct SwfHeader {
-  int64_t startTime = 0;      // seconds since the epoch at time 0 of the trace (UnixStartTime); 0: unknown
-  int64_t maxNodes = 0;       // 0: unknown
-  int64_t maxProcessors = 0;  // 0: unknown
+  int64_t startTime = 0;  // seconds since the epoch at time 0 of the trace (UnixStartTime); 0, -1: unknown
+  int64_t maxNodes = 0;   // 0, -1: unknown
+  int64_t maxProcessors = 0;  // likewise
   std::map<int64_t, std::string> queues;
   std::map<int64_t, std::string> partitions;
 };

@@ -1,5 +1,6 @@
 #include "text.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 
@@ -62,6 +63,15 @@ std::string printable(std::string_view bytes) {
     bytes.remove_prefix(length);
   }
   return out;
+}
+
+std::string excerpt(std::string_view bytes) {
+  constexpr size_t most = 60;
+  if (bytes.size() <= most) return std::string(bytes);
+  size_t end = 0;
+  for (size_t next = 0; next <= most; next += std::max<size_t>(characterLength(bytes.substr(next)), 1))
+    end = next;
+  return std::string(bytes.substr(0, end)) + "...";
 }
 
 size_t characterCount(std::string_view text) {

@@ -16,6 +16,10 @@ size_t characterLength(std::string_view bytes);
 // anywhere, and a terminal obeys escape sequences.
 std::string printable(std::string_view bytes);
 
+// At most 60 bytes of `bytes`, whole characters of them, and "..." where there is more: a part of
+// an input that a message quotes.
+std::string excerpt(std::string_view bytes);
+
 // Number of characters of a UTF-8 text.
 size_t characterCount(std::string_view text);
 

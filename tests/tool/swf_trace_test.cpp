@@ -78,7 +78,15 @@ TEST_F(SwfTrace, BeginsWithAHeader) {
 
 TEST_F(SwfTrace, HasNumbersInItsHeader) {
   EXPECT_EQ(badness("; UnixStartTime: yesterday"), "the header's UnixStartTime is no number");
+  EXPECT_EQ(badness("; UnixStartTime: -4000000000"), "the header's UnixStartTime is negative");
+  EXPECT_EQ(badness("; MaxProcs: -2"), "the header's MaxProcs is negative");
   EXPECT_EQ(header.startTime, 0);
+  EXPECT_EQ(read("; UnixStartTime: -1"), SwfLine::header) << "unknown, as in the columns";
+}
+
+TEST_F(SwfTrace, IsQuotedInPartWhereAWordIsLong) {
+  EXPECT_EQ(badness("1 2 " + std::string(1000, 'x')),
+            "column 3 (wait time) is no number: '" + std::string(60, 'x') + "...'");
 }
 
 }  // namespace

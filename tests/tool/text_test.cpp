@@ -27,6 +27,18 @@ TEST(PrintableText, ShowsBytesThatAreNoUtf8) {
   EXPECT_EQ(printable("\xe6\x97"), "\\xe6\\x97");  // cut short
 }
 
+TEST(QuotedText, IsWholeUpTo60Bytes) {
+  EXPECT_EQ(excerpt(""), "");
+  EXPECT_EQ(excerpt(std::string(60, 'x')), std::string(60, 'x'));
+  EXPECT_EQ(excerpt(std::string(61, 'x')), std::string(60, 'x') + "...");
+}
+
+TEST(QuotedText, IsCutBetweenCharacters) {
+  EXPECT_EQ(excerpt(std::string(58, 'x') + "\u20ac"), std::string(58, 'x') + "...");
+  EXPECT_EQ(excerpt(std::string(57, 'x') + "\u20ac!"), std::string(57, 'x') + "\u20ac...");
+  EXPECT_EQ(excerpt(std::string(70, '\xff')), std::string(60, '\xff') + "...");
+}
+
 TEST(JsonStrings, EscapeWhatJsonReserves) {
   EXPECT_EQ(jsonString("a\"b\\c\td"), "\"a\\\"b\\\\c\\u0009d\"");
   EXPECT_EQ(jsonString("Größe"), "\"Größe\"");

@@ -186,6 +186,11 @@ Bad lines are reported and skipped.
   faulty.swf:7: error 46 WMQE_BAD_FORMAT: a time is later than 2038-01-19T03:14:07Z, which no record holds
   2 jobs, 20 records, 6 faults
   [1]
+  $ { echo '; UnixStartTime: -4000000000'; printf '1 2 %070d\xe2\x82\xac\n' 0; printf '1 2 %059dx\n' 0; } | wmq replay - -o -
+  -:1: error 46 WMQE_BAD_FORMAT: the header's UnixStartTime is negative
+  -:2: error 46 WMQE_BAD_FORMAT: column 3 (wait time) is no number: '000000000000000000000000000000000000000000000000000000000000...'
+  -:3: error 46 WMQE_BAD_FORMAT: column 3 (wait time) is no number: '00000000000000000000000000000000000000000000000000000000000x'
+  [1]
 
 Lines of partial runs repeat what the line of the whole job says.
 
