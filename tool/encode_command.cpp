@@ -30,7 +30,7 @@ bool encodeLine(const Lines &line, RecordSink &sink, Faults &faults) {
     faults.badInput(line.file(), line.number(), wmq_errno, wmq_jsonerror());
     return true;
   }
-  RecordSink::Result result = sink.write(*record);
+  RecordSink::Result result = sink.write(*record, line.file(), line.number());
   if (result == RecordSink::Result::refused) faults.refused(line.file(), line.number(), wmq_errno);
   return result != RecordSink::Result::failed;
 }

@@ -23,8 +23,9 @@ const StreamOperations pendingReasonsStream{"pending",
 
 namespace {
 
-std::string failureText(int number, int systemError) {
+std::string failureText(int number, int systemError, const std::string &detail = "") {
   std::string text = "error " + std::to_string(number) + " " + wmq_errname(number) + ": ";
+  if (!detail.empty()) text += detail + ": ";
   text += number == WMQE_SYS || number == 0 ? std::strerror(systemError) : wmq_strerror(number);
   return text;
 }
@@ -67,11 +68,11 @@ bool RecordSink::open() {
   return false;
 }
 
-RecordSink::Result RecordSink::write(eventRecord &record) {
+RecordSink::Result RecordSink::write(eventRecord &record, std::string_view file, uint64_t line) {
   wmq_errno = 0;
   int32_t *cleared = clearedCount(record);
   int32_t count = cleared ? *cleared : 0;
-  Result result = toStandardOutput() ? writeToOutput(record) : writeToStream(record);
+  Result result = toStandardOutput() ? writeToOutput(record) : writeToStream(record, file, line);
   if (cleared) *cleared = count;
   return result;
 }
@@ -86,13 +87,16 @@ RecordSink::Result RecordSink::writeToOutput(eventRecord &record) {
   return put ? Result::written : Result::failed;
 }
 
-RecordSink::Result RecordSink::writeToStream(eventRecord &record) {
+RecordSink::Result RecordSink::writeToStream(eventRecord &record, std::string_view file, uint64_t line) {
   errno = 0;
   if (options.stream->write(&record) == 0) return Result::written;
   int number = wmq_errno;
   int systemError = errno;
+  std::string detail = wmq_errdetail();
   if (isRefusedAnywhere(*options.stream, record)) return Result::refused;
-  faults.failure(options.file, failureText(number, systemError));
+  std::string text = failureText(number, systemError, detail) + "; stopped at ";
+  text += file;
+  faults.failure(options.file, text + ":" + std::to_string(line));
   return Result::failed;
 }
 

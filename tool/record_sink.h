@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "faults.h"
 #include "output.h"
@@ -48,7 +49,8 @@ class RecordSink {
   // False when the stream cannot be opened, which is reported.
   bool open();
 
-  Result write(eventRecord &record);
+  // `file` and `line` are where the record comes from, for reports.
+  Result write(eventRecord &record, std::string_view file, uint64_t line);
 
   // Hands what is waiting for standard output over to its reader.
   void flush() { output.flush(); }
@@ -59,7 +61,7 @@ class RecordSink {
  private:
   bool toStandardOutput() const { return options.file == "-"; }
   Result writeToOutput(eventRecord &record);
-  Result writeToStream(eventRecord &record);
+  Result writeToStream(eventRecord &record, std::string_view file, uint64_t line);
 
   SinkOptions options;
   Faults &faults;

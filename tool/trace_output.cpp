@@ -4,7 +4,7 @@ namespace wmq::tool {
 
 void TraceOutput::write(eventRecord &record, uint64_t line) {
   if (hasFailed) return;
-  switch (sink.write(record)) {
+  switch (sink.write(record, trace, line)) {
     case RecordSink::Result::written:
       ++written;
       break;

@@ -109,6 +109,21 @@ Output that fails ends with 3, and nothing more is read.
   $ wmq encode -o directory records.json
   wmq: ./directory: error 54 WMQE_SYS: Is a directory
   [3]
+
+Where a stream file could not take a record, it tells which it was.
+
   $ (trap '' XFSZ; ulimit -f 1; yes "$(head -n 1 records.json)" | wmq encode -o full)
-  wmq: ./full: error 54 WMQE_SYS: File too large
+  wmq: ./full: error 54 WMQE_SYS: File too large; stopped at -:30
+  [3]
+  $ for i in $(seq 40); do cat records.json; done > many.json
+  $ (trap '' XFSZ; ulimit -f 1; wmq encode -o again many.json)
+  wmq: ./again: error 54 WMQE_SYS: File too large; stopped at many.json:30
+  [3]
+  $ mkdir lost; touch lost/stream.007
+  $ yes "$(head -n 1 records.json)" | head -n 200 | wmq encode -o lost/stream --max-size 1K --max-files 1
+  wmq: lost/stream: error 54 WMQE_SYS: rotation: cannot remove stream.007 by the suffix 7: No such file or directory; stopped at -:100
+  [3]
+  $ { sed -n 9p faulty.json; cat records.json; } | wmq encode -o /dev/full 2>&1 | cut -d : -f 1-4
+  -:1: error 54 WMQE_SYS: JOB_FINISH, field allocSlots at byte 236
+  wmq: /dev/full: error 54 WMQE_SYS: No space left on device; stopped at -
   [3]

@@ -146,7 +146,7 @@ that has happened in its second. Jobs wait for those on which they depend, for p
   Try 'wmq replay --help'.
   [2]
   $ wmq replay waiting.swf -o other --pending /dev/full
-  wmq: /dev/full: error 54 WMQE_SYS: No space left on device
+  wmq: /dev/full: error 54 WMQE_SYS: No space left on device; stopped at waiting.swf:4
   [3]
 
 They rotate like the events, and an idle machine is not spoken of, however long it idles.
@@ -233,6 +233,7 @@ Failures of the output end with 3.
   wmq: missing.swf: No such file or directory
   0 jobs, 0 records, 0 faults
   [3]
-  $ (trap '' XFSZ; ulimit -f 100; wmq replay "$EXAMPLES"/SDSC*.swf -o full)
-  wmq: ./full: error 54 WMQE_SYS: File too large
+  $ cp "$EXAMPLES"/SDSC*.swf sdsc.swf
+  $ (trap '' XFSZ; ulimit -f 100; wmq replay sdsc.swf -o full)
+  wmq: ./full: error 54 WMQE_SYS: File too large; stopped at sdsc.swf:105
   [3]
