@@ -4,8 +4,11 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstddef>
 #include <cstdio>
 #include <exception>
+#include <string>
+#include <vector>
 
 #include "commands.h"
 #include "exit_status.h"
@@ -65,6 +68,27 @@ int printed(const std::string &text) {
   return faults.exitStatus();
 }
 
+bool takesValue(const CLI::Option *option) { return option && option->get_items_expected_max() > 0; }
+
+// The parser takes the next argument for the value of an option with nothing behind its "=": with a variable
+// that is not set, an input file becomes the output.
+void refuseEmptyValues(CLI::App &command, const std::vector<std::string> &arguments) {
+  for (size_t i = 0; i < arguments.size() && arguments[i] != "--"; ++i) {
+    const std::string &argument = arguments[i];
+    if (argument.rfind('-', 0) != 0) continue;
+    if (takesValue(command.get_option_no_throw(argument))) {
+      ++i;
+      continue;
+    }
+    const size_t equals = argument.find('=');
+    if (argument.rfind("--", 0) != 0 || equals == std::string::npos || equals + 1 != argument.size())
+      continue;
+    const std::string name = argument.substr(0, equals);
+    if (takesValue(command.get_option_no_throw(name)))
+      throw CLI::ValidationError(name, "no value stands behind the =");
+  }
+}
+
 int usageError(const CLI::App &program, const std::string &what) {
   std::string name = program.get_name();
   for (const CLI::App *chosen : program.get_subcommands()) name += " " + chosen->get_name();
@@ -86,6 +110,11 @@ int runProgram(int argc, char **argv) {
   addSchemaCommand(program, run);
   // Set last: commands take over the flags that stand when they are added, and this one is not theirs.
   program.set_help_all_flag("--help-all", "print the help of all commands and end");
+  const std::vector<std::string> arguments(argv, argv + argc);
+  for (CLI::App *command : program.get_subcommands({}))
+    command->preparse_callback([command, &arguments](size_t numLeft) {
+      refuseEmptyValues(*command, {arguments.end() - static_cast<ptrdiff_t>(numLeft), arguments.end()});
+    });
   try {
     program.parse(argc, argv);
   } catch (const CLI::CallForHelp &) {

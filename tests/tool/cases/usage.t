@@ -331,6 +331,23 @@ A wrong command line ends with 2 and says where help is.
   [2]
   $ ls
 
+Where nothing stands behind the = of an option, the next argument does not become its value.
+
+  $ wmq encode --output= records.json
+  wmq encode: --output: no value stands behind the =
+  Try 'wmq encode --help'.
+  [2]
+  $ for option in 'decode --'{type,since,until,threads} 'encode --'{kind,output,max-size,max-files} \
+  >   'replay --'{output,max-size,max-files,status,pending,limit} 'stats --threads' 'verify --threads' \
+  >   'schema --'{version,markdown} 'follow --'{state,from,type,since,exec,until-idle}; do
+  >   wmq $option= missing 2>&1 | head -n 1 | grep -v ': --[a-z-]*: no value stands behind the =$'
+  > done
+  [1]
+  $ wmq encode -- --output=
+  wmq: --output=: No such file or directory
+  [3]
+  $ ls
+
 A file may have the name of a command.
 
   $ printf '"JOB_VACATED" "10.1" 5\n' > stats
