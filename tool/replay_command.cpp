@@ -31,9 +31,9 @@ namespace {
 struct ReplayOptions {
   std::string trace;
   SinkOptions events;
-  std::string statusFile;       // "": not wanted
-  std::string pendingFile;      // likewise
-  uint64_t limit = UINT64_MAX;  // jobs
+  std::string statusFile;     // "": not wanted
+  std::string pendingFile;    // likewise
+  int64_t limit = INT64_MAX;  // jobs
 };
 
 // What is to happen with a job. Of all at one time, the first kind comes first.
@@ -129,7 +129,7 @@ class Replay {
   // Writes what is left when the trace has ended.
   void finish();
 
-  uint64_t numJobs() const { return jobsTaken; }
+  uint64_t numJobs() const { return static_cast<uint64_t>(jobsTaken); }
 
  private:
   void begin(int64_t time);
@@ -158,7 +158,7 @@ class Replay {
   int64_t lastSubmission = 0;
   int64_t lastEvent = 0;
   uint64_t lastLine = 0;
-  uint64_t jobsTaken = 0;
+  int64_t jobsTaken = 0;
 };
 
 bool Replay::takeLine(const Lines &line) {
@@ -353,7 +353,7 @@ void addReplayCommand(CLI::App &program, Run &run) {
   }
   command->add_option("--limit", options->limit, "stop after N jobs of the trace")
       ->type_name("N")
-      ->check(CLI::Range(uint64_t{1}, UINT64_MAX).description(""));
+      ->check(CLI::Range(int64_t{1}, INT64_MAX).description(""));
   command->footer(
       "Queues and partitions have the names of the trace's header; other names are\n"
       "made of their numbers (user17). Hosts are invented, the same ones at every\n"

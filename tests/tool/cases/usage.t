@@ -290,7 +290,11 @@ A wrong command line ends with 2 and says where help is.
   Try 'wmq replay --help'.
   [2]
   $ wmq replay trace.swf -o stream --limit 0
-  wmq replay: --limit: Value 0 not in range 1 to 18446744073709551615
+  wmq replay: --limit: Value 0 not in range 1 to 9223372036854775807
+  Try 'wmq replay --help'.
+  [2]
+  $ wmq replay trace.swf -o stream --limit -1
+  wmq replay: --limit: Value -1 not in range 1 to 9223372036854775807
   Try 'wmq replay --help'.
   [2]
   $ wmq replay trace.swf
