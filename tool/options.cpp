@@ -76,7 +76,8 @@ void addSinkOptions(CLI::App &command, SinkOptions &sink, const std::string &des
   refuseEmpty(*file, "file name");
   CLI::Option *size = command.add_option_function<std::string>(
       "--max-size", [&sink](const std::string &text) { sink.maxSize = sizeFromText("--max-size", text); },
-      "rotate FILE when it has N bytes or more, K, M and G allowed behind the number (default 1000000000)");
+      "rotate FILE when it has N bytes or more, K, M and G allowed behind the number (default 1000000000); "
+      "looked at before every 100th record of a run, never in a run of fewer");
   CLI::Option *files = command.add_option("--max-files", sink.maxFiles, "keep N old files (default 10)");
   command
       .add_flag(

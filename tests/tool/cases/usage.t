@@ -98,7 +98,9 @@ Help and version go to standard output.
     -o, --output=FILE   append to this stream file, which rotates into
                         FILE.SECONDS, instead of writing to standard output
         --max-size=N    rotate FILE when it has N bytes or more, K, M and G
-                        allowed behind the number (default 1000000000)
+                        allowed behind the number (default 1000000000); looked at
+                        before every 100th record of a run, never in a run of
+                        fewer
         --max-files=N   keep N old files (default 10)
         --sync          bring FILE and the old files made of it to the disk
                         before ending (fsync), and end with 3 if that fails
@@ -126,7 +128,9 @@ Help and version go to standard output.
     -o, --output=FILE   append to this stream file, which rotates into
                         FILE.SECONDS; - is standard output
         --max-size=N    rotate FILE when it has N bytes or more, K, M and G
-                        allowed behind the number (default 1000000000)
+                        allowed behind the number (default 1000000000); looked at
+                        before every 100th record of a run, never in a run of
+                        fewer
         --max-files=N   keep N old files (default 10)
         --sync          bring FILE and the old files made of it to the disk
                         before ending (fsync), and end with 3 if that fails
