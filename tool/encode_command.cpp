@@ -6,6 +6,7 @@
 #include "commands.h"
 #include "faults.h"
 #include "lines.h"
+#include "named_file.h"
 #include "options.h"
 #include "progress.h"
 #include "record_sink.h"
@@ -87,7 +88,11 @@ void addEncodeCommand(CLI::App &program, Run &run) {
       "  wmq decode stream.1700000000 | jq -c 'del(.eventLog.command)' | wmq encode\n"
       "  wmq encode -o events/stream --max-size 4M --max-files 3 < records.json\n"
       "  wmq encode --kind status -o ./wmq.status < samples.json");
-  command->callback([options, &run] { run = [options] { return encodeFiles(*options); }; });
+  command->callback([options, &run] {
+    for (const std::string &file : options->files) refuseInputAsOutput(file, options->sink.file);
+    if (options->files.empty()) refuseInputAsOutput("-", options->sink.file);
+    run = [options] { return encodeFiles(*options); };
+  });
 }
 
 }  // namespace wmq::tool

@@ -1,20 +1,21 @@
 // wmq replay: a workload trace becomes the events that a scheduler would have logged.
+#include <unistd.h>
+
 #include <algorithm>
 #include <deque>
-#include <filesystem>
 #include <memory>
 #include <optional>
 #include <queue>
-#include <set>
 #include <string>
-#include <system_error>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include "commands.h"
 #include "faults.h"
 #include "host_pool.h"
 #include "lines.h"
+#include "named_file.h"
 #include "options.h"
 #include "output.h"
 #include "progress.h"
@@ -305,21 +306,26 @@ int replayTrace(const ReplayOptions &options) {
   return faults.exitStatus();
 }
 
-// The same for all spellings of a path.
-std::string identityOf(const std::string &file) {
-  if (file == "-") return file;
-  std::error_code error;
-  std::filesystem::path path = std::filesystem::absolute(file, error);
-  if (!error) path = std::filesystem::weakly_canonical(path, error);
-  return error ? file : path.string();
+[[noreturn]] void refuseOldFile(const std::string &file, const std::string &stream) {
+  throw CLI::ValidationError("the stream " + file + " has the name of an old file of " + stream +
+                             ", which rotating removes");
 }
 
 void refuseSharedOutput(const ReplayOptions &options) {
-  std::set<std::string> files{identityOf(options.events.file)};
-  for (const std::string &file : {options.statusFile, options.pendingFile})
-    if (!file.empty() && !files.insert(identityOf(file)).second)
-      throw CLI::ValidationError("two streams cannot share " +
-                                 std::string(file == "-" ? "standard output" : "a file"));
+  std::vector<std::pair<std::string, NamedFile>> streams;
+  for (const std::string &file : {options.events.file, options.statusFile, options.pendingFile}) {
+    if (file.empty()) continue;
+    refuseInputAsOutput(options.trace, file);
+    const NamedFile added(file, STDOUT_FILENO);
+    for (const auto &[name, stream] : streams) {
+      if (added == stream)
+        throw CLI::ValidationError("two streams cannot share " +
+                                   std::string(file == "-" ? "standard output" : "a file"));
+      if (added.isOldFileOf(stream)) refuseOldFile(file, name);
+      if (stream.isOldFileOf(added)) refuseOldFile(name, file);
+    }
+    streams.emplace_back(file, added);
+  }
 }
 
 }  // namespace

@@ -127,3 +127,28 @@ Where a stream file could not take a record, it tells which it was.
   -:1: error 54 WMQE_SYS: JOB_FINISH, field allocSlots at byte 236
   wmq: /dev/full: error 54 WMQE_SYS: No space left on device; stopped at -
   [3]
+
+What it writes to it does not read, whatever the names.
+
+  $ cp records.json io; ln io hard; ln -s io soft; ln -s none loose
+  $ wmq encode io -o ./io
+  wmq encode: io and ./io are the same file, which cannot be read and written at once
+  Try 'wmq encode --help'.
+  [2]
+  $ wmq encode records.json soft -o io 2>&1 | head -n 1
+  wmq encode: soft and io are the same file, which cannot be read and written at once
+  [2]
+  $ wmq encode -o hard - < io 2>&1 | head -n 1
+  wmq encode: standard input and hard are the same file, which cannot be read and written at once
+  [2]
+  $ wmq encode -o hard < io 2>&1 | head -n 1
+  wmq encode: standard input and hard are the same file, which cannot be read and written at once
+  [2]
+  $ wmq encode io 2>&1 >> io | head -n 1
+  wmq encode: io and standard output are the same file, which cannot be read and written at once
+  [2]
+  $ wmq encode none -o loose 2>&1 | head -n 1
+  wmq encode: none and loose are the same file, which cannot be read and written at once
+  [2]
+  $ cmp io records.json
+  $ wmq encode -o /dev/null /dev/null

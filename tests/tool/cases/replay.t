@@ -148,6 +148,31 @@ that has happened in its second. Jobs wait for those on which they depend, for p
   $ wmq replay waiting.swf -o other --pending /dev/full
   wmq: /dev/full: error 54 WMQE_SYS: No space left on device; stopped at waiting.swf:4
   [3]
+  $ ln -s made loose; touch made.1; ln made.1 hard
+  $ wmq replay waiting.swf -o made --status loose
+  wmq replay: two streams cannot share a file
+  Try 'wmq replay --help'.
+  [2]
+  $ wmq replay waiting.swf -o made.1 --status hard
+  wmq replay: two streams cannot share a file
+  Try 'wmq replay --help'.
+  [2]
+  $ wmq replay --limit 1 waiting.swf -o sub/../waiting.swf
+  wmq replay: waiting.swf and sub/../waiting.swf are the same file, which cannot be read and written at once
+  Try 'wmq replay --help'.
+  [2]
+
+The name of one may not be that of another's old file, which rotating would remove.
+
+  $ wmq replay waiting.swf -o made --status sub/link/../made.7
+  wmq replay: the stream sub/link/../made.7 has the name of an old file of made, which rotating removes
+  Try 'wmq replay --help'.
+  [2]
+  $ wmq replay waiting.swf -o made.1 --pending made 2>&1 | head -n 1
+  wmq replay: the stream made.1 has the name of an old file of made, which rotating removes
+  [2]
+  $ wmq replay --limit 1 waiting.swf -o made --status made.s --pending made.7p
+  1 job, 11 records, 2 status samples, 0 pending samples, 0 faults
 
 They rotate like the events, and an idle machine is not spoken of, however long it idles.
 
