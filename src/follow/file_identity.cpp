@@ -24,6 +24,10 @@ constexpr auto kRemainders = [] {
   return table;
 }();
 
+int64_t nanoseconds(const auto &time) {
+  return static_cast<int64_t>(time.tv_sec) * 1'000'000'000 + static_cast<int64_t>(time.tv_nsec);
+}
+
 #ifdef STATX_BTIME
 bool askFor(int directory, const char *name, int flags, FileStatus &status) {
   // Times of creation are never before this clock, which stands still for some milliseconds. In these an
@@ -44,6 +48,7 @@ bool askFor(int directory, const char *name, int flags, FileStatus &status) {
     status.settled = birth[0] < now.tv_sec || (birth[0] == now.tv_sec && birth[1] < now.tv_nsec);
   }
   status.size = static_cast<int64_t>(found.stx_size);
+  status.modified = nanoseconds(found.stx_mtime);
   status.regular = S_ISREG(found.stx_mode);
   status.directory = S_ISDIR(found.stx_mode);
   return true;
@@ -57,6 +62,7 @@ bool askFor(int directory, const char *name, int flags, FileStatus &status) {
   if (!asked) return false;
   status.identity = {.device = found.st_dev, .inode = found.st_ino};
   status.size = found.st_size;
+  status.modified = nanoseconds(found.st_mtim);
   status.regular = S_ISREG(found.st_mode);
   status.directory = S_ISDIR(found.st_mode);
   return true;

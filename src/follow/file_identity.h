@@ -31,6 +31,7 @@ struct FileStatus {
   FileIdentity identity;
   bool settled = false;  // no file that is created from now on can have this identity
   int64_t size = 0;
+  int64_t modified = 0;  // nanoseconds since 1970
   bool regular = false;
   bool directory = false;
 };

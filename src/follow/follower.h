@@ -2,6 +2,7 @@
 #ifndef WMQ_FOLLOW_FOLLOWER_H
 #define WMQ_FOLLOW_FOLLOWER_H
 
+#include <deque>
 #include <string>
 #include <utility>
 #include <vector>
@@ -115,7 +116,9 @@ struct wmqFollower {
   Step lookForSuccessor();
   Step lookAtNames();
   Step moveOn();
-  Step arrive(wmq::OpenFile opened, const Successor &successor, const wmq::StreamListing &listing);
+  Step moveAlong(wmq::OpenFile opened);
+  bool knowsNextOld() const;
+  bool arrive(wmq::OpenFile opened, const Successor &successor);
 
   bool begin(wmq::OpenFile opened, const wmq::StreamEntry &found, int64_t offset);
   bool takePlace();
@@ -139,9 +142,10 @@ struct wmqFollower {
 
   bool hasPlace = false;  // `former` and `ahead` tell of the file that is read
   wmq::FormerFile former;
-  std::vector<wmq::StreamEntry> ahead;  // files behind the one that is read, when they were listed last
-  bool wasRewritten = false;            // with State::cut
-  bool isLost = false;                  // the file of the position is gone, and nobody has been told yet
+  std::deque<wmq::StreamEntry> ahead;  // files behind the one that is read, when they were listed last
+  wmq::FileStatus listedDirectory;     // at that time
+  bool wasRewritten = false;           // with State::cut
+  bool isLost = false;                 // the file of the position is gone, and nobody has been told yet
   std::string lostFile;
   wmq::FileIdentity lostIdentity;
 

@@ -3,7 +3,8 @@
 // Rotation gives an old file a suffix that is above all that are there, and removes old files from the oldest
 // on. So while the file that was read is still there under its old name, all files behind it are there, too,
 // in the order of their suffixes. Every choice is made by a list that shows that, taken after the chosen file
-// was opened: what was chosen by an older list may have been passed by.
+// was opened: what was chosen by an older list may have been passed by. Only between two old files an older
+// list will do: what stood next to each other once does so for as long as both are there.
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -177,6 +178,7 @@ void wmqFollower::takePlaceIn(const StreamListing &listing) {
     entry = *renamed;
     former = {true, entry.suffix, first};
     ahead.clear();
+    listedDirectory = listing.directory;
     for (const StreamEntry &other : listing.old)
       if (other.suffix > entry.suffix) ahead.push_back(other);
     if (listing.hasCurrent) ahead.push_back(listing.current);
@@ -338,8 +340,18 @@ bool wmqFollower::findSuccessor(const StreamListing &listing, Successor &success
   return true;
 }
 
+// An old file was listed behind the one that is read, and nothing suggests that another list would say more.
+bool wmqFollower::knowsNextOld() const {
+  return file.isOpen() && !ahead.empty() && ahead.front().suffix != wmq::kNoSuffix &&
+         wmq::looksUnchanged(path, listedDirectory);
+}
+
 // What could not be looked at to the end is looked at again.
 wmqFollower::Step wmqFollower::lookForSuccessor() {
+  if (knowsNextOld()) {
+    state = State::superseded;
+    return Step::again;
+  }
   if (!watch.namesChanged()) return Step::waiting;
   const Step done = lookAtNames();
   if (done == Step::waiting) watch.namesSeen();
@@ -368,6 +380,12 @@ wmqFollower::Step wmqFollower::lookAtNames() {
 }
 
 wmqFollower::Step wmqFollower::moveOn() {
+  // A list for each step would make the way through many old files as long as the square of their number.
+  if (knowsNextOld()) {
+    OpenFile opened;
+    if (!wmq::openEntry(ahead.front(), opened)) return Step::failed;
+    if (opened.isOpen()) return moveAlong(std::move(opened));
+  }
   for (int tries = 0; tries < wmq::kMostTries; ++tries) {
     StreamListing listing;
     if (!wmq::list(path, listing)) return Step::failed;
@@ -386,9 +404,23 @@ wmqFollower::Step wmqFollower::moveOn() {
     Successor confirmed;
     if (!findSuccessor(listing, confirmed)) return Step::failed;
     if (!confirmed.found || !(confirmed.entry.identity == chosen.entry.identity)) continue;
-    return arrive(std::move(opened), confirmed, listing);
+    if (!arrive(std::move(opened), confirmed)) return Step::failed;
+    takePlaceIn(listing);
+    return Step::again;
   }
   return Step::waiting;
+}
+
+// To the old file that was listed behind the one that is read.
+wmqFollower::Step wmqFollower::moveAlong(OpenFile opened) {
+  Successor next;
+  next.found = next.exact = true;
+  next.entry = ahead.front();
+  if (!arrive(std::move(opened), next)) return Step::failed;
+  ahead.pop_front();
+  former = {true, entry.suffix, first};
+  hasPlace = true;
+  return Step::again;
 }
 
 wmqFollower::Step wmqFollower::payNotice() {
@@ -426,17 +458,15 @@ wmqFollower::Owed wmqFollower::noticeOf(const Successor &successor) const {
   return {WMQ_NOTICE_ROTATED, endSeen ? "" : entry.path + " has no END_OF_STREAM line at its end", "", 0};
 }
 
-// All that may fail comes before the one step from file to file.
-wmqFollower::Step wmqFollower::arrive(OpenFile opened, const Successor &successor,
-                                      const StreamListing &listing) {
+// All that may fail comes before the one step from file to file. Its place among the others is not taken yet.
+bool wmqFollower::arrive(OpenFile opened, const Successor &successor) {
   Owed notice = noticeOf(successor);
   // Until the notice is given, the follower stands before what it tells of.
   std::string before = resumedFrom;
   if (notice.notice != 0 && before.empty()) before = wmq::positionText(currentPosition());
-  if (!begin(std::move(opened), successor.entry, 0)) return Step::failed;
+  if (!begin(std::move(opened), successor.entry, 0)) return false;
   owed = std::move(notice);
   resumedFrom = std::move(before);
   isLost = false;
-  takePlaceIn(listing);
-  return Step::again;
+  return true;
 }

@@ -96,14 +96,24 @@ static bool listOnce(const std::string &path, StreamListing &listing) {
 
 bool listStream(const std::string &path, StreamListing &listing) {
   StreamListing before;
-  if (!listOnce(path, before)) return false;
+  FileStatus directory;
+  if (!statusOf(directoryPart(path).c_str(), directory) || !listOnce(path, before)) return false;
   for (int tries = 0; tries < kMostTries; ++tries) {
     if (!listOnce(path, listing)) return false;
-    if (before == listing) return true;
+    if (before == listing) {
+      listing.directory = directory;
+      return true;
+    }
     std::swap(before, listing);
   }
   errno = EBUSY;
   return false;
+}
+
+bool looksUnchanged(const std::string &path, const FileStatus &directory) {
+  FileStatus now;
+  return statusOf(directoryPart(path).c_str(), now) && now.identity == directory.identity &&
+         now.modified == directory.modified;
 }
 
 }  // namespace wmq

@@ -24,6 +24,7 @@ struct StreamListing {
   std::vector<StreamEntry> old;  // ascending
   bool hasCurrent = false;
   StreamEntry current;
+  FileStatus directory;  // before it was read
 
   const StreamEntry *oldFile(const FileIdentity &identity) const;
 };
@@ -38,6 +39,11 @@ inline constexpr int kMostTries = 100;
 // and removed while they are listed, so that it takes two lists that agree. False with errno, which is EBUSY
 // when no two do.
 bool listStream(const std::string &path, StreamListing &listing);
+
+// The directory is the one that was listed, and as far as it tells nothing has been created, renamed or
+// removed in it since. Its clock may stand still for some milliseconds: this only decides what is worth a
+// look.
+bool looksUnchanged(const std::string &path, const FileStatus &directory);
 
 // Directory part of a path, "." for none, and what stands behind it.
 std::string directoryPart(const std::string &path);

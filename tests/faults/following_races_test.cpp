@@ -204,7 +204,7 @@ TEST_F(AStreamThatChanges, SaysWhatAPositionHasLost) {
 
 TEST_F(AStreamThatChanges, IsListedWithACurrentFileThatIsGoneByThen) {
   append("");
-  constexpr int kBehindTheListing = 3;  // which takes two looks
+  constexpr int kBehindTheListing = 4;  // which takes two looks, and one at the directory
   const AtCall changing("statx", kBehindTheListing, [this] {
     fs::remove(path);
     return 0;
@@ -216,6 +216,66 @@ TEST_F(AStreamThatChanges, IsListedWithACurrentFileThatIsGoneByThen) {
   ASSERT_EQ(count, 1U);
   EXPECT_EQ(files.get()[0].path, path);
   EXPECT_FALSE(exists(path));
+}
+
+// ------------------------------------------------------------------------- many old files
+
+class ALongWay : public ::testing::Test, protected HandmadeStream {
+ protected:
+  // Calls that it takes to open a follower and to read the records of so many old files and a current one.
+  int callsThrough(int files, const char *call, int poll) const {
+    for (const std::string &name : namesIn(directory.path())) fs::remove(directory / name);
+    for (int i = 1; i <= files; ++i) {
+      append(lines(i, i));
+      rotate(1000 + i);
+    }
+    append("");
+    int calls = 0;
+    const AtCall counting(
+        call, 1,
+        [&] {
+          ++calls;
+          return 0;
+        },
+        AtCall::actAgain);
+    EXPECT_EQ(StreamFollower(path, WMQ_FROM_OLDEST, poll).rest().size(), 2U * static_cast<unsigned>(files));
+    return calls;
+  }
+};
+
+TEST_F(ALongWay, TakesNoMoreListsThanAShortOne) {
+  for (const int poll : {kNoNews, 0})
+    EXPECT_EQ(callsThrough(40, "opendir", poll), callsThrough(4, "opendir", poll));
+}
+
+TEST_F(ALongWay, TakesAsManyCallsForEachFileAsAShortOne) {
+  for (const char *call : {"statx", "open", "pread"}) {
+    const int least = callsThrough(10, call, kNoNews);
+    const int forTen = callsThrough(20, call, kNoNews) - least;
+    EXPECT_EQ(callsThrough(40, call, kNoNews), least + 3 * forTen) << call;
+  }
+}
+
+TEST_F(ALongWay, LeadsPastFilesThatAreRemovedOnIt) {
+  for (int i = 1; i <= 6; ++i) {
+    append(lines(i, i));
+    rotate(100 + i);
+  }
+  append(lines(7, 7));
+  settle();
+  StreamFollower follower(path);
+  EXPECT_EQ(follower.next(), "1");
+  EXPECT_EQ(follower.next(), "rotated");
+  remove(101);
+  remove(102);
+  remove(103);
+  EXPECT_EQ(follower.next(), "2");
+  const std::string size = std::to_string((lines(3, 3) + endLine).size());
+  EXPECT_EQ(follower.next(), "gap of s.103: " + size);
+  EXPECT_EQ(follower.next(), "4");
+  rotate(107);
+  append(lines(8, 8));
+  EXPECT_THAT(follower.rest(), ElementsAre("rotated", "5", "rotated", "6", "rotated", "7", "rotated", "8"));
 }
 
 // ------------------------------------------------------------- faster than anybody can look
