@@ -1,6 +1,5 @@
 // wmq follow: the records of a stream as they are written.
 #include <poll.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -8,7 +7,6 @@
 #include <cerrno>
 #include <charconv>
 #include <chrono>
-#include <climits>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -25,10 +23,10 @@
 #include "followed.h"
 #include "json_printer.h"
 #include "options.h"
-#include "output.h"
 #include "records.h"
 #include "state_file.h"
 #include "stop_signals.h"
+#include "whole_records.h"
 #include "wmq/json.h"
 
 namespace wmq::tool {
@@ -55,15 +53,7 @@ struct FollowOptions {
 // Looked at so often where the system brings no news, and saved at most so often while records keep coming.
 constexpr int pollInterval = 100;
 constexpr size_t flushSize = size_t{32} << 10;
-constexpr int patience = 1000;  // milliseconds, with a reader that takes nothing when the end has come
 constexpr auto saveInterval = std::chrono::seconds(1);
-
-// Files and devices that are no terminals.
-bool takesWithoutWaiting(int fd) {
-  struct stat status {};
-  if (fstat(fd, &status) != 0) return true;
-  return S_ISREG(status.st_mode) || (S_ISCHR(status.st_mode) && isatty(fd) == 0);
-}
 
 class FollowRun {
  public:
@@ -102,10 +92,9 @@ class FollowRun {
   const FollowOptions &options;
   StopSignals signals;
   Faults faults;
-  Output output;
+  WholeRecords output{signals};
   StateFile state;
   Follower follower;
-  const bool takesAll = takesWithoutWaiting(STDOUT_FILENO);
   char *text = nullptr;
   size_t capacity = 0;
   bool ended = false;
@@ -179,20 +168,18 @@ void FollowRun::wait() {
   abandoned = true;
 }
 
-// A reader that takes nothing must not keep the program from ending: it is waited for where signals are
-// heard, and given no more than a pipe that poll calls writable is sure to take.
+// A reader that takes nothing must not keep the program from ending. The position that is kept then is behind
+// what it has got.
 bool FollowRun::flush() {
-  while (output.size() > 0) {
-    pollfd waited{STDOUT_FILENO, POLLOUT, 0};
-    const int ready = signals.poll(&waited, 1, signals.haveCome() ? patience : -1);
-    if (ready < 0 && errno == EINTR) continue;
-    abandoned = ready == 0;
-    if (abandoned || !output.flush(takesAll ? output.size() : PIPE_BUF)) {
-      ended = stopped = true;
-      return false;
-    }
-  }
-  return true;
+  const WholeRecords::Outcome outcome = output.flush();
+  if (outcome == WholeRecords::Outcome::handedOver) return true;
+  ended = stopped = true;
+  abandoned = outcome != WholeRecords::Outcome::failed;
+  if (outcome == WholeRecords::Outcome::cut)
+    faults.failure("standard output", "ended within a record, of which nobody takes the rest");
+  const bool keeps = abandoned && !options.state.empty() && !output.position().empty();
+  if (keeps && !state.save(output.position())) faults.failure(options.state, std::strerror(errno));
+  return false;
 }
 
 void FollowRun::save() {
@@ -216,15 +203,15 @@ void FollowRun::use(const eventRecord &record) {
 
 void FollowRun::put(std::string_view line, bool isJson) {
   std::string shown;
+  std::string position;
+  if (options.positions || !options.state.empty()) position = positionOf(follower);
   if (options.positions) {
-    std::string position = positionOf(follower);
     shown = isJson ? std::string(line.substr(0, line.size() - 1)) + ",\"position\":\"" + position + "\"}"
                    : position + "\t" + std::string(line);
     line = shown;
   }
   if (options.command.empty()) {
-    output.append(line);
-    output.append("\n");
+    output.append(line, std::move(position));
     if (output.size() >= flushSize) flush();
     return;
   }
@@ -313,7 +300,9 @@ void addFollowCommand(CLI::App &program, Run &run) {
       "  FILE: byte OFFSET: KIND: what is the matter\n"
       "\n"
       "and the exit status is 1 then, but for an END_OF_STREAM in the middle of a file,\n"
-      "at which nothing is missing. SIGTERM and SIGINT end it in good order.");
+      "at which nothing is missing. SIGTERM, SIGINT and SIGHUP end it between two\n"
+      "records; while nobody takes the rest of a record that has been begun, only a second\n"
+      "one does, with exit status 3.");
   addStreamPath(*command, options->path);
   CLI::Option *from = command->add_option("--from", options->from,
                                           "begin with the oldest old file, the start (default) or the end of "

@@ -1,7 +1,6 @@
 #include "stop_signals.h"
 
 #include <ctime>
-#include <iterator>
 
 namespace wmq::tool {
 
@@ -34,7 +33,9 @@ StopSignals::~StopSignals() {
 
 bool StopSignals::haveCome() {
   timespec none{};
-  if (sigtimedwait(&heard, nullptr, &none) > 0 || signalled != 0) come = true;
+  // All that have come count as one.
+  while (sigtimedwait(&heard, nullptr, &none) > 0) come = true;
+  if (signalled != 0) come = true;
   return come;
 }
 

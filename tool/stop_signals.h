@@ -1,14 +1,15 @@
-// SIGTERM and SIGINT as a wish to end, looked at when it suits.
+// SIGTERM, SIGINT and SIGHUP as a wish to end, looked at when it suits.
 #ifndef WMQ_TOOL_STOP_SIGNALS_H
 #define WMQ_TOOL_STOP_SIGNALS_H
 
 #include <poll.h>
 
 #include <csignal>
+#include <iterator>
 
 namespace wmq::tool {
 
-constexpr int stopSignals[] = {SIGTERM, SIGINT};
+constexpr int stopSignals[] = {SIGTERM, SIGINT, SIGHUP};
 
 // From now on those of them that are not ignored wait until they are asked for.
 class StopSignals {
@@ -27,7 +28,7 @@ class StopSignals {
  private:
   sigset_t heard;
   sigset_t formerMask;
-  struct sigaction formerActions[2];
+  struct sigaction formerActions[std::size(stopSignals)];
   bool come = false;
 };
 

@@ -73,15 +73,47 @@ A reader that takes nothing does not keep it from ending.
   > [ -s rest ] && tail -c "$(stat -c %s rest)" long | cmp - rest
   [0]
 
-Nor does one that stops within a record that is longer than all that a pipe holds.
+What it has got by then ends with a record, and the position is behind that.
+
+  $ taste() { rm -f go; dd bs=1 count=1 2> tasted; }
+  > later() { taste; until [ -e go ]; do sleep 0.01; done; cat; }
+  > for form in --json --raw --positions; do
+  >   rm -f got stuck; later < blocked > got & reader=$!
+  >   wmq follow --state stuck $form long > blocked & follower=$!
+  >   until [ -s got ]; do sleep 0.01; done; kill $follower; wait $follower; echo "[$?]"; touch go; wait $reader
+  >   [ -z "$(tail -c 1 got)" ] && wmq follow --state stuck $form --until-idle 0 long >> got
+  >   wmq follow $form --until-idle 0 long | cmp - got
+  > done
+  [0]
+  [0]
+  [0]
+
+So does SIGHUP end it.
+
+  $ wmq follow --state hung.state s > hung & follower=$!
+  > until [ -s hung ]; do sleep 0.01; done; kill -HUP $follower; wait $follower; echo "[$?]"
+  [0]
+  $ wmq follow --until-idle 0 s | cmp - hung; wmq follow --state hung.state --until-idle 0 s
+
+A record that is longer than all that a pipe holds is printed to its end before that.
 
   $ switch 1 | jq -c '.type = "JOB_NEW" | .eventLog = {userName: "u", queue: "q", fromHost: "h", command: ("x" * 300000)}' |
-  > wmq encode > huge
-  $ sleep 1000 < blocked & reader=$!
-  > wmq follow --state stuck2 --raw huge > blocked & follower=$!
-  > until [ -s stuck2 ]; do sleep 0.01; done; kill $follower; wait $follower; echo "[$?]"; kill $reader
-  > wmq follow --state stuck2 --raw --until-idle 0 huge | cmp - huge
+  > wmq encode > huge; cat huge s huge > huge.s
+  $ rm got; later < blocked > got & reader=$!
+  > wmq follow --state stuck2 --raw huge.s > blocked & follower=$!
+  > until [ -s got ]; do sleep 0.01; done; kill $follower; sleep 1.5; touch go; wait $follower; echo "[$?]"; wait $reader
+  > wmq follow --state stuck2 --raw --until-idle 0 huge.s | cat got - | cmp - huge.s
   [0]
+
+Only a second signal ends it within one, which then is printed again.
+
+  $ rm stuck2 got; { taste > got; exec sleep 1000; } < blocked & reader=$!
+  > wmq follow --state stuck2 --raw huge > blocked & follower=$!
+  > until [ -s got ]; do sleep 0.01; done
+  > while kill $follower 2> /dev/null; do sleep 0.1; done; wait $follower; echo "[$?]"; kill $reader
+  > wmq follow --state stuck2 --raw --until-idle 0 huge | cmp - huge
+  wmq: standard output: ended within a record, of which nobody takes the rest
+  [3]
 
 A reader that has gone ends it, even when there is nothing to write.
 
