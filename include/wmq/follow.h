@@ -65,7 +65,7 @@ enum {
 //
 // WMQ_FOLLOW_RECORD puts the record at `*record`; it belongs to the caller, who releases it with
 // wmq_freelogrec (and wmq_freekept before it). In all other cases `*record` is null. What else there is to
-// know of any result is told by wmq_followdetail.
+// know of any result is told by wmq_followdetail. A directory that is gone is waited for, as files are.
 //
 // Lines that begin with "#", empty lines, and END_OF_STREAM lines where they belong are passed over without a
 // word. WMQ_FOLLOW_NOTHING comes early when a signal handler ran or wmq_followwake was called.

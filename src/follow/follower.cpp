@@ -208,10 +208,7 @@ void wmqFollower::giveNotice(int notice, const std::string &why) {
 wmqFollower::Step wmqFollower::goneShort(bool rewritten) {
   const wmq::Position position = currentPosition();
   wmq::StreamListing listing;
-  if (!wmq::listStream(path, listing)) {
-    wmq_errno = WMQE_SYS;
-    return Step::failed;
-  }
+  if (!list(listing)) return Step::failed;
   if (position.offset > 0)
     for (const wmq::StreamEntry &copy : listing.old) {
       bool found = false;

@@ -95,6 +95,7 @@ struct wmqFollower {
     cut          // what had been read of it is no longer there
   };
 
+  bool list(wmq::StreamListing &listing) const;
   bool openAt(int32_t from);
   bool openOldest();
   bool openCurrent(bool atEnd);
@@ -131,6 +132,7 @@ struct wmqFollower {
 
   std::string path;
   wmq::ChangeWatch watch;
+  bool isFollowing = false;  // the opening is done
 
   wmq::OpenFile file;  // what is read; not open while there is none yet
   wmq::StreamEntry entry;

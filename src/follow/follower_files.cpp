@@ -29,10 +29,6 @@ bool failSystem() {
   return false;
 }
 
-bool list(const std::string &path, StreamListing &listing) {
-  return listStream(path, listing) || failSystem();
-}
-
 // Opens what was listed. Not open, without an error, when it is gone or another file stands there.
 bool openEntry(const StreamEntry &entry, OpenFile &opened) {
   // Nobody waits for the other end of a pipe that somebody may have put there.
@@ -90,7 +86,16 @@ const StreamEntry *findAgain(const StreamListing &listing, const StreamEntry &kn
 bool wmqFollower::open(const wmqFollowParams &params) {
   path = params.path;
   if (!watch.open(path, params.pollMilliseconds)) return wmq::failSystem();
-  return params.from == WMQ_FROM_POSITION ? resume(params.position) : openAt(params.from);
+  isFollowing = params.from == WMQ_FROM_POSITION ? resume(params.position) : openAt(params.from);
+  return isFollowing;
+}
+
+// Where following has begun, a directory that is not there has no files: another may take its place.
+bool wmqFollower::list(StreamListing &listing) const {
+  if (wmq::listStream(path, listing)) return true;
+  if (!isFollowing || errno != ENOENT) return wmq::failSystem();
+  listing = {};
+  return true;
 }
 
 bool wmqFollower::openAt(int32_t from) {
@@ -101,12 +106,12 @@ bool wmqFollower::openOldest() {
   for (int tries = 0; tries < wmq::kMostTries; ++tries) {
     StreamListing before;
     StreamListing after;
-    if (!wmq::list(path, before)) return false;
+    if (!list(before)) return false;
     if (before.old.empty() && !before.hasCurrent) return true;
     const StreamEntry &oldest = before.old.empty() ? before.current : before.old.front();
     OpenFile opened;
     if (!wmq::openEntry(oldest, opened)) return false;
-    if (!opened.isOpen() || !wmq::list(path, after) || before != after) continue;
+    if (!opened.isOpen() || !list(after) || before != after) continue;
     if (!begin(std::move(opened), oldest, 0)) return false;
     takePlaceIn(after);
     return true;
@@ -118,7 +123,7 @@ bool wmqFollower::openOldest() {
 bool wmqFollower::openCurrent(bool atEnd) {
   for (int tries = 0; tries < wmq::kMostTries; ++tries) {
     StreamListing listing;
-    if (!wmq::list(path, listing)) return false;
+    if (!list(listing)) return false;
     if (!listing.hasCurrent) {
       takePlaceIn(listing);
       return true;
@@ -163,7 +168,7 @@ bool wmqFollower::begin(OpenFile opened, const StreamEntry &found, int64_t offse
 
 bool wmqFollower::takePlace() {
   StreamListing listing;
-  if (!wmq::list(path, listing)) return false;
+  if (!list(listing)) return false;
   takePlaceIn(listing);
   return true;
 }
@@ -204,7 +209,7 @@ bool wmqFollower::resume(const char *text) {
   former = wanted.former;
   if (!wanted.hasFile) {
     StreamListing listing;
-    return wmq::list(path, listing);
+    return list(listing);
   }
   bool found = false;
   if (!locate(wanted, found)) return false;
@@ -221,9 +226,9 @@ bool wmqFollower::locate(const Position &wanted, bool &found) {
   StreamListing before;
   StreamListing after;
   for (int tries = 0; tries < wmq::kMostTries; ++tries) {
-    if (!wmq::list(path, before) || !tryEntries(before, wanted, found)) return false;
+    if (!list(before) || !tryEntries(before, wanted, found)) return false;
     if (found) return takePlace();
-    if (!wmq::list(path, after)) return false;
+    if (!list(after)) return false;
     if (before == after) return true;
   }
   return true;
@@ -364,7 +369,7 @@ wmqFollower::Step wmqFollower::lookAtNames() {
       status.identity == entry.identity)
     return Step::waiting;
   StreamListing listing;
-  if (!wmq::list(path, listing)) return Step::failed;
+  if (!list(listing)) return Step::failed;
   takePlaceIn(listing);
   Successor successor;
   if (!findSuccessor(listing, successor)) return Step::failed;
@@ -388,7 +393,7 @@ wmqFollower::Step wmqFollower::moveOn() {
   }
   for (int tries = 0; tries < wmq::kMostTries; ++tries) {
     StreamListing listing;
-    if (!wmq::list(path, listing)) return Step::failed;
+    if (!list(listing)) return Step::failed;
     Successor chosen;
     if (!findSuccessor(listing, chosen)) return Step::failed;
     if (!chosen.found) {
@@ -400,7 +405,7 @@ wmqFollower::Step wmqFollower::moveOn() {
     OpenFile opened;
     if (!wmq::openEntry(chosen.entry, opened)) return Step::failed;
     if (!opened.isOpen()) continue;
-    if (!wmq::list(path, listing)) return Step::failed;
+    if (!list(listing)) return Step::failed;
     Successor confirmed;
     if (!findSuccessor(listing, confirmed)) return Step::failed;
     if (!confirmed.found || !(confirmed.entry.identity == chosen.entry.identity)) continue;

@@ -896,12 +896,45 @@ TEST_F(Following, TwoFollowersKnowNothingOfEachOther) {
   EXPECT_EQ(second.next(), "2");
 }
 
-TEST_F(Following, ADirectoryThatIsGoneIsAFailure) {
+TEST_F(Following, ADirectoryThatIsGoneIsWaitedFor) {
+  append(lines(1, 1));
+  rotate(100);
+  append(lines(2, 2));
+  const TemporaryDirectory other;
+  const fs::path kept = other / "kept";
+  for (const int poll : {0, 1}) {
+    StreamFollower behindAll(path, WMQ_FROM_OLDEST, poll);
+    EXPECT_THAT(behindAll.rest(), ElementsAre("1", "rotated", "2"));
+    StreamFollower inTheOldFile(path, WMQ_FROM_OLDEST, poll);
+    EXPECT_EQ(inTheOldFile.next(), "1");
+    fs::rename(directory.path(), kept);
+    for (StreamFollower *const follower : {&behindAll, &inTheOldFile})
+      for (int looks = 0; looks < 3; ++looks) EXPECT_EQ(follower->next(), "");
+    fs::rename(kept, directory.path());
+    append(lines(3, 3));
+    EXPECT_THAT(behindAll.rest(), ElementsAre("3"));
+    EXPECT_THAT(inTheOldFile.rest(), ElementsAre("rotated", "2", "3"));
+    fs::remove(path);
+    append(lines(2, 2));
+  }
+}
+
+TEST_F(Following, ADirectoryWithCopiesInThePlaceOfTheOneThatWasReadIsReadOn) {
   append(lines(1, 1));
   StreamFollower follower(path);
   EXPECT_EQ(follower.next(), "1");
-  fs::remove_all(directory.path());
-  EXPECT_EQ(follower.next(), "failed WMQE_SYS");
+  const TemporaryDirectory other;
+  fs::rename(directory.path(), other / "kept");
+  EXPECT_EQ(follower.next(), "");
+  fs::copy(other / "kept", other / "copy");
+  fs::rename(other / "copy", directory.path());
+  append(lines(2, 2));
+  EXPECT_THAT(follower.rest(), ElementsAre("2"));
+}
+
+TEST_F(Following, ADirectoryThatIsNotThereAtTheBeginningIsAFailure) {
+  EXPECT_FALSE(StreamFollower(directory / "none/s").isOpen());
+  EXPECT_EQ(wmq_errno, WMQE_SYS);
   EXPECT_EQ(errno, ENOENT);
 }
 
