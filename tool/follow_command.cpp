@@ -89,6 +89,11 @@ class FollowRun {
     ended = stopped = true;
   }
 
+  void failToFollow() {
+    const std::string why = followFailure();
+    fail(wmq_errno == WMQE_SYS ? failedPart(options.path) : options.path, why);
+  }
+
   const FollowOptions &options;
   StopSignals signals;
   Faults faults;
@@ -126,7 +131,7 @@ bool FollowRun::open() {
   if (wmq_errno == WMQE_BAD_FORMAT)
     fail(saved ? options.state : "--from", saved ? "holds no position" : "'" + position + "' is no position");
   else
-    fail(options.path, followFailure());
+    failToFollow();
   return false;
 }
 
@@ -134,7 +139,7 @@ void FollowRun::next() {
   eventRecord *given = nullptr;
   int result = wmq_follownext(follower.get(), &given, 0);
   Record record(given);
-  if (result == WMQ_FOLLOW_FAILED) return fail(options.path, followFailure());
+  if (result == WMQ_FOLLOW_FAILED) return failToFollow();
   if (result == WMQ_FOLLOW_NOTHING) return wait();
   lastGiven = Clock::now();
   if (record)
@@ -301,8 +306,8 @@ void addFollowCommand(CLI::App &program, Run &run) {
       "\n"
       "and the exit status is 1 then, but for an END_OF_STREAM in the middle of a file,\n"
       "at which nothing is missing. SIGTERM, SIGINT and SIGHUP end it between two\n"
-      "records; while nobody takes the rest of a record that has been begun, only a second\n"
-      "one does, with exit status 3.");
+      "records; while nobody takes the rest of a record that has been begun, only a\n"
+      "second one does, with exit status 3.");
   addStreamPath(*command, options->path);
   CLI::Option *from = command->add_option("--from", options->from,
                                           "begin with the oldest old file, the start (default) or the end of "

@@ -1,8 +1,13 @@
 #include "followed.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
+#include <filesystem>
 
 #include "text.h"
 
@@ -43,5 +48,25 @@ std::string positionOf(const Follower &follower) {
 std::string systemFailure() { return errno == EINVAL ? "Not a regular file" : std::strerror(errno); }
 
 std::string followFailure() { return wmq_errno == WMQE_SYS ? systemFailure() : wmq_strerror(wmq_errno); }
+
+std::string failedPart(const std::string &path) {
+  const int reason = errno;
+  std::string failed = path;
+  size_t count = 0;
+  const std::unique_ptr<wmqStreamFile, decltype(&std::free)> files(wmq_streamfiles(path.c_str(), &count),
+                                                                   std::free);
+  // Files need not be there.
+  if (!files && reason == ENOENT) failed = std::filesystem::path(path).parent_path();
+  for (size_t i = 0; files && i < count; ++i) {
+    const int fd = open(files.get()[i].path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    if (fd < 0 && errno == reason) {
+      failed = files.get()[i].path;
+      break;
+    }
+    if (fd >= 0) close(fd);
+  }
+  errno = reason;
+  return failed;
+}
 
 }  // namespace wmq::tool

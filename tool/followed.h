@@ -28,6 +28,9 @@ std::string systemFailure();
 // Why the last call for a follower has failed.
 std::string followFailure();
 
+// The file or directory at which it has failed, of a stream whose current file is `path`; errno stays.
+std::string failedPart(const std::string &path);
+
 }  // namespace wmq::tool
 
 #endif

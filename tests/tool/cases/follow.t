@@ -115,6 +115,17 @@ Only a second signal ends it within one, which then is printed again.
   wmq: standard output: ended within a record, of which nobody takes the rest
   [3]
 
+A directory that is replaced is waited for.
+
+  $ mkdir d; switch 1 | wmq encode -o d/s; cp -r d other; switch 2 | wmq encode -o other/s
+  $ rm -f got; wmq follow d/s > got 2>&1 & follower=$!
+  > until [ -s got ]; do sleep 0.01; done; mv d away; sleep 0.3; mv other d
+  > until [ "$(wc -l < got)" = 2 ]; do kill -0 $follower || break; sleep 0.01; done
+  > kill $follower; wait $follower; echo "[$?]"; jq .eventTime got
+  [0]
+  1
+  2
+
 A reader that has gone ends it, even when there is nothing to write.
 
   $ (trap '' PIPE; wmq follow --from oldest s; echo "[$?]" > status) | head -n 1 | jq .eventTime
@@ -186,7 +197,7 @@ Positions, states and streams that are none.
   wmq: state: holds no position
   [3]
   $ wmq follow --until-idle 0 nowhere/s
-  wmq: nowhere/s: No such file or directory
+  wmq: nowhere: No such file or directory
   [3]
   $ wmq follow --state nowhere/state --until-idle 0 s
   wmq: nowhere/state: No such file or directory
