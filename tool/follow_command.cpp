@@ -89,6 +89,15 @@ class FollowRun {
     ended = stopped = true;
   }
 
+  // Only the library knows a position; what comes of it is that of any other wrong command line.
+  void refusePlace(const std::string &place) {
+    const std::string message =
+        printable("wmq follow: --from: '" + place + "' is no position") + "\nTry 'wmq follow --help'.\n";
+    std::fwrite(message.data(), 1, message.size(), stderr);
+    status = exitUsage;
+    ended = stopped = true;
+  }
+
   void failToFollow() {
     const std::string why = followFailure();
     fail(wmq_errno == WMQE_SYS ? failedPart(options.path) : options.path, why);
@@ -128,10 +137,12 @@ bool FollowRun::open() {
   params.position = position.c_str();
   follower.reset(wmq_followopen(&params));
   if (follower) return true;
-  if (wmq_errno == WMQE_BAD_FORMAT)
-    fail(saved ? options.state : "--from", saved ? "holds no position" : "'" + position + "' is no position");
-  else
+  if (wmq_errno != WMQE_BAD_FORMAT)
     failToFollow();
+  else if (saved)
+    fail(options.state, "holds no position");
+  else
+    refusePlace(position);
   return false;
 }
 

@@ -183,8 +183,9 @@ What is missing or malformed is told, and the exit status is 1.
 Positions, states and streams that are none.
 
   $ wmq follow --from here --until-idle 0 s
-  wmq: --from: 'here' is no position
-  [3]
+  wmq follow: --from: 'here' is no position
+  Try 'wmq follow --help'.
+  [2]
   $ mkdir directory; mkfifo pipe
   $ wmq follow --until-idle 0 directory
   wmq: directory: Is a directory
