@@ -220,7 +220,7 @@ void FollowRun::use(const eventRecord &record) {
 void FollowRun::put(std::string_view line, bool isJson) {
   std::string shown;
   std::string position;
-  if (options.positions || !options.state.empty()) position = positionOf(follower);
+  if (options.positions || (!options.state.empty() && output.mayBeLeft())) position = positionOf(follower);
   if (options.positions) {
     shown = isJson ? std::string(line.substr(0, line.size() - 1)) + ",\"position\":\"" + position + "\"}"
                    : position + "\t" + std::string(line);

@@ -17,6 +17,9 @@ class WholeRecords {
  public:
   explicit WholeRecords(StopSignals &stopping);
 
+  // Whether a reader may take only some of what it is given: what it has got is told by a position then.
+  bool mayBeLeft() const { return !takesAll; }
+
   // The record and a line end. `position`: what is known of the stream behind it.
   void append(std::string_view record, std::string position);
 
