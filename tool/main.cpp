@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <exception>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -149,9 +150,10 @@ int main(int argc, char **argv) {
   keepFreedMemory();
   try {
     return wmq::tool::runProgram(argc, argv);
+  } catch (const std::bad_alloc &) {
+    std::fputs("wmq: out of memory\n", stderr);
   } catch (const std::exception &error) {
-    // Of these only the lack of memory is to be expected.
     std::fprintf(stderr, "wmq: %s\n", error.what());
-    return wmq::tool::exitFailure;
   }
+  return wmq::tool::exitFailure;
 }
