@@ -92,7 +92,7 @@ RecordSink::Result RecordSink::writeToStream(eventRecord &record, std::string_vi
   if (options.stream->write(&record) == 0) return Result::written;
   int number = wmq_errno;
   int systemError = errno;
-  std::string detail = wmq_errdetail();
+  std::string detail = number != 0 ? wmq_errdetail() : "";  // else it is that of an earlier failure
   if (isRefusedAnywhere(*options.stream, record)) return Result::refused;
   std::string text = failureText(number, systemError, detail) + "; stopped at ";
   text += file;
