@@ -103,6 +103,7 @@ int verify(const VerifyOptions &options) {
     return faults.exitStatus();
   }
   std::vector<std::string> names;
+  names.reserve(files.size());
   for (const StreamFile &file : files) names.push_back(file.path);
   Progress progress(names, false);
   Faults faults(&progress);

@@ -200,7 +200,7 @@ static bool readNetwork(Frame &frame, std::size_t index, const Token &token, con
   const auto length = static_cast<std::size_t>(count);
   if (agreesWithCount(frame, index, length, place) &&
       storeArray(frame, frame.layout.fields[index], reinterpret_cast<char *>(allocations), length, place))
-    return true;
+    return true;  // NOLINT(clang-analyzer-unix.Malloc): the structure has them
   freeNetworkAlloc(count, allocations);
   std::free(allocations);
   return false;
@@ -273,6 +273,7 @@ static bool readCounted(Frame &frame, std::size_t index, const Token *&token, co
     if (!shared) std::free(elements);
     return false;
   }
+  // NOLINTNEXTLINE(clang-analyzer-unix.Malloc): the structure has them
   return readElements(frame.scratch, field, token, elements, place);
 }
 

@@ -127,13 +127,14 @@ TEST_F(UserNames, MayBeAskedForByManyThreads) {
     std::snprintf(name, size, "u%d", uid);
     return 0;
   };
-  std::vector<std::thread> threads;
   std::vector<int> wrong(4);
-  for (size_t t = 0; t < wrong.size(); ++t) {
-    threads.emplace_back([&wrong, t] {
+  std::vector<std::thread> threads;
+  threads.reserve(wrong.size());
+  for (int &count : wrong) {
+    threads.emplace_back([&count] {
       for (int32_t i = 0; i < 2000; ++i) {
         const int32_t uid = i % 600;
-        wrong[t] += nameOf(uid) == "u" + std::to_string(uid) ? 0 : 1;
+        count += nameOf(uid) == "u" + std::to_string(uid) ? 0 : 1;
       }
     });
   }

@@ -36,6 +36,7 @@ Started start(std::vector<std::string> arguments) {
   posix_spawn_file_actions_init(&files);
   posix_spawn_file_actions_adddup2(&files, ends[1], STDOUT_FILENO);
   std::vector<char *> pointers;
+  pointers.reserve(arguments.size() + 1);
   for (std::string &argument : arguments) pointers.push_back(argument.data());
   pointers.push_back(nullptr);
   if (posix_spawn(&started.child, WMQ_TEST_PROGRAM, &files, nullptr, pointers.data(), environ) != 0)

@@ -39,7 +39,7 @@ class InputReader {
 
  private:
   std::string take(size_t length) {
-    const std::string taken(left_.substr(0, length));
+    std::string taken(left_.substr(0, length));
     left_.remove_prefix(taken.size());
     return taken;
   }

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <stdexcept>
 #include <utility>
 #include <vector>
 
@@ -58,7 +59,7 @@ size_t leastBytes(const wmqLayout &entry) {
     if (field.kind == WMQ_KIND_STRING && field.shape == WMQ_SHAPE_ONE)
       bytes += *field.form == 'q' ? std::strlen("\"\" ") : std::strlen("x ");
   }
-  return bytes;
+  return std::max<size_t>(bytes, 1);
 }
 
 bool hasCheckedRanges(const wmqLayout &layout) { return std::strcmp(layout.name, "jobSwitch2Log") == 0; }
@@ -330,6 +331,7 @@ void Structures::usage(const std::string &path) {
   const wmqLayout &finish = *wmq_schema(EVENT_JOB_FINISH);
   for (size_t i = 0; i < finish.numFields; ++i)
     if (std::strcmp(finish.fields[i].name, "wmxRusage") == 0) layout = finish.fields[i].layout;
+  if (layout == nullptr) throw std::logic_error("no usage");
   for (size_t i = 0; i < layout->numFields; ++i)
     flat_[path + layout->fields[i].name] = flatReal(LineCursor::required(cursor_.tryScan<double>("%lf%n")));
   skip();
@@ -487,7 +489,7 @@ void Structures::namedValues(const std::string &path) {
 // ----------------------------------------------------------------------------------- line
 
 std::string headerToken(LineCursor &cursor, size_t size) {
-  const std::string token = cursor.quoted();
+  std::string token = cursor.quoted();
   if (cursor.atEnd() || token.size() >= size) throw Refusal{WMQE_BAD_FORMAT};
   cursor.skipOne();
   return token;

@@ -142,7 +142,8 @@ TEST_F(DaemonControl, EmptiesControlTextsThatOlderLinesLack) {
   queueCtrlLog queue{};
   hostCtrlLog host{};
   hgHostCtrlLog group{};
-  for (char *text : {queue.ctrlText, host.ctrlText, group.ctrlText}) std::strcpy(text, "left over");
+  for (char *text : {queue.ctrlText, host.ctrlText, group.ctrlText})
+    std::memcpy(text, "left over", sizeof "left over");
   EXPECT_EQ(readQueueCtrl(kQueue.upTo("userName").text().c_str(), &queue), 0);
   EXPECT_EQ(readHostCtrl(kHost.upTo("userName").text().c_str(), &host), 0);
   EXPECT_EQ(readHgHostCtrl(kGroupHost.upTo("userName").text().c_str(), &group), 0);

@@ -290,9 +290,9 @@ TEST(JobModify2, HasOnlyItsLatestStringsMissing) {
 
 TEST(JobModify2, MustHaveEveryFieldThatIsAnnounced) {
   const Announced all = everything();
-  for (size_t i = 0; i < kPositions.size(); ++i)
-    EXPECT_EQ(faultOf(modify("10.1", fieldsWith(all, from(kPositions[i].name)))).error, WMQE_BAD_FORMAT)
-        << kPositions[i].name;
+  for (const auto &position : kPositions)
+    EXPECT_EQ(faultOf(modify("10.1", fieldsWith(all, from(position.name)))).error, WMQE_BAD_FORMAT)
+        << position.name;
 }
 
 // ------------------------------------------------------------------------------ asymmetries

@@ -436,7 +436,7 @@ TEST(JobNew, LeavesNewlinesInAllOtherStrings) {
   for (const auto member : kWithNewlines) logOf(record).*member = ownedCopy("a\nb");
   for (char *name :
        {logOf(record).userName, logOf(record).newHost, logOf(record).queue, logOf(record).fromHost})
-    std::strcpy(name, "a\nb");
+    std::memcpy(name, "a\nb", sizeof "a\nb");
   const OwnedRecord read = readBack(*record);
   ASSERT_NE(read, nullptr) << wmq_errdetail();
   for (const auto member : kWithNewlines) {

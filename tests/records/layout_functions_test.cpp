@@ -158,7 +158,7 @@ TEST_P(ALayoutReader, ReadsWhatTheLineCarries) {
     OwnedRecord record(static_cast<eventRecord *>(std::calloc(1, sizeof(eventRecord))));
     record->type = GetParam().type;
     record->eventTime = kEventTime;
-    std::strcpy(record->version, wmq_streamversion());
+    std::memcpy(record->version, wmq_streamversion(), std::strlen(wmq_streamversion()) + 1);
     wmq_setlineversion(10.1F);
     wmq_errno = 0;
     ASSERT_EQ(GetParam().read(fieldsOf(line).c_str(), *record), 0) << wmq_errdetail();

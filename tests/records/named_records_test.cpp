@@ -211,7 +211,8 @@ class WholeJobFinish2 : public JobFinish2 {
   WholeJobFinish2() {
     jobFinish2Log &whole = given;
     whole.jobId = 9000000000001;
-    for (char *text : {whole.userName, whole.queue, whole.fromHost}) std::strcpy(text, "inline");
+    for (char *text : {whole.userName, whole.queue, whole.fromHost})
+      std::memcpy(text, "inline", sizeof "inline");
     for (char **text : {&whole.resReq,
                         &whole.cwd,
                         &whole.inFile,
@@ -911,7 +912,7 @@ class WholeJobStatus2 : public JobStatus2 {
   WholeJobStatus2() {
     jobStatus2Log &whole = given;
     whole.jobId = 9000000000001;
-    for (char *text : {whole.userName, whole.queue}) std::strcpy(text, "inline");
+    for (char *text : {whole.userName, whole.queue}) std::memcpy(text, "inline", sizeof "inline");
     for (char **text : {&whole.resReq, &whole.projectName, &whole.app, &whole.jgroup, &whole.execRusage,
                         &whole.clusterName, &whole.userGroup, &whole.srcCluster, &whole.dstCluster})
       *text = string;
@@ -1099,7 +1100,7 @@ class WholeJobPendingReasons : public JobPendingReasons {
  protected:
   WholeJobPendingReasons() {
     jobPendingReasonsLog &whole = given;
-    for (char *text : {whole.userName, whole.queue}) std::strcpy(text, "inline");
+    for (char *text : {whole.userName, whole.queue}) std::memcpy(text, "inline", sizeof "inline");
     for (char **text :
          {&whole.projectName, &whole.licenseProject, &whole.resReq, &whole.app, &whole.combinedResReq,
           &whole.detail, &whole.clusterName, &whole.pendingTimeRanking, &whole.hostType})

@@ -26,7 +26,7 @@ TEST_F(PendingReasonsStream, CarriesOneTypeRefusesSomeAndDropsAllOthersWithSucce
     makeFile(path);
     wmq_errno = 99;
     const int result = write(bareRecord(type));
-    if (refused.count(type) != 0) {
+    if (refused.contains(type)) {
       EXPECT_EQ(result, -1) << type;
       EXPECT_EQ(wmq_errno, WMQE_BAD_EVENT) << type;
     } else {

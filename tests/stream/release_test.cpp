@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "support/record_lines.h"
 #include "support/small_records.h"
 
 namespace wmq::testing {
@@ -98,9 +99,7 @@ TEST_F(ReleasingARecord, AcceptsNone) {
 
 TEST_F(ReleasingARecord, AcceptsAnyTypeThatHoldsNothing) {
   for (int32_t type = -1; type <= 79; ++type) {
-    auto *record = static_cast<eventRecord *>(std::calloc(1, sizeof(eventRecord)));
-    ASSERT_NE(record, nullptr);
-    record->type = type;
+    eventRecord *record = emptyRecord(type).release();
     const eventRecord empty = *record;
     freeLogRec(record);
     wmq_freekept(record);
@@ -126,9 +125,7 @@ TEST_F(ReleasingARecord, ChangesNothingForTypesThatDoNotExist) {
 }
 
 TEST_F(ReleasingARecord, TakesMembersThatTheCallerPutIn) {
-  auto *record = static_cast<eventRecord *>(std::calloc(1, sizeof(eventRecord)));
-  ASSERT_NE(record, nullptr);
-  record->type = EVENT_JOB_STATUS;
+  eventRecord *record = emptyRecord(EVENT_JOB_STATUS).release();
   jobStatusLog &log = record->eventLog.jobStatusLog;
   log.srcCluster = ownedCopy("src");
   log.numhRusages = 2;
@@ -248,12 +245,12 @@ TEST(RetiredRecords, ReleaseTheAllocationOfCode63) {
   eventRecord record{};
   record.type = 63;
   retiredAllocationLog &log = record.eventLog.retiredAllocationLog;
+  log.affinityAlloc = parseAffinityAllocField("host:0-3,8;other:1");
+  ASSERT_NE(log.affinityAlloc, nullptr);
   log.text = ownedCopy("text");
   log.hosts.numHosts = 1;
   log.hosts.hosts = static_cast<char **>(std::calloc(1, sizeof(char *)));
   log.hosts.hosts[0] = ownedCopy("host");
-  log.affinityAlloc = parseAffinityAllocField("host:0-3,8;other:1");
-  ASSERT_NE(log.affinityAlloc, nullptr);
   freeLogRec(&record);
   EXPECT_EQ(log.text, nullptr);
   EXPECT_EQ(log.hosts.hosts, nullptr);
@@ -272,9 +269,7 @@ TEST(RetiredRecords, ReleaseTheTextOfCode64) {
 }
 
 TEST(RetiredRecords, AreReleasedWhole) {
-  auto *record = static_cast<eventRecord *>(std::calloc(1, sizeof(eventRecord)));
-  ASSERT_NE(record, nullptr);
-  record->type = 64;
+  eventRecord *record = emptyRecord(64).release();
   record->eventLog.retiredTextLog.text = ownedCopy("text");
   wmq_freelogrec(record);
 }

@@ -35,6 +35,7 @@ std::string pathOf(int descriptor) {
 }  // namespace wmq::testing
 
 // Stands in for the C library's.
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
 extern "C" int fsync(int descriptor) {
   using namespace wmq::testing;
   if (disk != nullptr) {

